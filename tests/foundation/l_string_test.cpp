@@ -1,0 +1,23 @@
+#include "zolt41/foundation/l_string.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+// Umlauts and a pound sign have other bytes in the two pages; the box line has none in the local
+// one, and the euro none in the OEM one.
+TEST(LString, ConvertsTheCountedBytesInPlace) {
+  std::string text = "F\x81nf \x9C, Caf\x82 \xC4 end \x81\x81";
+  OEMToLoclStr(text.data(), static_cast<int32_t>(text.size() - 1));
+  EXPECT_EQ(text, "F\xFCnf \xA3, Caf\xE9 ? end \xFC\x81");
+  std::string back = "\x80 F\xFCnf \xA3, Caf\xE9";
+  LoclToOEMStr(back.data(), static_cast<int32_t>(back.size()));
+  EXPECT_EQ(back, "? F\x81nf \x9C, Caf\x82");
+  LoclToOEMStr(back.data(), -1);
+  OEMToLoclStr(nullptr, 4);
+  EXPECT_EQ(back.front(), '?');
+}
+
+}  // namespace

@@ -1,0 +1,130 @@
+#include "zolt41/platform/kernel/named_mutex.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "tests/support/child.h"
+#include "tests/support/temp_home.h"
+#include "zolt41/platform/kernel/shared_segment.h"
+
+namespace zolt {
+namespace {
+
+using testing::Child;
+
+class NamedMutexTest : public ::testing::Test {
+ protected:
+  ~NamedMutexTest() override {
+    DetachSegment();
+    std::filesystem::remove(SegmentPath());
+  }
+
+  // The one file of this user in /dev/shm that was made for this home.
+  static std::string SegmentPath() {
+    std::string const stem = "zolt41-" + std::to_string(geteuid()) + "-";
+    std::filesystem::path newest;
+    for (auto const &entry : std::filesystem::directory_iterator("/dev/shm")) {
+      bool const ours = entry.path().filename().string().starts_with(stem);
+      if (ours && (newest.empty() || entry.last_write_time() > last_write_time(newest))) {
+        newest = entry.path();
+      }
+    }
+    return newest;
+  }
+
+  testing::TempHome home_;
+  HANDLE mutex_ = CreateMutexA(nullptr, 0, "/ZO/ZOLT/SECURE2");
+};
+
+TEST_F(NamedMutexTest, ExcludesThreadsAndProcessesAndIsRecursive) {
+  ASSERT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+  ASSERT_EQ(WaitForSingleObject(mutex_, INFINITE), WAIT_OBJECT_0);
+  HANDLE const other = CreateMutexA(nullptr, 0, "/ZO/ZOLT/SECURE1");
+  EXPECT_EQ(WaitForSingleObject(other, 0), WAIT_OBJECT_0) << "another mutex";
+  ReleaseMutex(other);
+  auto tryIt = [this] { return static_cast<int>(WaitForSingleObject(mutex_, 10) & 0xFF); };
+  auto inThread = [&] {
+    int result = -1;
+    std::thread([&] { result = tryIt(); }).join();
+    return result;
+  };
+  EXPECT_EQ(inThread(), WAIT_TIMEOUT & 0xFF);
+  EXPECT_EQ(Child([&](Child::Pipe &) { return tryIt(); }).Wait(), int{WAIT_TIMEOUT & 0xFF});
+  EXPECT_EQ(ReleaseMutex(mutex_), 1);
+  EXPECT_EQ(inThread(), WAIT_TIMEOUT & 0xFF) << "taken twice";
+  EXPECT_EQ(ReleaseMutex(mutex_), 1);
+  EXPECT_EQ(ReleaseMutex(mutex_), 0) << "not the owner any more";
+  EXPECT_EQ(Child([&](Child::Pipe &) { return tryIt(); }).Wait(), 0);
+}
+
+TEST_F(NamedMutexTest, ADeadOwnerGivesItToTheNextWaiter) {
+  // Attached before, so that the segment is not made anew when its only other user dies.
+  ASSERT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+  ReleaseMutex(mutex_);
+  Child owner([&](Child::Pipe &pipe) {
+    WaitForSingleObject(mutex_, INFINITE);
+    pipe.Say("mine");
+    pipe.Hear();
+    return 0;
+  });
+  ASSERT_EQ(owner.pipe().Hear(), "mine");
+  uint32_t result = WAIT_FAILED;
+  std::thread waiter([&] {
+    result = WaitForSingleObject(mutex_, 60000);
+    ReleaseMutex(mutex_);
+  });
+  owner.Signal(SIGKILL);
+  waiter.join();
+  EXPECT_EQ(result, WAIT_ABANDONED);
+  EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0) << "told once";
+  ReleaseMutex(mutex_);
+}
+
+TEST_F(NamedMutexTest, AChildOwnsNothingOfItsParent) {
+  ASSERT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+  Child child([&](Child::Pipe &) {
+    return ReleaseMutex(mutex_) == 0 && WaitForSingleObject(mutex_, 0) == WAIT_TIMEOUT ? 0 : 1;
+  });
+  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_EQ(ReleaseMutex(mutex_), 1);
+}
+
+TEST_F(NamedMutexTest, UnknownNamesAndHandlesAreRefused) {
+  EXPECT_EQ(CreateMutexA(nullptr, 0, "another"), 0u);
+  EXPECT_EQ(CreateMutexA(nullptr, 0, nullptr), 0u);
+  EXPECT_EQ(WaitForSingleObject(0, 0), WAIT_FAILED);
+  EXPECT_EQ(WaitForSingleObject(77, 0), WAIT_FAILED);
+  EXPECT_EQ(ReleaseMutex(77), 0);
+  EXPECT_EQ(CloseHandle(77), 0);
+}
+
+TEST_F(NamedMutexTest, WithoutASegmentTheCallerGoesOnAlone) {
+  ASSERT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+  ReleaseMutex(mutex_);
+  std::string const path = SegmentPath();
+  DetachSegment();
+  std::filesystem::remove(path);
+  std::ofstream(path) << "open to others";
+  chmod(path.c_str(), 0666);
+  EXPECT_EQ(WaitForSingleObject(mutex_, 1000), WAIT_FAILED);
+  DetachSegment();
+  std::filesystem::remove(path);
+  EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+  ReleaseMutex(mutex_);
+}
+
+TEST_F(NamedMutexTest, TheSegmentIsForItsUserAlone) {
+  WaitForSingleObject(mutex_, 0);
+  ReleaseMutex(mutex_);
+  EXPECT_EQ(std::filesystem::status(SegmentPath()).permissions(), std::filesystem::perms(0600));
+}
+
+}  // namespace
+}  // namespace zolt

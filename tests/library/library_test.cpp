@@ -1,0 +1,165 @@
+#include "zolt41/library/library.h"
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <list>
+#include <sstream>
+
+#include "tests/prefs/prefs_fixture.h"
+#include "tests/support/child.h"
+#include "zolt41/notify/channel_objects.h"
+#include "zolt41/platform/system/last_failure.h"
+
+namespace zolt::testing {
+namespace {
+
+void StartLibrary(char const *path = nullptr) {
+  InitZOLT();
+  InitPrefs(path);
+}
+
+TEST_F(PrefsTest, TheStandardSectionsLieWhereTheyAlwaysDid) {
+  uint32_t const ids[] = {0x494E5354, 0xA948F3A4, 0x474E524C, 0x49444E54, 0x4E544643, 0x434F5052,
+                          0x47544B50, 0x44495245, 0x5055424C, 0xB9DBE944, 0x4641564F, 0x5048424B,
+                          0x4D414E44, 0x57454250, 0x5A9EEF18, 0x674F4E47, 0x42554459, 0x674F4E46,
+                          0x50325021, 0x434F4C4C, 0x41554449, 0x5649444F, 0x44148435, 0x4C595453};
+  std::stringstream paths(
+      "Installer:Components:General:Identity:Notification Agent:Connection Preferences:Gatekeeper:"
+      "Directory:Publisher:Companion:Favorites:PhoneBook:Manual Dial:WebPlaces:Communities:"
+      "Conferencing:Contact list:Conferencing\\Conference:Conferencing\\Point2Point:"
+      "Conferencing\\Collaboration:Conferencing\\Audio:Conferencing\\Video:Conferencing\\Chat:"
+      "Conferencing\\Layouts");
+  for (uint32_t const id : ids) {
+    std::string path;
+    std::getline(paths, path, ':');
+    UserPrefs()->SetStr(id, "path", path.c_str());
+    EXPECT_EQ(InUserTree(path, "path"), path);
+  }
+}
+
+TEST(Library, StopsAtExactlyZeroAndStartsAgain) {
+  TempHome home;
+  DisposeZOLT();          // -1
+  StartLibrary("First");  // 0, which was not counted down to
+  StartLibrary("Second");
+  UserPrefs()->SetStr(kSection, "n", "v");
+  InitZOLT();
+  DisposeZOLT();
+  EXPECT_EQ(Read(UserPrefs(), "n"), "v");
+  for (char const *path : {"Second", "First"}) {
+    DisposeZOLT();
+    StartLibrary(path);
+    EXPECT_EQ(Raw(HKEY_CURRENT_USER, "First\\General", "n"), "v");
+    EXPECT_EQ(Read(UserPrefs(), "n"), path[0] == 'F' ? "v" : "-");
+  }
+  DisposeZOLT();
+}
+
+TEST(Library, ManyFirstStartsAtOnceLoseNothing) {
+  TempHome home;
+  char const *const names[] = {"a", "b", "c", "d", "e", "f"};
+  std::list<Child> children;
+  for (char const *name : names)
+    children.emplace_back([name](Child::Pipe &) {
+      StartLibrary();
+      for (TYPrefs *store : {UserPrefs(), SystemPrefs()}) store->SetStr(kSection, name, "v");
+      return Read(UserPrefs(), name) == "v" ? 0 : 1;
+    });
+  for (Child &child : children) EXPECT_EQ(child.Wait(), 0);
+  StartLibrary();
+  for (char const *name : names)
+    for (TYPrefs *store : {UserPrefs(), SystemPrefs()}) EXPECT_EQ(store->Exists(kSection, name), 1);
+  DisposeZOLT();
+}
+
+TEST(Library, AHomeThatCannotBeMadeGivesStoresWithoutValues) {
+  TempHome home;
+  setenv("ZOLT_HOME", "/proc/none/home", 1);
+  StartLibrary();
+  for (uint32_t const section : {0U, kSection}) {
+    EXPECT_EQ(UserPrefs()->WriteStr(section, "n", "v", PrefLevelUser), 1);
+    EXPECT_NE(ZOLTLastFailure(nullptr, 0), 0);
+    EXPECT_EQ(Read(UserPrefs(), "n", 0, section), "-");
+  }
+  DisposeZOLT();
+}
+
+TEST(Library, AFullDiskAtTheFirstStartLeavesNoBadKeys) {
+  TempHome home;
+  Child child([&home](Child::Pipe &) {
+    signal(SIGXFSZ, SIG_IGN);
+    for (rlim_t size = 0; size <= 262144; size += 4096) {
+      rlimit limit = {size, RLIM_INFINITY};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      StartLibrary();
+      limit.rlim_cur = RLIM_INFINITY;
+      setrlimit(RLIMIT_FSIZE, &limit);
+      // With room again, whoever says that it can write does.
+      for (TYPrefs *store : {UserPrefs(), SystemPrefs(), SharedUserPrefs(), SharedSystemPrefs()}) {
+        store->SetStr(kSection, "n", "v");
+        if (store->IsWritable(kSection) != 0 && store->Exists(kSection, "n") == 0) return 1;
+      }
+      DisposeZOLT();
+      std::filesystem::remove_all(home.path());
+    }
+    return 0;
+  });
+  EXPECT_EQ(child.Wait(), 0);
+}
+
+// A machine tree that an administrator made and this user may only read.
+TEST(Library, AReadOnlyMachineTreeIsReadAndItsUserTreeWritten) {
+  TempHome home;
+  StartLibrary();
+  SystemPrefs()->SetStr(kSection, "n", "system");
+  DisposeZOLT();
+  constexpr uid_t kNobody = 65534;
+  bool const root = geteuid() == 0;
+  if (root) {
+    ASSERT_EQ(std::system(("chown -R 65534 " + home.path()).c_str()), 0);
+    ASSERT_EQ(std::system(("chown -R 0 " + home.path() + "/machine").c_str()), 0);
+  }
+  chmod(home.MachineHive().c_str(), 0444);
+  chmod((home.path() + "/machine").c_str(), 0555);
+  Child child([root](Child::Pipe &) {
+    if (root && setuid(kNobody) != 0) return 1;
+    StartLibrary();
+    SystemPrefs()->SetStr(kSection, "n", "changed");
+    if (Read(UserPrefs(), "n") != "system") return 2;
+    UserPrefs()->SetStr(kSection, "n", "user");
+    if (Read(UserPrefs(), "n") != "user") return 3;
+    return SystemPrefs()->IsReadable(kSection) == 0x10 &&
+                   SystemPrefs()->IsWritable(kSection) == 0 &&
+                   UserPrefs()->IsWritable(kSection) == 0x02
+               ? 0
+               : 4;
+  });
+  EXPECT_EQ(child.Wait(), 0);
+  chmod((home.path() + "/machine").c_str(), 0755);
+}
+
+TEST(Library, AStoppedHolderOfTheChannelKeepsNobodyFromStarting) {
+  TempHome home;
+  Child holder([](Child::Pipe &pipe) {
+    pipe.Say(std::to_string(WaitForSingleObject(ChannelMutex(), 0)));
+    pipe.Hear();
+    return 0;
+  });
+  ASSERT_EQ(holder.pipe().Hear(), std::to_string(WAIT_OBJECT_0));
+  StartLibrary();
+  UserPrefs()->SetStr(kSection, "n", "v");
+  EXPECT_EQ(Read(UserPrefs(), "n"), "v");
+  DisposeZOLT();
+  holder.Signal(SIGKILL);
+  EXPECT_EQ(holder.Wait(), -SIGKILL);
+  EXPECT_EQ(WaitForSingleObject(ChannelMutex(), 0), WAIT_ABANDONED);
+  EXPECT_EQ(ReleaseMutex(ChannelMutex()), 1);
+}
+
+}  // namespace
+}  // namespace zolt::testing

@@ -1,0 +1,395 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/support/child.h"
+#include "tests/support/key.h"
+#include "tests/support/raw_hive.h"
+#include "tests/support/temp_home.h"
+#include "zolt41/platform/registry/generation.h"
+#include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/registry/registry.h"
+
+namespace zolt {
+namespace {
+
+using testing::Child;
+using testing::Key;
+using testing::LastFailure;
+using testing::RawHive;
+using Clock = std::chrono::steady_clock;
+
+// Several processes on one home.
+class HiveProcessesTest : public ::testing::Test {
+ protected:
+  // Long trials take their full length when the suite is asked for it.
+  static std::chrono::seconds TrialLength() {
+    return std::chrono::seconds(std::getenv("ZOLT_SLOW") != nullptr ? 60 : 2);
+  }
+
+  void Poke(off_t offset, uint32_t value) const {
+    int const file = open(home_.UserSync().c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(pwrite(file, &value, sizeof value, offset), 4);
+    close(file);
+  }
+
+  void CheckIntegrity() const {
+    EXPECT_EQ(RawHive(home_.UserHive()).Run("PRAGMA integrity_check"), "ok");
+  }
+
+  testing::TempHome home_;
+};
+
+TEST_F(HiveProcessesTest, WhatOneWritesAnotherReads) {
+  for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    Key const key(root);
+    EXPECT_EQ(key.Get("v"), "!2");
+    Child writer([&](Child::Pipe &pipe) {
+      Key const mine(root);
+      for (std::string line = pipe.Hear(); !line.empty(); line = pipe.Hear()) {
+        pipe.Say(std::to_string(line == "gone" ? RegDeleteValueA(mine.handle, "v")
+                                               : mine.Set("v", line)));
+      }
+      return 0;
+    });
+    for (std::string const text : {"1", "2", "gone", "3"}) {
+      writer.pipe().Say(text);
+      ASSERT_EQ(writer.pipe().Hear(), "0");
+      EXPECT_EQ(key.Get("v"), text == "gone" ? "!2" : text);
+      EXPECT_EQ(key.Get("v"), text == "gone" ? "!2" : text) << "from the cache";
+      EXPECT_EQ(key.ValueNames().size(), text == "gone" ? 0u : 1u);
+    }
+  }
+}
+
+TEST_F(HiveProcessesTest, SixtyFourStartAtOnceOnAnEmptyHome) {
+  std::vector<std::unique_ptr<Child>> children;
+  for (int i = 0; i < 64; i++) {
+    children.push_back(std::make_unique<Child>([i](Child::Pipe &pipe) {
+      pipe.Hear();
+      for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+        Key const key(root, "Shared");
+        std::string const name = "n" + std::to_string(i);
+        if (key.opened != 0) return 1;
+        if (key.Set(name, name) != 0) return 2;
+        if (key.Get(name) != name) return 3;
+      }
+      LeaveHives();
+      return 0;
+    }));
+  }
+  for (auto &child : children) child->pipe().Say("go");
+  for (auto &child : children) EXPECT_EQ(child->Wait(), 0);
+  EXPECT_EQ(Key(HKEY_CURRENT_USER, "Shared").ValueNames().size(), 64u);
+  EXPECT_EQ(Key(HKEY_LOCAL_MACHINE, "Shared").ValueNames().size(), 64u);
+  CheckIntegrity();
+}
+
+TEST_F(HiveProcessesTest, AKilledWriterLosesNothingThatItWasToldIsKept) {
+  Key const key(HKEY_CURRENT_USER);
+  std::mt19937 random(41);
+  int told = 0;
+  for (int round = 0; round < 60; round++) {
+    Child writer([told](Child::Pipe &pipe) {
+      Key const mine(HKEY_CURRENT_USER);
+      for (int i = told + 1;; i++) {
+        HiveTransaction pair(HKEY_CURRENT_USER);
+        bool const two = i % 3 == 0 && pair.Begin() == 0;
+        int32_t result = mine.Set("a", std::to_string(i));
+        if (two) result = mine.Set("b", std::to_string(i)) | pair.Commit();
+        if (result != 0) return 1;
+        pipe.Say(std::to_string(i));
+      }
+    });
+    std::string const first = writer.pipe().Hear();
+    ASSERT_NE(first, "");
+    told = std::stoi(first);
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 4000));
+    writer.Signal(SIGKILL);
+    for (std::string line = writer.pipe().Hear(); !line.empty(); line = writer.pipe().Hear()) {
+      told = std::stoi(line);
+    }
+    EXPECT_EQ(writer.Wait(), -SIGKILL);
+    int const a = std::stoi(key.Get("a"));
+    EXPECT_TRUE(a == told || a == told + 1) << a << " after " << told;
+    std::string const b = key.Get("b");
+    int const lastThird = a / 3 * 3;
+    if (lastThird > told) {
+      EXPECT_EQ(b, std::to_string(lastThird)) << "both values of a transaction or none";
+    }
+    told = a;
+  }
+  CheckIntegrity();
+}
+
+TEST_F(HiveProcessesTest, AStoppedWriterCostsTheWaitAndReadsGoOn) {
+  Key const key(HKEY_CURRENT_USER);
+  key.Set("cached", "1");
+  key.Set("uncached", "1");
+  EXPECT_EQ(key.Get("cached"), "1");
+  Child writer([](Child::Pipe &pipe) {
+    Key const mine(HKEY_CURRENT_USER);
+    HiveTransaction transaction(HKEY_CURRENT_USER);
+    if (transaction.Begin() != 0) return 1;
+    mine.Set("cached", "2");
+    pipe.Say("in the middle");
+    raise(SIGSTOP);
+    return transaction.Commit();
+  });
+  ASSERT_EQ(writer.pipe().Hear(), "in the middle");
+  ZOLTSetLockWait(1000);
+  auto const start = Clock::now();
+  EXPECT_EQ(key.Get("cached"), "1");
+  EXPECT_EQ(key.Get("uncached"), "1");
+  EXPECT_EQ(key.Set("mine", "x"), ERROR_LOCK_VIOLATION);
+  EXPECT_EQ(LastFailure(), 2);
+  for (int i = 0; i < 20; i++) key.Set("mine", "x");
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(10)) << "not a wait for each";
+  ZOLTSetLockWait(60000);
+  writer.Signal(SIGCONT);
+  EXPECT_EQ(writer.Wait(), 0);
+  EXPECT_EQ(key.Set("mine", "x"), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("cached"), "2");
+}
+
+TEST_F(HiveProcessesTest, AStoppedAdministratorCostsTheWaitOnceAndNotForEachKey) {
+  { Key const key(HKEY_LOCAL_MACHINE); }
+  LeaveHives();
+  Child administrator([&](Child::Pipe &pipe) {
+    RawHive raw(home_.MachineHive());
+    raw.Run("PRAGMA locking_mode=EXCLUSIVE; BEGIN EXCLUSIVE");
+    pipe.Say("held");
+    pipe.Hear();
+    return 0;
+  });
+  ASSERT_EQ(administrator.pipe().Hear(), "held");
+  ZOLTSetLockWait(1000);
+  auto const start = Clock::now();
+  for (int i = 0; i < 100; i++) {
+    EXPECT_EQ(Key(HKEY_LOCAL_MACHINE, "K" + std::to_string(i)).opened, ERROR_LOCK_VIOLATION);
+    EXPECT_EQ(LastFailure(), 2);
+  }
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(20));
+  administrator.pipe().Say("go");
+  EXPECT_EQ(administrator.Wait(), 0);
+  EXPECT_EQ(Key(HKEY_LOCAL_MACHINE).Set("v", "1"), ERROR_SUCCESS);
+}
+
+TEST_F(HiveProcessesTest, AReaderInTheMiddleOfACommitKeepsNothing) {
+  Key const key(HKEY_CURRENT_USER);
+  key.Set("v", "old");
+  EXPECT_EQ(key.Get("v"), "old");
+  LeaveHives();
+  int64_t const id =
+      std::stoll(RawHive(home_.UserHive()).Run("SELECT id FROM key WHERE name='Test'"));
+  for (bool all : {false, true}) {
+    key.Set("v", "old");
+    EXPECT_EQ(key.Get("v"), "old");
+    Child writer([&](Child::Pipe &pipe) {
+      Generation words;
+      if (words.Attach(home_.UserSync()) != Failure::none || !words.Lock(1000)) return 1;
+      std::array<uint16_t, 1> const changed = {static_cast<uint16_t>(ValueWord(id, "v"))};
+      words.BeginChange(changed, all);
+      pipe.Say("odd");
+      pipe.Hear();
+      RawHive(home_.UserHive()).Run("UPDATE value SET data=x'6E657700' WHERE name='v'");
+      pipe.Say("committed");
+      pipe.Hear();
+      return 0;
+    });
+    ASSERT_EQ(writer.pipe().Hear(), "odd");
+    ZOLTSetLockWait(20);
+    EXPECT_EQ(key.Get("v"), "old") << "not committed yet";
+    writer.pipe().Say("");
+    ASSERT_EQ(writer.pipe().Hear(), "committed");
+    EXPECT_EQ(key.Get("v"), "new");
+    writer.Signal(SIGKILL);
+    EXPECT_EQ(writer.Wait(), -SIGKILL);
+    ZOLTSetLockWait(60000);
+    EXPECT_EQ(key.Get("v"), "new");
+    EXPECT_EQ(key.Set("v", "newer"), ERROR_SUCCESS);
+    EXPECT_EQ(key.Get("v"), "newer");
+  }
+}
+
+TEST_F(HiveProcessesTest, CheckpointsAtEveryCommitOfSeveralWritersDamageNothing) {
+  Key const key(HKEY_CURRENT_USER);
+  key.Set("start", "1");
+  Poke(44, 1);
+  Poke(48, 1);
+  std::vector<std::unique_ptr<Child>> children;
+  for (int w = 0; w < 4; w++) {
+    children.push_back(std::make_unique<Child>([w](Child::Pipe &pipe) {
+      Key const mine(HKEY_CURRENT_USER, "W" + std::to_string(w));
+      auto const end = Clock::now() + TrialLength();
+      int i = 0;
+      while (Clock::now() < end) {
+        std::string const name = "n" + std::to_string(++i % 50);
+        if (mine.Set(name, std::to_string(i) + std::string(static_cast<size_t>(i) % 200, 'x')) !=
+            0) {
+          return 1;
+        }
+        if (i % 7 == 0) mine.Get("n" + std::to_string(i % 13));
+        if (i % 100 == 0) LeaveHives();
+      }
+      pipe.Say(std::to_string(i));
+      return 0;
+    }));
+  }
+  for (int w = 0; w < 4; w++) {
+    auto &child = *children[static_cast<size_t>(w)];
+    int const last = std::atoi(child.pipe().Hear().c_str());
+    EXPECT_EQ(child.Wait(), 0);
+    Key const written(HKEY_CURRENT_USER, "W" + std::to_string(w));
+    for (int i = std::max(1, last - 49); i <= last; i++) {
+      EXPECT_EQ(written.Get("n" + std::to_string(i % 50)),
+                std::to_string(i) + std::string(static_cast<size_t>(i) % 200, 'x'));
+    }
+  }
+  CheckIntegrity();
+}
+
+TEST_F(HiveProcessesTest, NobodyEverReadsBackwardsInAStorm) {
+  constexpr int kNames = 20;
+  std::vector<std::unique_ptr<Child>> writers;
+  for (int w = 0; w < 2; w++) {
+    writers.push_back(std::make_unique<Child>([w](Child::Pipe &) {
+      Key const mine(HKEY_CURRENT_USER);
+      auto const end = Clock::now() + TrialLength();
+      for (int i = 1; Clock::now() < end; i++) {
+        std::string const name = "w" + std::to_string(w) + "n" + std::to_string(i % kNames);
+        // A value vouches for itself: its number twice.
+        if (mine.Set(name, std::to_string(i) + ":" + std::to_string(i)) != 0) return 1;
+        if (i % 500 == 0) RegDeleteValueA(mine.handle, "x");
+      }
+      return 0;
+    }));
+  }
+  Key const key(HKEY_CURRENT_USER);
+  std::atomic<bool> stop{false};
+  auto watch = [&] {
+    std::array<int, 2 * kNames> seen{};
+    while (!stop) {
+      for (int n = 0; n < 2 * kNames; n++) {
+        std::string const text =
+            key.Get("w" + std::to_string(n / kNames) + "n" + std::to_string(n % kNames));
+        if (text == "!2") continue;
+        int const number = std::atoi(text.c_str());
+        ASSERT_EQ(text, std::to_string(number) + ":" + std::to_string(number));
+        ASSERT_GE(number, seen[static_cast<size_t>(n)]);
+        seen[static_cast<size_t>(n)] = number;
+      }
+    }
+  };
+  std::thread first(watch);
+  std::thread second(watch);
+  for (auto &writer : writers) EXPECT_EQ(writer->Wait(), 0);
+  stop = true;
+  first.join();
+  second.join();
+}
+
+TEST_F(HiveProcessesTest, ForkLeavesParentAndChildSoundWhileThreadsWork) {
+  Key const key(HKEY_CURRENT_USER);
+  std::atomic<bool> stop{false};
+  std::atomic<int> written{0};
+  std::thread worker([&] {
+    for (int i = 1; !stop; i++) {
+      if (key.Set("worker", std::to_string(i)) != 0) break;
+      key.Get("miss" + std::to_string(i % 200));
+      written = i;
+    }
+  });
+  for (int i = 0; i < 40; i++) {
+    pid_t const child = fork();
+    if (child == 0) {
+      std::string const name = "child" + std::to_string(i);
+      bool const good =
+          key.Set(name, name) == 0 && key.Get(name) == name && !key.ValueNames().empty();
+      LeaveHives();
+      _exit(good ? 0 : 1);
+    }
+    EXPECT_EQ(key.Set("parent", std::to_string(i)), ERROR_SUCCESS);
+    int status = -1;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(key.Get("child" + std::to_string(i)), "child" + std::to_string(i));
+  }
+  stop = true;
+  worker.join();
+  EXPECT_EQ(key.Get("worker"), std::to_string(written));
+  CheckIntegrity();
+}
+
+TEST_F(HiveProcessesTest, AForkInsideATransactionLosesItInBoth) {
+  Key const key(HKEY_CURRENT_USER);
+  key.Set("v", "before");
+  HiveTransaction transaction(HKEY_CURRENT_USER);
+  ASSERT_EQ(transaction.Begin(), ERROR_SUCCESS);
+  key.Set("v", "inside");
+  pid_t const child = fork();
+  if (child == 0) _exit(transaction.Commit() != 0 && key.Get("v") == "before" ? 0 : 1);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_NE(transaction.Commit(), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("v"), "before");
+  EXPECT_EQ(key.Set("v", "after"), ERROR_SUCCESS);
+}
+
+TEST_F(HiveProcessesTest, AnotherIdNamespaceMayOnlyRead) {
+  {
+    Key const key(HKEY_CURRENT_USER);
+    key.Set("v", "1");
+  }
+  // Held by a process of ours, so that the words are not made anew.
+  Child holder([](Child::Pipe &pipe) {
+    Key const key(HKEY_CURRENT_USER);
+    pipe.Say(key.Get("v"));
+    pipe.Hear();
+    return 0;
+  });
+  ASSERT_EQ(holder.pipe().Hear(), "1");
+  LeaveHives();
+  Poke(32, 12345);
+  Key const key(HKEY_CURRENT_USER);
+  EXPECT_EQ(key.Get("v"), "1");
+  EXPECT_EQ(key.Set("v", "2"), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(LastFailure(), 1);
+}
+
+TEST_F(HiveProcessesTest, AResetThatNeverEndsIsNotWaitedForForEver) {
+  { Key const key(HKEY_CURRENT_USER); }
+  LeaveHives();
+  Child holder([&](Child::Pipe &pipe) {
+    int const file = open(home_.UserSync().c_str(), O_RDWR | O_CLOEXEC);
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    if (fcntl(file, F_OFD_SETLK, &lock) != 0) return 1;
+    pipe.Say("held");
+    pipe.Hear();
+    return 0;
+  });
+  ASSERT_EQ(holder.pipe().Hear(), "held");
+  ZOLTSetLockWait(50);
+  Key const key(HKEY_CURRENT_USER);
+  EXPECT_EQ(key.opened, ERROR_LOCK_VIOLATION);
+  std::string subject;
+  EXPECT_EQ(LastFailure(&subject), 2);
+  EXPECT_EQ(subject, home_.UserSync());
+}
+
+}  // namespace
+}  // namespace zolt

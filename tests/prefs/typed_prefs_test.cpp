@@ -1,0 +1,99 @@
+#include "zolt41/prefs/typed_prefs.h"
+
+#include "tests/prefs/prefs_fixture.h"
+
+namespace zolt::testing {
+namespace {
+
+class TypedPrefsTest : public PrefsTest {
+ protected:
+  TYPrefs *const stores[5] = {nullptr, SharedSystemPrefs(), SharedUserPrefs(), SystemPrefs(),
+                              UserPrefs()};
+  TYPrefs card;
+};
+
+TEST_F(TypedPrefsTest, ReadsFollowTheChainsWhichNeverJoin) {
+  char const *const names[] = {"", "1", "2", "3", "4"};
+  for (int level = 1; level <= 4; ++level)
+    for (char const *name : {"all", names[level]})
+      stores[level]->SetStr(kSection, name, names[level]);
+  struct {
+    TYPrefs *store;
+    char const *own;      // what "all" gives
+    char const *general;  // what it gives with the parents first
+    char const *seen;     // the levels that it sees
+  } const rows[] = {{&card, "4", "4", "--34"},
+                    {stores[4], "4", "3", "--34"},
+                    {stores[3], "3", "3", "--3-"},
+                    {stores[2], "2", "1", "12--"},
+                    {stores[1], "1", "1", "1---"}};
+  for (auto const &row : rows)
+    for (int32_t const parentFirst : {0, 1}) {
+      EXPECT_EQ(Read(row.store, "all", parentFirst), parentFirst != 0 ? row.general : row.own);
+      std::string seen;
+      for (int level = 1; level <= 4; ++level) seen += Read(row.store, names[level], parentFirst);
+      EXPECT_EQ(seen, row.seen);
+    }
+}
+
+TEST_F(TypedPrefsTest, WritesGoToTheStoreOfTheLevelOrNowhere) {
+  struct {
+    TYPrefs *store;
+    int32_t level;
+    int32_t taker;  // 0: none
+  } const rows[] = {{stores[4], 0, 4}, {stores[4], 4, 4}, {stores[4], 3, 3}, {stores[4], 1, 0},
+                    {stores[4], 2, 0}, {stores[4], 5, 0}, {stores[4], 6, 0}, {stores[2], 4, 0},
+                    {stores[2], 1, 1}, {stores[2], 0, 2}, {&card, 4, 4},     {&card, 3, 3},
+                    {&card, 2, 0},     {stores[3], 4, 0}, {stores[3], 99, 0}};
+  for (auto const &row : rows) {
+    EXPECT_EQ(row.store->WriteBool(kSection, "n", 7, static_cast<PrefLevel>(row.level)),
+              row.taker != 0);
+    for (int level = 1; level <= 4; ++level) {
+      EXPECT_EQ(stores[level]->Exists(kSection, "n"), level == row.taker) << row.level;
+      stores[level]->RemoveValue(kSection, "n");
+    }
+  }
+}
+
+TEST_F(TypedPrefsTest, NumbersAndBooleansAreTexts) {
+  TYPrefs *const user = UserPrefs();
+  int32_t value = 0;
+  for (auto const &[text, boolean] : {std::pair{"yes", 1}, {"True", 1}, {" Yes", 0}, {"", 0}}) {
+    user->SetStr(kSection, "n", text);
+    EXPECT_EQ(user->ReadBool(kSection, "n", &value, 1, 0), 1);
+    EXPECT_EQ(value, boolean) << text;
+    EXPECT_EQ(user->ReadNum(kSection, "n", &value, 5, 0), 1);  // no number, yet found
+    EXPECT_EQ(value, 5);
+  }
+  user->WriteNum(kSection, "n", -2147483647 - 1, PrefLevelUser);
+  EXPECT_EQ(Read(user, "n"), "-2147483648");
+}
+
+TEST_F(TypedPrefsTest, DiffWritesOnlyWhatDiffersAlongTheChain) {
+  TYPrefs *const user = UserPrefs();
+  SystemPrefs()->SetStr(kSection, "text", "Value");
+  EXPECT_EQ(user->DiffWriteStr(kSection, "text", "VALUE", "", PrefLevelUser), 1);
+  EXPECT_EQ(user->DiffWriteNum(kSection, "number", 3, 3, PrefLevelUser), 1);
+  EXPECT_EQ(user->DiffWriteBool(kSection, "bool", 1, 1, PrefLevelUser), 1);
+  for (char const *name : {"text", "number", "bool"}) EXPECT_EQ(user->Exists(kSection, name), 0);
+  EXPECT_EQ(user->DiffWriteNum(kSection, "number", 4, 3, PrefLevelUser), 1);
+  EXPECT_EQ(Read(user, "number"), "4");
+  EXPECT_EQ(user->DiffWriteBool(kSection, "bool", 0, 1, PrefLevelSharedUser), 0);
+  // A default may be longer than any text that can be read.
+  std::string const longText(2000, 'x');
+  EXPECT_EQ(user->IsDiffStr(kSection, "none", longText.c_str(), longText.c_str()), 0);
+}
+
+TEST_F(TypedPrefsTest, NullIsEmptyAndTheDefaultMayLieInTheBuffer) {
+  TYPrefs *const user = UserPrefs();
+  user->WriteStr(kSection, nullptr, "unnamed", PrefLevelUser);
+  EXPECT_EQ(Read(user, ""), "unnamed");
+  user->WriteStr(kSection, "", nullptr, PrefLevelUser);
+  EXPECT_EQ(Read(user, nullptr), "");
+  char buffer[256] = "before";
+  EXPECT_EQ(user->ReadStr(kSection, "none", buffer, buffer, 1), 0);
+  EXPECT_STREQ(buffer, "before");
+}
+
+}  // namespace
+}  // namespace zolt::testing

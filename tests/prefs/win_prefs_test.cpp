@@ -1,0 +1,116 @@
+#include "zolt41/prefs/win_prefs.h"
+
+#include <cstring>
+
+#include "tests/prefs/prefs_fixture.h"
+
+namespace zolt::testing {
+namespace {
+
+class WinPrefsTest : public PrefsTest {
+ protected:
+  void Set(char const *name, uint32_t type, std::string const &bytes) {
+    user->SetFree(kSection, name, type, reinterpret_cast<uint8_t const *>(bytes.data()),
+                  static_cast<uint32_t>(bytes.size()));
+  }
+  uint32_t StoredSize(char const *name) {
+    uint32_t size = 0;
+    return user->GetFree(kSection, name, 0, nullptr, size) != 0 ? size : ~0U;
+  }
+
+  WinPrefs *const user = GetUserPrefs();
+};
+
+TEST_F(WinPrefsTest, ATextHasAtMost255BytesAndItsOwnType) {
+  std::string const longest(255, 'x');
+  struct {
+    uint32_t type;
+    std::string bytes;
+    char const *text;
+  } const rows[] = {{REG_SZ, longest + '\0', longest.c_str()},
+                    {REG_SZ, longest, longest.c_str()},
+                    {REG_SZ, "", ""},
+                    {REG_DWORD, std::string("abc\0", 4), "untouched"},
+                    {REG_SZ, longest + 'x' + '\0', "untouched"},
+                    {REG_SZ, longest + 'x', "untouched"}};  // no room for its NUL
+  for (auto const &row : rows) {
+    Set("n", row.type, row.bytes);
+    char buffer[257] = "untouched";
+    buffer[256] = '#';
+    EXPECT_EQ(user->GetStr(kSection, "n", buffer), std::strcmp(row.text, "untouched") != 0);
+    EXPECT_STREQ(buffer, row.text);
+    EXPECT_EQ(buffer[256], '#');
+    EXPECT_EQ(user->Exists(kSection, "n"), 1);
+  }
+}
+
+TEST_F(WinPrefsTest, AnEqualTextIsNotWritten) {
+  Set("n", REG_SZ, "abc");  // without a NUL, so that a write shows in the size
+  user->SetStr(kSection, "n", "abc");
+  EXPECT_EQ(StoredSize("n"), 3U);
+  user->SetStr(kSection, "n", "ABC");
+  EXPECT_EQ(Read(user, "n"), "ABC");
+  EXPECT_EQ(StoredSize("n"), 4U);
+  user->SetStr(kSection, "none", "");
+  EXPECT_EQ(user->Exists(kSection, "none"), 0);
+  user->SetStr(kSection, "long", std::string(2000, 'x').c_str());
+  user->SetStr(kSection, "long", nullptr);  // too long to be read counts as empty
+  EXPECT_EQ(StoredSize("long"), 2001U);
+}
+
+TEST_F(WinPrefsTest, BytesAreReadInTwoStepsAlongTheChain) {
+  uint8_t const bytes[] = {0, 255, 7};
+  EXPECT_EQ(user->WriteFree(kSection, "b", REG_BINARY, bytes, 3, PrefLevelSystem), 1);
+  uint32_t size = 99;
+  EXPECT_EQ(user->GetFree(kSection, "b", 0, nullptr, size), 0);
+  EXPECT_EQ(size, 99U);
+  EXPECT_EQ(user->ReadFree(kSection, "b", 0, nullptr, size, 0), 1);
+  EXPECT_EQ(size, 3U);
+  uint8_t data[4] = {1, 1, 1, 1};
+  size = 0;  // no limit
+  EXPECT_EQ(user->ReadFree(kSection, "b", 0, data, size, 1), 1);
+  EXPECT_EQ(std::memcmp(data, "\x00\xFF\x07\x01", 4), 0);
+}
+
+TEST_F(WinPrefsTest, APathEndsAtItsFirstEmptyComponent) {
+  struct {
+    std::string path;
+    std::string key;  // empty: none
+  } const rows[] = {{"One:Two\\Three", "One\\Two\\Three"},
+                    {"One::Two", "One"},
+                    {"One:", "One"},
+                    {"", ""},
+                    {"\\One", ""},
+                    {std::string(300, 'p'), std::string(254, 'p')}};
+  for (auto const &row : rows) {
+    WinPrefs store(PrefLevelUser, row.path.c_str());
+    store.SetStr(0, "n", row.path.substr(0, 9).c_str());
+    EXPECT_EQ(store.SectionKey(0, 0) != 0, !row.key.empty()) << row.path;
+    if (!row.key.empty()) {
+      EXPECT_EQ(Raw(HKEY_CURRENT_USER, row.key, "n"), row.path.substr(0, 9));
+    }
+  }
+}
+
+TEST_F(WinPrefsTest, ClearLeavesAnEmptyKey) {
+  uint32_t const conferencing = static_cast<uint32_t>(kConferencing);
+  for (int i = 0; i < 5; ++i) user->SetStr(conferencing, std::to_string(i).c_str(), "v");
+  user->RegisterSection("Deep", SectionNameHash("Chat"));
+  user->Remove(conferencing, "Chat");  // has a subkey
+  EXPECT_EQ(InUserTree("Conferencing\\Chat\\Deep", ""), "no value");
+  SystemPrefs()->SetStr(conferencing, "n", "system");
+  user->ClearSection(conferencing, 0);
+  HKEY const key = user->SectionKey(kConferencing, 0);
+  char name[260];
+  uint32_t length = sizeof name;
+  EXPECT_EQ(RegEnumValueA(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
+            ERROR_NO_MORE_ITEMS);
+  EXPECT_EQ(RegEnumKeyExA(key, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
+            ERROR_NO_MORE_ITEMS);
+  EXPECT_EQ(Read(user, "n", 0, conferencing), "system");
+  ClearPrefSection(kConferencing, 0);
+  EXPECT_EQ(Read(user, "n", 0, conferencing), "-");
+}
+
+}  // namespace
+}  // namespace zolt::testing

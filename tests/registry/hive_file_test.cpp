@@ -1,0 +1,300 @@
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "tests/support/child.h"
+#include "tests/support/key.h"
+#include "tests/support/raw_hive.h"
+#include "tests/support/temp_home.h"
+#include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/registry/registry.h"
+
+namespace zolt {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::Child;
+using testing::Key;
+using testing::LastFailure;
+using testing::RawHive;
+
+// What a hive's file, and what lies around it, can do to us.
+class HiveFileTest : public ::testing::Test {
+ protected:
+  // Makes a home with one value in each tree and leaves it.
+  void Prepare() {
+    for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+      Key const key(root);
+      ASSERT_EQ(key.Set("v", "old"), ERROR_SUCCESS);
+    }
+    LeaveHives();
+    // The log into the file, so that what is damaged is the file.
+    RawHive(home_.UserHive()).Run("PRAGMA wal_checkpoint(TRUNCATE)");
+  }
+
+  static std::string Read(std::string const &path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  static void Write(std::string const &path, std::string const &bytes) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+  }
+
+  testing::TempHome home_;
+};
+
+TEST_F(HiveFileTest, IsMadeForItsUserAlone) {
+  umask(0);
+  Prepare();
+  for (std::string const &path : {home_.UserHive(), home_.UserSync(), home_.MachineHive()}) {
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600)) << path;
+  }
+  EXPECT_EQ(fs::status(home_.path() + "/machine").permissions(), fs::perms(0700));
+}
+
+TEST_F(HiveFileTest, CanBeReadByAnySqliteTool) {
+  Prepare();
+  RawHive raw(home_.UserHive());
+  EXPECT_EQ(raw.Run("SELECT hex(v.data) FROM value v JOIN key k ON k.id=v.key"
+                    " WHERE k.name='test' AND v.name='V' AND v.type=1"),
+            "6F6C6400");
+  EXPECT_EQ(raw.Run("SELECT layout||' '||code_page FROM hive"), "1 1252");
+  EXPECT_EQ(raw.Run("PRAGMA application_id"), "1515146324");
+}
+
+TEST_F(HiveFileTest, StoresNamesAsUtf8) {
+  {
+    Key const key(HKEY_CURRENT_USER,
+                  "Stra\xDF"
+                  "e");
+    key.Set("Preis \x80", "5");
+  }
+  LeaveHives();
+  RawHive raw(home_.UserHive());
+  EXPECT_EQ(raw.Run("SELECT name FROM key"),
+            "Stra\xC3\x9F"
+            "e");
+  EXPECT_EQ(raw.Run("SELECT name FROM value"), "Preis \xE2\x82\xAC");
+}
+
+TEST_F(HiveFileTest, DamageIsToldAndTheFileIsLeftAsItIs) {
+  struct Case {
+    char const *what;
+    std::function<std::string(std::string)> change;
+    int32_t result;
+    int32_t failure;
+  };
+  Case const cases[] = {
+      {"garbage", [](std::string) { return std::string(9000, 'Z'); }, ERROR_REGISTRY_CORRUPT, 4},
+      {"a text", [](std::string) { return std::string("Volume=70\n"); }, ERROR_REGISTRY_CORRUPT, 4},
+      {"cut inside a page", [](std::string b) { return b.substr(0, 5000); }, ERROR_REGISTRY_CORRUPT,
+       4},
+      {"no head", [](std::string b) { return std::string(100, '\0') + b.substr(100); },
+       ERROR_REGISTRY_CORRUPT, 4},
+      {"schema page lost",
+       [](std::string b) { return b.substr(0, 100) + std::string(3996, '\xFF') + b.substr(4096); },
+       ERROR_REGISTRY_CORRUPT, 4},
+  };
+  Prepare();
+  for (std::string const &path : {home_.UserHive(), home_.MachineHive()}) {
+    std::string const whole = Read(path);
+    for (Case const &c : cases) {
+      std::string const bytes = c.change(whole);
+      Write(path, bytes);
+      HKEY const root = path == home_.UserHive() ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
+      Key const key(root);
+      EXPECT_EQ(key.opened, c.result) << c.what;
+      std::string subject;
+      EXPECT_EQ(LastFailure(&subject), c.failure) << c.what;
+      EXPECT_EQ(subject, fs::canonical(path));
+      ReportHiveFailure(root);
+      EXPECT_EQ(LastFailure(), c.failure) << "it can be told again";
+      LeaveHives();
+      EXPECT_EQ(Read(path), bytes) << c.what;
+    }
+    Write(path, whole);
+    EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "old");
+    LeaveHives();
+  }
+}
+
+TEST_F(HiveFileTest, ForeignAndNewerDatabasesAreRefused) {
+  struct Case {
+    char const *sql;
+    int32_t result;
+    int32_t failure;
+  };
+  for (Case const &c : {Case{"UPDATE hive SET layout=2", ERROR_REVISION_MISMATCH, 5},
+                        Case{"DROP TABLE hive", ERROR_REGISTRY_CORRUPT, 4},
+                        Case{"DELETE FROM hive", ERROR_REGISTRY_CORRUPT, 4}}) {
+    Prepare();
+    EXPECT_EQ(RawHive(home_.UserHive()).Run(c.sql), "");
+    EXPECT_EQ(Key(HKEY_CURRENT_USER).opened, c.result) << c.sql;
+    EXPECT_EQ(LastFailure(), c.failure) << c.sql;
+    LeaveHives();
+    fs::remove(home_.UserHive());
+  }
+}
+
+TEST_F(HiveFileTest, DamagedPagesNeverGiveAWrongValue) {
+  Prepare();
+  {
+    Key const key(HKEY_CURRENT_USER);
+    for (int i = 0; i < 300; i++) key.Set("n" + std::to_string(i), "value " + std::to_string(i));
+  }
+  LeaveHives();
+  RawHive(home_.UserHive()).Run("PRAGMA wal_checkpoint(TRUNCATE)");
+  std::string const whole = Read(home_.UserHive());
+  for (size_t page = 1; page < whole.size() / 4096; page++) {
+    std::string bytes = whole;
+    // The head of the page: kind, first free block, number of cells, start of the cells.
+    for (size_t i = 0; i < 8; i++) bytes[page * 4096 + i] ^= static_cast<char>(0x55);
+    Write(home_.UserHive(), bytes);
+    Key const key(HKEY_CURRENT_USER);
+    for (int i = 0; i < 300 && key.opened == 0; i++) {
+      std::string const got = key.Get("n" + std::to_string(i));
+      EXPECT_TRUE(got == "value " + std::to_string(i) || got == "!1015" || got == "!2") << got;
+    }
+    LeaveHives();
+  }
+}
+
+TEST_F(HiveFileTest, AnEmptyFileIsFilled) {
+  Write(home_.UserHive(), "");
+  Key const key(HKEY_CURRENT_USER);
+  EXPECT_EQ(key.Set("v", "1"), ERROR_SUCCESS);
+}
+
+TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {
+  Prepare();
+  fs::copy_file(home_.UserHive(), home_.path() + "/backup");
+  Key const key(HKEY_CURRENT_USER);
+  key.Set("v", "new");
+  key.Set("only in the log", "x");
+  EXPECT_EQ(key.Get("v"), "new");
+  fs::rename(home_.path() + "/backup", home_.UserHive());
+  // A miss looks; the log of the old file must not be applied to the new one.
+  EXPECT_EQ(key.Get("another"), "!2");
+  EXPECT_EQ(key.Get("v"), "old");
+  EXPECT_EQ(key.Get("only in the log"), "!2");
+  EXPECT_EQ(key.Set("v", "newer"), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("v"), "newer");
+  LeaveHives();
+  EXPECT_EQ(RawHive(home_.UserHive()).Run("PRAGMA integrity_check"), "ok");
+}
+
+TEST_F(HiveFileTest, AnotherFileIsNoticedBetweenTwoRuns) {
+  Prepare();
+  fs::copy_file(home_.UserHive(), home_.path() + "/backup");
+  {
+    Key const key(HKEY_CURRENT_USER);
+    key.Set("v", "new");
+  }
+  LeaveHives();
+  ASSERT_GT(fs::file_size(home_.UserHive() + "-wal"), 0u) << "the change is still in the log";
+  fs::rename(home_.path() + "/backup", home_.UserHive());
+  EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "old");
+}
+
+TEST_F(HiveFileTest, WordsThatWereRemovedAreMadeAnewBeforeAWrite) {
+  Prepare();
+  Key const key(HKEY_CURRENT_USER);
+  EXPECT_EQ(key.Get("v"), "old");
+  fs::remove(home_.UserSync());
+  EXPECT_EQ(key.Set("v", "1"), ERROR_SUCCESS);
+  EXPECT_TRUE(fs::exists(home_.UserSync()));
+  EXPECT_EQ(key.Get("v"), "1");
+}
+
+TEST_F(HiveFileTest, AForeignEditIsNoticedAtTheNextMiss) {
+  Prepare();
+  for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    Key const key(root);
+    EXPECT_EQ(key.Get("v"), "old");
+    std::string const path = root == HKEY_CURRENT_USER ? home_.UserHive() : home_.MachineHive();
+    Child editor([&](Child::Pipe &) {
+      return RawHive(path).Run("UPDATE value SET data='edited' WHERE name='v'") == "" ? 0 : 1;
+    });
+    ASSERT_EQ(editor.Wait(), 0);
+    key.Get("a name that nobody asked for before");
+    EXPECT_EQ(key.Get("v"), "edited") << "stored without its NUL, read with it";
+  }
+}
+
+TEST_F(HiveFileTest, AHiveWhoseLogAForeignProgramSwitchedOffGetsItBack) {
+  Prepare();
+  EXPECT_EQ(RawHive(home_.UserHive()).Run("PRAGMA journal_mode=DELETE"), "delete");
+  Key const key(HKEY_CURRENT_USER);
+  EXPECT_EQ(key.Get("v"), "old");
+  EXPECT_EQ(key.Set("v", "new"), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("v"), "new");
+  EXPECT_EQ(RawHive(home_.UserHive()).Run("PRAGMA journal_mode"), "wal");
+}
+
+TEST_F(HiveFileTest, ALinkedHiveIsOneHiveWithItsTarget) {
+  fs::create_directory(home_.path() + "/store");
+  std::ofstream(home_.path() + "/store/real.hive") << "";
+  fs::permissions(home_.path() + "/store/real.hive", fs::perms(0600));
+  fs::create_symlink("store/real.hive", home_.UserHive());
+  Key const key(HKEY_CURRENT_USER);
+  EXPECT_EQ(key.Set("v", "1"), ERROR_SUCCESS);
+  EXPECT_TRUE(fs::exists(home_.path() + "/store/user.sync")) << "beside what everybody shares";
+  EXPECT_TRUE(fs::is_symlink(home_.UserHive()));
+  LeaveHives();
+  fs::remove(home_.UserHive());
+  fs::create_symlink("nowhere/real.hive", home_.UserHive());
+  EXPECT_EQ(Key(HKEY_CURRENT_USER).opened, ERROR_ACCESS_DENIED);
+  EXPECT_EQ(LastFailure(), 1);
+}
+
+TEST_F(HiveFileTest, AFullDiskLosesNothingThatWasKept) {
+  Prepare();
+  Child writer([&](Child::Pipe &pipe) {
+    // No file may grow beyond this: for the library the same as a full disk.
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit const limit{200 * 1024, 200 * 1024};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    Key const key(HKEY_CURRENT_USER);
+    int kept = 0;
+    while (key.Set("n" + std::to_string(kept), std::string(500, 'x')) == ERROR_SUCCESS) kept++;
+    pipe.Say(std::to_string(kept) + " " + std::to_string(LastFailure()));
+    HiveTransaction transaction(HKEY_CURRENT_USER);
+    int32_t result = transaction.Begin();
+    key.SetBytes("large", 3, std::string(400000, 'y'));
+    result = result == ERROR_SUCCESS ? transaction.Commit() : result;
+    pipe.Say(std::to_string(result));
+    pipe.Say(key.Get("n0") == std::string(500, 'x') ? "" : key.Get("v"));
+    return 0;
+  });
+  std::string const told = writer.pipe().Hear();
+  int const kept = std::stoi(told);
+  EXPECT_GT(kept, 10);
+  EXPECT_EQ(told.substr(told.find(' ') + 1), "3");
+  EXPECT_EQ(writer.pipe().Hear(), std::to_string(ERROR_DISK_FULL));
+  EXPECT_EQ(writer.pipe().Hear(), "old") << "it still reads";
+  ASSERT_EQ(writer.Wait(), 0);
+  Key const key(HKEY_CURRENT_USER);
+  EXPECT_EQ(key.ValueNames().size(), static_cast<size_t>(kept) + 1);
+  EXPECT_EQ(key.Set("more", "1"), ERROR_SUCCESS);
+}
+
+TEST_F(HiveFileTest, FollowsTheEnvironmentOnceNothingIsOpen) {
+  {
+    Key const key(HKEY_CURRENT_USER);
+    key.Set("v", "first home");
+    setenv("ZOLT_HOME", (home_.path() + "/second").c_str(), 1);
+    EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "first home");
+  }
+  EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "!2");
+  EXPECT_TRUE(fs::exists(home_.path() + "/second/user.hive"));
+}
+
+}  // namespace
+}  // namespace zolt

@@ -1,0 +1,241 @@
+#include "zolt41/platform/registry/registry.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/key.h"
+#include "tests/support/temp_home.h"
+
+namespace zolt {
+namespace {
+
+using testing::Key;
+using testing::LastFailure;
+using namespace std::string_literals;
+
+class RegistryTest : public ::testing::TestWithParam<HKEY> {
+ protected:
+  testing::TempHome home_;
+};
+
+INSTANTIATE_TEST_SUITE_P(BothTrees, RegistryTest,
+                         ::testing::Values(HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE));
+
+TEST_P(RegistryTest, KeepsEveryNameAndValueExactly) {
+  Key const key(GetParam());
+  std::string const names[] = {"",
+                               "Volume",
+                               "a.b\\c:d\ne%s",
+                               "\x80\x81\xE9\xFF",
+                               " blank ",
+                               std::string(259, 'n'),
+                               std::string(260, 'n'),
+                               std::string(10000, 'm'),
+                               std::string(16383, 'o')};
+  std::string const values[] = {"",
+                                "70\0"s,
+                                "a\0b\0"s,
+                                std::string(255, 'x') + '\0',
+                                std::string(256, 'x') + '\0',
+                                std::string(1023, 'y'),
+                                std::string(1024, 'y'),
+                                std::string(1000000, '\xFF')};
+  for (std::string const &name : names) {
+    for (std::string const &value : values) {
+      ASSERT_EQ(key.SetBytes(name, 77, value), ERROR_SUCCESS) << name.size();
+      EXPECT_EQ(key.GetBytes(name), value) << name.size() << " " << value.size();
+      EXPECT_EQ(key.GetBytes(name), value) << "from the cache";
+    }
+  }
+  EXPECT_EQ(key.SetBytes(std::string(16384, 'o'), 1, "x"), ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(key.ValueNames().size(), 6u) << "a walk into 260 bytes ends before a longer name";
+}
+
+TEST_P(RegistryTest, NamesCompareWithoutAsciiCaseAndKeepTheirFirstSpelling) {
+  Key const key(GetParam());
+  ASSERT_EQ(key.Set("Volume", "1"), ERROR_SUCCESS);
+  ASSERT_EQ(key.Set("VOLUME", "2"), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("volume"), "2");
+  ASSERT_EQ(key.Set("\xE9", "small"), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("\xC9"), "!2") << "letters beyond ASCII are told apart";
+  EXPECT_EQ(key.ValueNames(), (std::vector<std::string>{"Volume", "\xE9"}));
+  Key const same(GetParam(), "TEST");
+  EXPECT_EQ(same.Get("vOLUME"), "2");
+}
+
+TEST_P(RegistryTest, TextIsReadInOneStep) {
+  Key const key(GetParam());
+  struct Case {
+    uint32_t type;
+    std::string stored;
+    uint32_t room;
+    int32_t result;
+    uint32_t size;
+  };
+  for (Case const &c : {Case{1, std::string(255, 'x') + '\0', 256, ERROR_SUCCESS, 256},
+                        Case{1, std::string(256, 'x') + '\0', 256, ERROR_MORE_DATA, 257},
+                        Case{1, std::string(255, 'x'), 256, ERROR_SUCCESS, 256},
+                        Case{1, std::string(256, 'x'), 256, ERROR_MORE_DATA, 257},
+                        Case{1, "", 256, ERROR_SUCCESS, 1},
+                        Case{4, "\1\0\0\0"s, 256, ERROR_UNSUPPORTED_TYPE, 256}}) {
+    ASSERT_EQ(key.SetBytes("v", c.type, c.stored), ERROR_SUCCESS);
+    for (int from = 0; from < 2; from++) {
+      std::string buffer(300, '#');
+      uint32_t size = c.room;
+      EXPECT_EQ(ZOLTQueryText(key.handle, "v", buffer.data(), &size), c.result) << c.stored.size();
+      if (c.result != ERROR_SUCCESS) {
+        EXPECT_EQ(buffer, std::string(300, '#'));
+      }
+      if (c.result != ERROR_UNSUPPORTED_TYPE) {
+        EXPECT_EQ(size, c.size);
+      }
+      if (c.result == ERROR_SUCCESS) {
+        EXPECT_EQ(buffer[size - 1], '\0');
+      }
+    }
+  }
+  EXPECT_EQ(LastFailure(), 0) << "none of these is a failure of the store";
+}
+
+TEST_P(RegistryTest, QueryGivesTypeAndSizeAndRefusesASmallBuffer) {
+  Key const key(GetParam());
+  ASSERT_EQ(key.SetBytes("v", 5, "12345678"), ERROR_SUCCESS);
+  uint32_t type = 0;
+  uint32_t size = 0;
+  EXPECT_EQ(RegQueryValueExA(key.handle, "v", nullptr, &type, nullptr, &size), ERROR_SUCCESS);
+  EXPECT_EQ(type, 5u);
+  EXPECT_EQ(size, 8u);
+  std::string buffer = "########";
+  size = 7;
+  auto *data = reinterpret_cast<uint8_t *>(buffer.data());
+  EXPECT_EQ(RegQueryValueExA(key.handle, "v", nullptr, nullptr, data, &size), ERROR_MORE_DATA);
+  EXPECT_EQ(size, 8u);
+  EXPECT_EQ(buffer, "########");
+  EXPECT_EQ(RegQueryValueExA(key.handle, "v", nullptr, nullptr, data, nullptr),
+            ERROR_INVALID_PARAMETER);
+}
+
+TEST_P(RegistryTest, WalksInTheOrderOfFirstWriting) {
+  Key const key(GetParam());
+  for (char const *name : {"b", "a", "c", "A", "d"}) key.Set(name, "x");
+  EXPECT_EQ(key.ValueNames(), (std::vector<std::string>{"b", "a", "c", "d"}));
+  char name[260];
+  uint32_t length = sizeof name;
+  ASSERT_EQ(RegEnumValueA(key.handle, 1, name, &length, nullptr, nullptr, nullptr, nullptr), 0);
+  RegDeleteValueA(key.handle, "B");
+  EXPECT_EQ(key.ValueNames(), (std::vector<std::string>{"a", "c", "d"})) << "positions shift";
+  key.Set("b", "again");
+  EXPECT_EQ(key.ValueNames().back(), "b");
+  length = 1;
+  EXPECT_EQ(RegEnumValueA(key.handle, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
+            ERROR_MORE_DATA);
+  EXPECT_EQ(RegDeleteValueA(key.handle, "none"), ERROR_FILE_NOT_FOUND);
+}
+
+TEST_P(RegistryTest, WalksAcrossStretchesOfNames) {
+  Key const key(GetParam());
+  zolt::HiveTransaction transaction(GetParam());
+  ASSERT_EQ(transaction.Begin(), ERROR_SUCCESS);
+  int const count = 20000;
+  for (int i = 0; i < count; i++) key.Set("v" + std::to_string(i), "x");
+  ASSERT_EQ(transaction.Commit(), ERROR_SUCCESS);
+  std::vector<std::string> const names = key.ValueNames();
+  ASSERT_EQ(names.size(), static_cast<size_t>(count));
+  for (int i = 0; i < count; i++) ASSERT_EQ(names[static_cast<size_t>(i)], "v" + std::to_string(i));
+}
+
+TEST_P(RegistryTest, KeysComeAndGo) {
+  Key const key(GetParam());
+  HKEY child = 0;
+  uint32_t disposition = 0;
+  auto create = [&](uint32_t access) {
+    return RegCreateKeyExA(key.handle, "Child\\with:signs", 0, nullptr, 0, access, nullptr, &child,
+                           &disposition);
+  };
+  ASSERT_EQ(create(KEY_READ | KEY_WRITE), ERROR_SUCCESS);
+  EXPECT_EQ(disposition, 1u);
+  HKEY grandchild = 0;
+  ASSERT_EQ(RegCreateKeyA(child, "g", &grandchild), ERROR_SUCCESS);
+  ASSERT_EQ(RegSetValueExA(child, "v", 0, 1, reinterpret_cast<uint8_t const *>("1"), 2), 0);
+  EXPECT_EQ(RegDeleteKeyA(key.handle, "Child\\with:signs"), ERROR_ACCESS_DENIED);
+  EXPECT_EQ(RegDeleteKeyA(child, "G"), ERROR_SUCCESS);
+  EXPECT_EQ(RegDeleteKeyA(key.handle, "Child\\with:signs"), ERROR_SUCCESS);
+  char text[16];
+  uint32_t size = sizeof text;
+  EXPECT_EQ(ZOLTQueryText(child, "v", text, &size), ERROR_FILE_NOT_FOUND);
+  HKEY const old = child;
+  ASSERT_EQ(create(KEY_READ | KEY_WRITE), ERROR_SUCCESS);
+  EXPECT_EQ(disposition, 1u);
+  EXPECT_EQ(RegSetValueExA(old, "v", 0, 1, reinterpret_cast<uint8_t const *>("1"), 2),
+            ERROR_KEY_DELETED);
+  size = sizeof text;
+  EXPECT_EQ(ZOLTQueryText(child, "v", text, &size), ERROR_FILE_NOT_FOUND);
+  ASSERT_EQ(create(KEY_READ), ERROR_SUCCESS);
+  EXPECT_EQ(disposition, 2u);
+  EXPECT_EQ(RegSetValueExA(child, "v", 0, 1, reinterpret_cast<uint8_t const *>("1"), 2),
+            ERROR_ACCESS_DENIED);
+}
+
+TEST_P(RegistryTest, OpensPathsAndNamesWithBackslashes) {
+  Key const key(GetParam());
+  HKEY odd = 0;
+  ASSERT_EQ(RegCreateKeyA(key.handle, "a\\b", &odd), ERROR_SUCCESS);
+  HKEY found = 0;
+  EXPECT_EQ(RegOpenKeyA(GetParam(), "test\\A\\B", &found), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(RegOpenKeyA(key.handle, "a\\b", &found), ERROR_SUCCESS);
+  HKEY a = 0;
+  ASSERT_EQ(RegCreateKeyA(key.handle, "a", &a), ERROR_SUCCESS);
+  HKEY c = 0;
+  ASSERT_EQ(RegCreateKeyA(a, "c", &c), ERROR_SUCCESS);
+  EXPECT_EQ(RegOpenKeyA(GetParam(), "test\\A\\C", &found), ERROR_SUCCESS);
+  EXPECT_EQ(RegOpenKeyA(GetParam(), "test\\none", &found), ERROR_FILE_NOT_FOUND);
+  std::string const longest(255, 'k');
+  EXPECT_EQ(RegCreateKeyA(key.handle, longest.c_str(), &found), ERROR_SUCCESS);
+  EXPECT_EQ(RegCreateKeyA(key.handle, (longest + "k").c_str(), &found), ERROR_INVALID_PARAMETER);
+}
+
+TEST_P(RegistryTest, AClosedHandleIsNoticed) {
+  HKEY first = 0;
+  ASSERT_EQ(RegCreateKeyA(GetParam(), "First", &first), ERROR_SUCCESS);
+  ASSERT_EQ(RegCloseKey(first), ERROR_SUCCESS);
+  HKEY second = 0;
+  ASSERT_EQ(RegCreateKeyA(GetParam(), "Second", &second), ERROR_SUCCESS);
+  EXPECT_NE(first, second);
+  uint8_t const one[] = {'1', 0};
+  for (HKEY const bad : {first, HKEY{0}, HKEY{1}, HKEY{0x80000007}, ~HKEY{0}}) {
+    EXPECT_EQ(RegSetValueExA(bad, "v", 0, 1, one, 2), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(RegCloseKey(bad), ERROR_INVALID_HANDLE);
+  }
+}
+
+TEST_P(RegistryTest, ATransactionIsAllOrNothing) {
+  Key const key(GetParam());
+  Key const other(GetParam(), "Other");
+  key.Set("kept", "1");
+  {
+    HiveTransaction lost(GetParam());
+    ASSERT_EQ(lost.Begin(), ERROR_SUCCESS);
+    EXPECT_EQ(HiveTransaction(GetParam()).Begin(), ERROR_INVALID_PARAMETER);
+    key.Set("kept", "2");
+    other.Set("new", "2");
+    RegDeleteKeyA(GetParam(), "Other");
+    EXPECT_EQ(key.Get("kept"), "2") << "it sees its own changes";
+    EXPECT_EQ(other.Get("new"), "!2");
+  }
+  EXPECT_EQ(key.Get("kept"), "1");
+  EXPECT_EQ(other.Get("new"), "!2");
+  EXPECT_EQ(other.Set("new", "3"), ERROR_SUCCESS) << "the key is still there";
+  HiveTransaction done(GetParam());
+  ASSERT_EQ(done.Begin(), ERROR_SUCCESS);
+  key.Set("kept", "4");
+  RegDeleteValueA(other.handle, "new");
+  key.Set("last", "4");
+  EXPECT_EQ(key.ValueNames(), (std::vector<std::string>{"kept", "last"}));
+  ASSERT_EQ(done.Commit(), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("kept"), "4");
+  EXPECT_EQ(other.Get("new"), "!2");
+}
+
+}  // namespace
+}  // namespace zolt

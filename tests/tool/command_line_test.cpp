@@ -1,0 +1,121 @@
+#include <gtest/gtest.h>
+
+#include "tests/tool/tool_fixture.h"
+
+namespace zolt::testing {
+namespace {
+
+class CommandLineTest : public ToolTest {};
+
+TEST_F(CommandLineTest, ValuesArriveAsTheyAre) {
+  for (std::string const value : {"[1,2]", "-5", "-0x10", "-", "get", "prefs", "a=b", "", "%s",
+                                  "@AUDI", "with blanks ", "\"quoted\"", "\u00e9\u20ac"}) {
+    SCOPED_TRACE(value);
+    Set({"Audio", "Value", value});
+    EXPECT_EQ(RunTool({"prefs", "get", "Audio", "Value", "-z"}).out, value + '\0');
+  }
+  Set({"Audio", "--", "--json", "-q"});
+  EXPECT_EQ(RunTool({"--", "prefs", "get", "Audio", "--json"}).out, "-q\n");
+}
+
+TEST_F(CommandLineTest, OptionsStandAnywhere) {
+  Set({"Audio", "V", "user"});
+  Set({"-L", "system", "Audio", "V", "machine"});
+  for (std::string const line :
+       {"prefs get Audio V -L system", "-Lsystem prefs get Audio V", "prefs -qzLsystem get Audio V",
+        "prefs get --level=system -q Audio --wait 0.5 V", "prefs --level system get Audio V",
+        "-L user prefs -L system get Audio V"}) {
+    EXPECT_EQ(Run(line).out.substr(0, 7), "machine") << line;
+  }
+}
+
+TEST_F(CommandLineTest, TheHomeAndTheTreeAreChosen) {
+  TempHome other;
+  std::string const home = "--home " + home_.path();
+  Expect({{"prefs set Audio V other", 0, "", "Conferencing:Audio V: unset -> other\n"},
+          {home + " prefs set Audio V first", 0, "", "Conferencing:Audio V: unset -> first\n"},
+          {"--tree A:B prefs set Audio V tree", 0, "", "Conferencing:Audio V: unset -> tree\n"},
+          {"--tree A\\B prefs get Audio V", 0, "tree\n", ""},
+          {home + " prefs get Audio V", 0, "first\n", ""},
+          {"prefs get Audio V", 0, "other\n", ""}});
+}
+
+struct Wrong {
+  std::string line;
+  std::string says;
+};
+
+TEST_F(CommandLineTest, WrongUsageIsOneLineThatHelps) {
+  Wrong const wrongs[] = {
+      {"pref get Audio V", "pref: no such command; did you mean prefs?"},
+      {"prefs gte Audio V", "gte: no such command; did you mean get?"},
+      {"prefs", "prefs: a verb is missing; zolt help prefs lists them"},
+      {"prefs get Audio V --jsno", "unknown option --jsno; did you mean --json?"},
+      {"prefs set Audio V -x5", "unknown option -x5; -- ends the options"},
+      {"prefs get Audio V --default", "--default needs a value"},
+      {"prefs get Audio V --only=1", "--only takes no value"},
+      {"prefs list Audio --default 3", "prefs list takes no --default; see zolt help prefs list"},
+      {"prefs get Audio", "prefs get needs more operands; usage: zolt prefs get SECTION NAME"},
+      {"prefs get Audio V W", "prefs get takes fewer operands; usage: zolt prefs get SECTION NAME"},
+      {"prefs set Audio V",
+       "prefs set takes names and values in pairs; usage: zolt prefs set "
+       "SECTION NAME VALUE [NAME VALUE]..."},
+      {"prefs set Audio V 1 v 2", "v: is named twice"},
+      {"prefs set Audio V 1 --if 2 --if-absent", "--if and --if-absent exclude each other"},
+      {"prefs get Audio V -t nmu", "-t nmu: no such type; did you mean num?"},
+      {"prefs get Audio V -L usre", "-L usre: no such level; did you mean user?"},
+      {"prefs get Audio V --wait -1", "--wait -1: is no number of seconds"},
+      {"prefs get Audio V --color red", "--color red: it is auto, always or never"},
+      {"prefs get @AUDO V", "@AUDO: no section has this id; did you mean @AUDI?"},
+      {"prefs get A::B V", "A::B: a name in the path is empty"},
+      {"--tree A::B prefs get Audio V", "--tree A::B: a name in the path is empty"},
+      {"prefs set Audio V \u2192",
+       "\u2192: the stores' code page has no \u2192, U+2192; use -t bytes"},
+      {"prefs set Audio V a\xF0\x9F\x98\x80",
+       "a\xF0\x9F\x98\x80: the stores' code page has no \xF0\x9F\x98\x80, U+1F600; use -t bytes"},
+      {"prefs get Audio \xC3", "argument 4: is no valid UTF-8"},
+      {"prefs get Audio \xED\xA0\x80", "argument 4: is no valid UTF-8"},
+      {"help prefs gett", "gett: no such command; did you mean get?"},
+  };
+  for (Wrong const &wrong : wrongs) {
+    SCOPED_TRACE(wrong.line);
+    ToolResult const result = Run(wrong.line);
+    EXPECT_EQ(result.code, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "zolt: " + wrong.says + "\n");
+  }
+}
+
+TEST_F(CommandLineTest, NamesAndTextsEndAtTheirLimits) {
+  std::string const longest(259, 'n');
+  std::string const text(255, 't');
+  Set({"Audio", longest, text});
+  EXPECT_EQ(RunTool({"prefs", "get", "Audio", longest}).out, text + "\n");
+  EXPECT_EQ(RunTool({"prefs", "set", "Audio", longest + "n", "1"}).code, 2);
+  EXPECT_EQ(RunTool({"prefs", "get", "Audio", std::string(10000, 'n')}).code, 1);
+  EXPECT_EQ(RunTool({"prefs", "get", "Audio", ""}).code, 2);
+  ToolResult const result = RunTool({"prefs", "set", "Audio", "T", text + "t"});
+  EXPECT_EQ(result.code, 2);
+  EXPECT_NE(result.err.find("use -t bytes"), std::string::npos) << result.err;
+  EXPECT_EQ(RunTool({"prefs", "set", std::string(256, 's'), "T", "1"}).code, 2);
+  Set({std::string(255, 's'), "T", "1"});
+}
+
+TEST_F(CommandLineTest, HelpNamesWhatThereIs) {
+  EXPECT_EQ(Run("--version").out.substr(0, 5), "zolt ");
+  ToolResult const nothing = Run("");
+  EXPECT_EQ(nothing.code, 2);
+  EXPECT_EQ(nothing.out, "");
+  std::string const about = Run("help prefs set").out;
+  EXPECT_NE(about.find("--if-absent"), std::string::npos);
+  EXPECT_NE(about.find("Examples:"), std::string::npos);
+  for (std::string const line : {"prefs set --help", "help set", "prefs set Audio -h"}) {
+    ToolResult const result = Run(line);
+    EXPECT_EQ(result.code, 0) << line;
+    EXPECT_EQ(result.out, about) << line;
+  }
+  EXPECT_NE(Run("help").out.find("prefs explain"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zolt::testing

@@ -1,0 +1,259 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "tests/support/raw_hive.h"
+#include "tests/tool/tool_fixture.h"
+
+namespace zolt::testing {
+namespace {
+
+class PrefsTest : public ToolTest {
+ protected:
+  static std::string Content(std::string const &path) {
+    std::ifstream file(path, std::ios::binary);
+    return (std::ostringstream() << file.rdbuf()).str();
+  }
+};
+
+constexpr char kUnset[] = "Conferencing:Audio Volume: no such value";
+
+TEST_F(PrefsTest, AFirstSession) {
+  Expect({
+      {"prefs get Audio Volume", 1, "", std::string("zolt: ") + kUnset + "\n"},
+      {"prefs set Audio Volume 70", 0, "", "Conferencing:Audio Volume: unset -> 70\n"},
+      {"prefs get Audio Volum", 1, "",
+       "zolt: Conferencing:Audio Volum: no such value; did you mean Volume?\n"},
+      {"prefs set -t bool Audio Mute on", 0, "", "Conferencing:Audio Mute: unset -> Yes\n"},
+      {"prefs list Audio", 0, "Volume\t70\ttext\tuser\nMute\tYes\ttext\tuser\n", ""},
+      {"prefs explain Audio Volume", 0, "user\t70\t<- answers\nsystem\t-\n", ""},
+      {"prefs set Audio Volume 40", 0, "", "Conferencing:Audio Volume: 70 -> 40\n"},
+      {"prefs set Audio Volume 40", 0, "", "Conferencing:Audio Volume: unchanged\n"},
+      {"-n prefs set Audio Volume 9", 0, "", "Conferencing:Audio Volume: 40 -> 9 (not written)\n"},
+      {"-n --exit-code prefs set Audio Volume 9", 1, "", ""},
+      {"-n --exit-code prefs set Audio Volume 40", 0, "", "Conferencing:Audio Volume: unchanged\n"},
+      {"-q prefs get conferencing\\audio VOLUME", 0, "40\n", ""},
+      {"-q prefs get @AUDI Volume", 0, "40\n", ""},
+      {"prefs unset Audio Volume Other", 0, "",
+       "Conferencing:Audio Volume: 40 -> unset\nConferencing:Audio Other: was not set\n"},
+      {"prefs get Audio Volume --default -3", 0, "-3\n", ""},
+  });
+}
+
+TEST_F(PrefsTest, ATerminalGetsColumnsThatAreLinedUp) {
+  Set({"Audio", "Volume", "70", "M\u00fcte", "a\tb"});
+  ToolSetting const terminal{.output = ToolOutput::terminal, .environment = {"NO_COLOR=1"}};
+  EXPECT_EQ(Run("prefs list Audio", terminal).out,
+            "Volume  70    text  user\n"
+            "M\u00fcte    a\\tb  text  user\n");
+  EXPECT_EQ(Run("prefs explain Audio Volume", terminal).out,
+            "user    70  <- answers\n"
+            "system  -\n");
+  EXPECT_EQ(Run("prefs list Audio -z").out.substr(0, 20), std::string("Volume\0"
+                                                                      "70\0text\0user\0",
+                                                                      20));
+  EXPECT_EQ(Run("--color always prefs explain Audio Volume").out.substr(0, 12),
+            "user\t70\t\033[2m");
+}
+
+TEST_F(PrefsTest, WhatWouldBreakALineIsEscaped) {
+  Set({"Audio", "T", "a\tb\nc\\d\x01\x7F\xC2\x81\u00e9"});
+  std::string const escaped = R"(a\tb\nc\\d\x01\x7F\xC2\x81)";
+  EXPECT_EQ(Run("prefs get Audio T").out, escaped + "\u00e9\n");
+  EXPECT_EQ(Run("prefs get Audio T", {.output = ToolOutput::terminal}).out, escaped + "\u00e9\n");
+  EXPECT_EQ(Run("prefs get Audio T -z").out, std::string("a\tb\nc\\d\x01\x7F\xC2\x81\u00e9\0", 14));
+  ToolResult const error = RunTool({"prefs", "get", "Audio", "x\n\033[2J"});
+  EXPECT_EQ(error.err, "zolt: Conferencing:Audio x\\n\\x1B[2J: no such value\n");
+}
+
+TEST_F(PrefsTest, AReadGoesAlongTheChain) {
+  for (std::string const level : {"user", "system", "shared-user", "shared-system"})
+    Set({"-L", level, "Audio", "V", level});
+  Set({"-L", "system", "Audio", "Only there", "x"});
+  Expect({
+      {"prefs get Audio V", 0, "user\n", ""},
+      {"prefs get Audio V --parent-first", 0, "system\n", ""},
+      {"prefs get Audio V -L shared-user", 0, "shared-user\n", ""},
+      {"prefs get Audio V -L shared-user --parent-first", 0, "shared-system\n", ""},
+      {"prefs get Audio V -L system --parent-first", 0, "system\n", ""},
+      {"prefs list Audio", 0, "V\tuser\ttext\tuser\nOnly there\tx\ttext\tsystem\n", ""},
+      {"prefs list Audio --only", 0, "V\tuser\ttext\tuser\n", ""},
+      {"prefs unset Audio V", 0, "", "Conferencing:Audio V: user -> unset\n"},
+      {"prefs get Audio V", 0, "system\n", ""},
+      {"prefs get Audio V --only", 1, "", ""},
+      {"prefs explain Audio V", 0, "user\t-\nsystem\tsystem\t<- answers\n", ""},
+  });
+}
+
+TEST_F(PrefsTest, AValueThatIsNoTextIsPassedByAndSaid) {
+  Set({"Audio", "V", "", "-L", "system"});
+  Set({"Audio", "V", "x", "-L", "user"});
+  SetForeign(HKEY_CURRENT_USER, "V", REG_SZ, std::string(256, 'x') + '\0');
+  SetForeign(HKEY_CURRENT_USER, "Long", REG_SZ, std::string(256, 'x') + '\0');
+  SetForeign(HKEY_CURRENT_USER, "Blob", REG_DWORD, std::string("\1\0\xFF\0", 4));
+  std::string const text(256, 'x');
+  Expect({
+      {"prefs get Audio V", 0, "\n", ""},
+      {"prefs explain Audio V", 0,
+       "user\t" + text + "\t<- answers bytes\nsystem\t\t<- answers text\n", ""},
+      {"prefs get Audio Long", 1, "",
+       "zolt: Conferencing:Audio Long: holds an unreadable text of 256 bytes; use -t bytes\n"},
+      {"prefs get Audio Long -t bytes", 0, text + '\0', ""},
+      {"prefs get Audio Blob", 1, "",
+       "zolt: Conferencing:Audio Blob: holds bytes and no text; use -t bytes\n"},
+      {"prefs get Audio Blob --default 7", 0, "7\n", ""},
+      {"prefs list Audio", 0,
+       "V\t\ttext\tsystem\nLong\t" + text + "\tunreadable\tuser\nBlob\t0x0100ff00\tbytes\tuser\n",
+       ""},
+  });
+  // The empty text, which the store takes for what it cannot read.
+  Set({"Audio", "Long", "", "Blob", ""});
+  EXPECT_EQ(Run("prefs list Audio --only").out.substr(0, 269), "V\t" + text + "\tunreadable");
+  EXPECT_EQ(Run("prefs get Audio Long").out, "\n");
+  EXPECT_EQ(Run("prefs get Audio Blob").out, "\n");
+}
+
+struct TypeCase {
+  std::string line;
+  int code;
+  std::string out;
+};
+
+TEST_F(PrefsTest, NumbersAndBooleansAreCheckedTexts) {
+  TypeCase const stored[] = {
+      {"num 0x7fFFffff", 0, "2147483647"},
+      {"num -0x80000000", 0, "-2147483648"},
+      {"num +010", 0, "10"},
+      {"num 2147483648", 2, ""},
+      {"num 0x", 2, ""},
+      {"num 5x", 2, ""},
+      {"num 1.5", 2, ""},
+      {"num 99999999999999999999", 2, ""},
+      {"bool TRUE", 0, "Yes"},
+      {"bool 1", 0, "Yes"},
+      {"bool off", 0, "No"},
+      {"bool no", 0, "No"},
+      {"bool y", 2, ""},
+      {"bool 2", 2, ""},
+  };
+  for (TypeCase const &each : stored) {
+    SCOPED_TRACE(each.line);
+    std::string const type = Words(each.line)[0];
+    std::string const value = Words(each.line)[1];
+    EXPECT_EQ(RunTool({"-q", "prefs", "set", "-t", type, "Audio", "V", value}).code, each.code);
+    if (each.code == 0) {
+      EXPECT_EQ(Run("prefs get Audio V").out, each.out + "\n");
+    }
+  }
+  TypeCase const read[] = {
+      {"num 0x10", 0, "16\n"},   {"num 010", 0, "8\n"},     {"num 70%", 1, ""},
+      {"num 08", 1, ""},         {"num 4294967296", 1, ""}, {"num -7", 0, "-7\n"},
+      {"bool true", 0, "Yes\n"}, {"bool y", 0, "Yes\n"},    {"bool 1", 0, "No\n"},
+  };
+  for (TypeCase const &each : read) {
+    SCOPED_TRACE(each.line);
+    Set({"Audio", "V", Words(each.line)[1]});
+    ToolResult const result = RunTool({"prefs", "get", "-t", Words(each.line)[0], "Audio", "V"});
+    EXPECT_EQ(result.code, each.code);
+    EXPECT_EQ(result.out, each.out);
+  }
+  EXPECT_EQ(Run("prefs set Audio V loud").code, 0);
+  EXPECT_EQ(Run("prefs get -t num --default 0x32 Audio V").out, "50\n");
+}
+
+TEST_F(PrefsTest, BytesComeFromFilesAndGoThere) {
+  std::string const bytes("\0\xFF\n\t\x80", 5);
+  std::string const file = home_.path() + "/in";
+  std::ofstream(file, std::ios::binary) << bytes;
+  EXPECT_EQ(Run("prefs set -t bytes Audio B @" + file).err,
+            "Conferencing:Audio B: unset -> 0x00ff0a0980\n");
+  EXPECT_EQ(Run("prefs set -t bytes Audio B 0x00FF0a0980").err,
+            "Conferencing:Audio B: unchanged\n");
+  EXPECT_EQ(Run("prefs set -t bytes Audio --from - B", {.input = bytes}).err,
+            "Conferencing:Audio B: unchanged\n");
+  EXPECT_EQ(Run("prefs get -t bytes Audio B").out, bytes);
+  ToolSetting const terminal{.output = ToolOutput::terminal};
+  ToolResult const refused = Run("prefs get -t bytes Audio B", terminal);
+  EXPECT_EQ(refused.code, 2);
+  EXPECT_EQ(refused.out, "");
+  EXPECT_NE(refused.err.find("use -o FILE"), std::string::npos);
+  EXPECT_EQ(Run("prefs get -t bytes -o - Audio B", terminal).out, bytes);
+  EXPECT_EQ(Run("prefs get -t bytes Audio B -o " + file + ".out").code, 0);
+  EXPECT_EQ(Content(file + ".out"), bytes);
+  for (std::string const wrong : {"0x0", "0xzz", "00", "", "@"})
+    EXPECT_NE(RunTool({"prefs", "set", "-t", "bytes", "Audio", "B", wrong}).code, 0) << wrong;
+  EXPECT_EQ(Run("prefs set Audio --from - T", {.input = "two\nlines\n"}).err,
+            "Conferencing:Audio T: unset -> two\\nlines\n");
+  EXPECT_EQ(Run("prefs set Audio --from - T", {.input = std::string("a\0b", 3)}).code, 2);
+}
+
+TEST_F(PrefsTest, SetIsAllOrNothing) {
+  Set({"Audio", "A", "1"});
+  Expect({
+      {"prefs set Audio A 2 B 2 --if 1", 1, "",
+       "zolt: Conferencing:Audio B: is unset, not 1; nothing is written\n"},
+      {"prefs set Audio C 1 A 2 --if-absent", 1, "",
+       "zolt: Conferencing:Audio A: is 1, not unset; nothing is written\n"},
+      {"prefs list Audio", 0, "A\t1\ttext\tuser\n", ""},
+      {"prefs set Audio A 2 --if 1", 0, "", "Conferencing:Audio A: 1 -> 2\n"},
+      {"prefs set Audio B 3 C 4 --if-absent", 0, "",
+       "Conferencing:Audio B: unset -> 3\nConferencing:Audio C: unset -> 4\n"},
+      {"-L system prefs set Audio A 9 --if 2", 1, "",
+       "zolt: Conferencing:Audio A: is unset, not 2; nothing is written\n"},
+  });
+  EXPECT_EQ(RunTool({"prefs", "set", "Audio", "E", ""}).err,
+            "Conferencing:Audio E: unset -> \"\"\n");
+  EXPECT_EQ(RunTool({"prefs", "set", "Audio", "E", "x", "--if", ""}).code, 0);
+}
+
+TEST_F(PrefsTest, OnlySetMakesSections) {
+  Set({"Outer:Inner", "V", "1"});
+  // Those that every client makes are there now.
+  std::string const count = "select count(*), group_concat(name) from key";
+  std::string const user = RawHive(home_.UserHive()).Run(count);
+  std::string const machine = RawHive(home_.MachineHive()).Run(count);
+  Expect({
+      {"prefs get Outer:Innr V", 1, "",
+       "zolt: Outer:Innr: no such section; did you mean Outer:Inner?\n"},
+      {"prefs list Audoi", 1, "",
+       "zolt: Audoi: no such section; did you mean Conferencing:Audio?\n"},
+      {"prefs explain Audio:Deep V", 1, "",
+       "zolt: Audio:Deep: no such section; did you mean Conferencing:Audio:Deep?\n"},
+      {"prefs unset None:There V", 0, "", "None:There V: was not set\n"},
+      {"-n prefs set None:There V 1", 0, "", "None:There V: unset -> 1 (not written)\n"},
+      {"prefs set None:There V 1 --if 2", 1, "", ""},
+      {"prefs get outer:inner v", 0, "1\n", ""},
+  });
+  EXPECT_EQ(RawHive(home_.UserHive()).Run(count), user);
+  EXPECT_EQ(RawHive(home_.MachineHive()).Run(count), machine);
+}
+
+TEST_F(PrefsTest, AListShowsSectionsBelow) {
+  Set({"Chat", "C", "1"});
+  Set({"-L", "system", "Chat:Deep", "D", "2"});
+  Set({"Conferencing:Chat:Deep", "E", "3"});
+  Set({":", "Top", "0"});
+  Set({":Audio", "Other", "4"});
+  Expect({
+      {"prefs list -r", 0,
+       ":\tTop\t0\ttext\tuser\n"
+       "Conferencing:Chat\tC\t1\ttext\tuser\n"
+       "Conferencing:Chat:Deep\tE\t3\ttext\tuser\n"
+       "Chat:Deep\tD\t2\ttext\tsystem\n"
+       ":Audio\tOther\t4\ttext\tuser\n",
+       ""},
+      {"prefs list -r Conferencing", 0,
+       "Conferencing:Chat\tC\t1\ttext\tuser\nConferencing:Chat:Deep\tE\t3\ttext\tuser\n", ""},
+      {"prefs get :Audio Other", 0, "4\n", ""},
+      {"prefs list Conferencing", 0, "", ""},
+  });
+  std::string const top = Run("prefs list").out;
+  EXPECT_EQ(top.substr(0, top.find("Components")),
+            "Top\t0\ttext\tuser\nInstaller\t\tsection\tuser\n");
+  EXPECT_NE(top.find("\nChat\t\tsection\tuser\n"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zolt::testing

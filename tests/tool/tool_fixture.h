@@ -1,0 +1,68 @@
+#ifndef ZOLT41_TESTS_TOOL_TOOL_FIXTURE_H_
+#define ZOLT41_TESTS_TOOL_TOOL_FIXTURE_H_
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/run_tool.h"
+#include "tests/support/temp_home.h"
+#include "zolt41/zolt41.h"
+
+namespace zolt::testing {
+
+// The tool in a home of its own.
+class ToolTest : public ::testing::Test {
+ protected:
+  using Line = std::vector<std::string>;
+
+  // One run, and what it must come to; an empty `err` is not looked at where `code` is not 0.
+  struct Step {
+    std::string line;
+    int code;
+    std::string out;
+    std::string err;
+  };
+
+  static void Expect(std::vector<Step> const &steps) {
+    for (Step const &step : steps) {
+      SCOPED_TRACE(step.line);
+      ToolResult const result = RunTool(Words(step.line));
+      EXPECT_EQ(result.code, step.code);
+      EXPECT_EQ(result.out, step.out);
+      if (step.code == 0 || !step.err.empty()) {
+        EXPECT_EQ(result.err, step.err);
+      }
+    }
+  }
+
+  static ToolResult Run(std::string const &line, ToolSetting const &setting = {}) {
+    return RunTool(Words(line), setting);
+  }
+
+  // Sets a value quietly, through the tool.
+  static void Set(Line operands) {
+    operands.insert(operands.begin(), {"-q", "prefs", "set"});
+    ToolResult const result = RunTool(operands);
+    ASSERT_EQ(result.code, 0) << result.err;
+  }
+
+  // Writes a value of the section Audio as another program would, whatever it is.
+  static void SetForeign(HKEY root, std::string const &name, uint32_t type,
+                         std::string const &bytes) {
+    HKEY key = 0;
+    ASSERT_EQ(RegOpenKeyA(root, R"(Software\Veltrane\Tessaly\5.0\Conferencing\Audio)", &key), 0);
+    EXPECT_EQ(
+        RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<uint8_t const *>(bytes.data()),
+                       static_cast<uint32_t>(bytes.size())),
+        0);
+    RegCloseKey(key);
+  }
+
+  TempHome home_;
+};
+
+}  // namespace zolt::testing
+
+#endif  // ZOLT41_TESTS_TOOL_TOOL_FIXTURE_H_

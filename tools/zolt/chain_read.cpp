@@ -1,0 +1,47 @@
+#include "tools/zolt/chain_read.h"
+
+#include <algorithm>
+
+#include "tools/zolt/errors.h"
+#include "tools/zolt/near_name.h"
+#include "tools/zolt/text.h"
+
+namespace zolt::tool {
+
+std::vector<Level const *> ReadLevels(Settings const &settings, bool parentFirst) {
+  if (settings.only) return {settings.level};
+  std::vector<Level const *> levels = Chain(*settings.level);
+  if (parentFirst) std::rotate(levels.begin(), levels.begin() + 1, levels.end());
+  return levels;
+}
+
+std::vector<Holding> ReadHoldings(std::span<SectionKey const> keys, std::string const &name) {
+  std::vector<Holding> holdings;
+  for (SectionKey const &key : keys) {
+    holdings.push_back({&key.level(), ReadValue(key.key(), name), false, false});
+  }
+  auto const isText = [](Holding const &each) { return each.value.kind == Kind::text; };
+  auto const isThere = [](Holding const &each) { return each.value.kind != Kind::absent; };
+  auto const any = std::ranges::find_if(holdings, isThere);
+  if (any == holdings.end()) return holdings;
+  any->answersBytes = true;
+  auto const text = std::ranges::find_if(holdings, isText);
+  (text != holdings.end() ? text : any)->answers = true;
+  return holdings;
+}
+
+Holding const *Answer(std::span<Holding const> holdings) {
+  auto const found = std::ranges::find_if(holdings, &Holding::answers);
+  return found == holdings.end() ? nullptr : &*found;
+}
+
+void FailWithoutValue(SectionPath const &path, std::string const &name,
+                      std::span<SectionKey const> keys) {
+  std::vector<std::string> names;
+  for (SectionKey const &key : keys)
+    for (std::string const &each : key.ValueNames()) names.push_back(ToUtf8(each));
+  throw ToolError(kNo, "absent", Subject(path, name), "no such value",
+                  DidYouMean(ToUtf8(name), names));
+}
+
+}  // namespace zolt::tool

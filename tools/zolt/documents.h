@@ -1,0 +1,45 @@
+#ifndef ZOLT41_TOOLS_ZOLT_DOCUMENTS_H_
+#define ZOLT41_TOOLS_ZOLT_DOCUMENTS_H_
+
+#include <string>
+#include <vector>
+
+#include "tools/zolt/change.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/level.h"
+#include "tools/zolt/section_path.h"
+#include "tools/zolt/stored_value.h"
+
+namespace zolt::tool {
+
+// The JSON documents of the tool, in valid UTF-8, each ended by a line end but for that of an
+// error.
+
+// A value, or a section in its place, as one store of the chain has it.
+struct Entry {
+  SectionPath section;
+  std::string name;    // in the code page of the stores
+  Level const *level;  // null: no store has it, and this is the default that was asked for
+  StoredValue value;
+  bool isSection = false;
+};
+
+// What one store of a chain holds, and which kinds of reads it answers.
+struct Holding {
+  Level const *level;
+  StoredValue value;
+  bool answers;
+  bool answersBytes;
+};
+
+std::string EntryDocument(Entry const &entry);
+std::string EntriesDocument(std::vector<Entry> const &entries);
+std::string HoldingsDocument(SectionPath const &path, std::string const &name,
+                             std::vector<Holding> const &holdings);
+std::string ChangesDocument(SectionPath const &path, Level const &level,
+                            std::vector<Change> const &changes);
+std::string ErrorDocument(ToolError const &error);
+
+}  // namespace zolt::tool
+
+#endif  // ZOLT41_TOOLS_ZOLT_DOCUMENTS_H_

@@ -1,0 +1,42 @@
+#include "tools/zolt/level.h"
+
+#include <algorithm>
+#include <array>
+#include <string>
+
+#include "tools/zolt/errors.h"
+#include "tools/zolt/near_name.h"
+
+namespace zolt::tool {
+
+namespace {
+
+constexpr std::array kLevels = {
+    Level{"user", PrefLevelUser, GetUserPrefs, HKEY_CURRENT_USER},
+    Level{"system", PrefLevelSystem, GetSystemPrefs, HKEY_LOCAL_MACHINE},
+    Level{"shared-user", PrefLevelSharedUser, GetSharedUserPrefs, HKEY_CURRENT_USER},
+    Level{"shared-system", PrefLevelSharedSystem, GetSharedSystemPrefs, HKEY_LOCAL_MACHINE},
+};
+
+}  // namespace
+
+Level const &LevelNamed(std::string_view name) {
+  auto const *const found = std::ranges::find(kLevels, name, &Level::name);
+  if (found != kLevels.end()) return *found;
+  std::vector<std::string> names;
+  names.reserve(kLevels.size());
+  for (Level const &level : kLevels) names.emplace_back(level.name);
+  std::string const near = DidYouMean(name, names);
+  Refuse("-L " + std::string(name), "no such level",
+         near.empty() ? "it is user, system, shared-user or shared-system" : near);
+}
+
+std::vector<Level const *> Chain(Level const &first) {
+  std::vector<Level const *> chain;
+  for (TYPrefs *store = first.store(); store != nullptr; store = store->GetParent()) {
+    chain.push_back(&*std::ranges::find(kLevels, store->Level(), &Level::level));
+  }
+  return chain;
+}
+
+}  // namespace zolt::tool

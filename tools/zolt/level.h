@@ -1,0 +1,27 @@
+#ifndef ZOLT41_TOOLS_ZOLT_LEVEL_H_
+#define ZOLT41_TOOLS_ZOLT_LEVEL_H_
+
+#include <string_view>
+#include <vector>
+
+#include "zolt41/zolt41.h"
+
+namespace zolt::tool {
+
+// A store, as the option -L names it.
+struct Level {
+  std::string_view name;
+  PrefLevel level;
+  WinPrefs *(*store)();
+  HKEY root;
+};
+
+// Throws a usage error if there is none of that name.
+Level const &LevelNamed(std::string_view name);
+
+// The stores that a read asks, in its order, which begins at `first`.
+std::vector<Level const *> Chain(Level const &first);
+
+}  // namespace zolt::tool
+
+#endif  // ZOLT41_TOOLS_ZOLT_LEVEL_H_

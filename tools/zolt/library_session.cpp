@@ -1,0 +1,78 @@
+#include "tools/zolt/library_session.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "tools/zolt/errors.h"
+#include "tools/zolt/output.h"
+#include "tools/zolt/section_path.h"
+#include "tools/zolt/text.h"
+#include "zolt41/zolt41.h"
+
+namespace zolt::tool {
+
+namespace {
+
+std::string Environment(char const *name) {
+  char const *const value = getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+// Where the library keeps the user's stores.
+std::string UserHome() {
+  if (std::string home = Environment("ZOLT_HOME"); !home.empty()) return home;
+  std::string data = Environment("XDG_DATA_HOME");
+  if (data.empty() || data.front() != '/') data = Environment("HOME") + "/.local/share";
+  return data + "/zolt41";
+}
+
+std::string OwnerOf(std::string const &path) {
+  struct stat found {};
+  if (stat(path.c_str(), &found) != 0) return "nobody yet";
+  passwd const *const entry = getpwuid(found.st_uid);
+  return entry != nullptr ? entry->pw_name : std::to_string(found.st_uid);
+}
+
+// The library would end a longer path, or one with an empty name, before its end.
+constexpr size_t kLongestTree = 254;
+
+std::string TreeOf(Arguments const &arguments) {
+  if (!arguments.Has(OptionId::tree)) return "";
+  std::string_view const path = arguments.Value(OptionId::tree);
+  SplitPath(path, "--tree " + std::string(path));
+  std::string local = ToLocal(path);
+  if (local.size() > kLongestTree) Refuse("--tree", "a path has at most 254 bytes");
+  return local;
+}
+
+}  // namespace
+
+LibrarySession::LibrarySession(Arguments const &arguments, Settings const &settings) {
+  if (arguments.Has(OptionId::home)) {
+    std::string const home(arguments.Value(OptionId::home));
+    if (home.empty()) Refuse("--home", "names no directory");
+    setenv("ZOLT_HOME", home.c_str(), 1);
+  }
+  ZOLTSetLockWait(settings.wait);
+  std::string const tree = TreeOf(arguments);
+  InitZOLT();
+  InitPrefs(arguments.Has(OptionId::tree) ? tree.c_str() : nullptr);
+}
+
+LibrarySession::~LibrarySession() {
+  DisposeZOLT();
+}
+
+void SayWhoseStore(Settings const &settings) {
+  bool const chatter = !settings.quiet && !settings.json;
+  if (!chatter || geteuid() != 0 || Environment("SUDO_USER").empty()) return;
+  if (settings.level->root != HKEY_CURRENT_USER) return;
+  std::string const home = UserHome();
+  WriteError("zolt: " + Escape("this is the store of " + OwnerOf(home) + ", in " + home));
+}
+
+}  // namespace zolt::tool

@@ -1,0 +1,74 @@
+#include "tools/zolt/options.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+namespace zolt::tool {
+
+namespace {
+
+constexpr std::array kOptions = {
+    Option{OptionId::home, 0, "home", "DIR", true, "the home of the hives, as ZOLT_HOME"},
+    Option{OptionId::tree, 0, "tree", "PATH", true, "the preference tree, instead of the default"},
+    Option{OptionId::level, 'L', "level", "LEVEL", true,
+           "user (the default), system, shared-user or shared-system:\n"
+           "the store that a write goes to and a read begins at"},
+    Option{OptionId::only, 0, "only", "", true, "read that store alone, not along its chain"},
+    Option{OptionId::json, 0, "json", "", true, "one JSON document"},
+    Option{OptionId::color, 0, "color", "WHEN", true, "auto, always or never"},
+    Option{OptionId::progress, 0, "progress", "WHEN", true, "auto, always or never"},
+    Option{OptionId::wait, 0, "wait", "S", true, "seconds to wait for a lock (5; 0: not at all)"},
+    Option{OptionId::quiet, 'q', "quiet", "", true, "no chatter"},
+    Option{OptionId::yes, 'y', "yes", "", true, "yes to every question"},
+    Option{OptionId::dryRun, 'n', "dry-run", "", true, "say what would change and change nothing"},
+    Option{OptionId::exitCode, 0, "exit-code", "", true,
+           "with -n: end with 1 if something would change"},
+    Option{OptionId::nul, 'z', "null", "", true, "raw fields, each ended by a NUL"},
+    Option{OptionId::help, 'h', "help", "", true, "this text"},
+    Option{OptionId::version, 0, "version", "", true, "the version of zolt"},
+    Option{OptionId::type, 't', "type", "TYPE", false, "text (the default), num, bool or bytes"},
+    Option{OptionId::defaultValue, 0, "default", "VALUE", false,
+           "what to print where there is no such value"},
+    Option{OptionId::parentFirst, 0, "parent-first", "", false,
+           "ask the stores of the chain before the one of -L"},
+    Option{OptionId::output, 'o', "output", "FILE", false,
+           "write to FILE; - is standard output, a terminal too"},
+    Option{OptionId::from, 0, "from", "FILE", false,
+           "take the value from FILE, or with - from standard input;\n"
+           "of a text, one line end at its end is dropped"},
+    Option{OptionId::ifValue, 0, "if", "OLD", false, "only if this store holds exactly OLD"},
+    Option{OptionId::ifAbsent, 0, "if-absent", "", false, "only if this store holds nothing"},
+    Option{OptionId::recursive, 'r', "recursive", "", false, "also the sections below"},
+};
+
+constexpr bool InOrder() {
+  for (size_t i = 0; i < kOptions.size(); i++)
+    if (static_cast<size_t>(kOptions[i].id) != i) return false;
+  return kOptions.size() == static_cast<size_t>(OptionId::count);
+}
+static_assert(InOrder());
+
+Option const *Found(std::array<Option, kOptions.size()>::const_iterator place) {
+  return place == kOptions.end() ? nullptr : &*place;
+}
+
+}  // namespace
+
+std::span<Option const> Options() {
+  return kOptions;
+}
+
+Option const &OptionOf(OptionId id) {
+  return kOptions[static_cast<size_t>(id)];
+}
+
+Option const *FindOption(std::string_view name) {
+  return Found(std::ranges::find(kOptions, name, &Option::name));
+}
+
+Option const *FindOption(char letter) {
+  return letter == 0 ? nullptr : Found(std::ranges::find(kOptions, letter, &Option::letter));
+}
+
+}  // namespace zolt::tool

@@ -1,0 +1,43 @@
+#ifndef ZOLT41_TOOLS_ZOLT_OUTPUT_H_
+#define ZOLT41_TOOLS_ZOLT_OUTPUT_H_
+
+#include <string>
+#include <string_view>
+
+namespace zolt::tool {
+
+// Makes sure that the three standard descriptors are open, so that no file that is opened later
+// takes the place of one of them. Those that were closed stay unusable.
+void HoldStandardDescriptors();
+
+// Data on their way to a descriptor. A failed write throws; a reader that is gone ends the process
+// by SIGPIPE, without a word.
+class Output {
+ public:
+  Output(int descriptor, std::string name);
+  Output(Output const &) = delete;
+  Output &operator=(Output const &) = delete;
+  ~Output() = default;
+
+  bool terminal() const { return terminal_; }
+  void Write(std::string_view bytes);
+  // Writes what is left and closes the descriptor; what was not finished is lost.
+  void Finish();
+
+ private:
+  void Flush();
+
+  int descriptor_;
+  std::string name_;
+  bool terminal_;
+  std::string waiting_;
+};
+
+// One line, which has no line end yet, to standard error in one piece. A failure is ignored.
+void WriteError(std::string line);
+
+bool ErrorIsTerminal();
+
+}  // namespace zolt::tool
+
+#endif  // ZOLT41_TOOLS_ZOLT_OUTPUT_H_

@@ -1,0 +1,116 @@
+#include <unordered_set>
+
+#include "tools/zolt/chain_read.h"
+#include "tools/zolt/library_session.h"
+#include "tools/zolt/table.h"
+#include "tools/zolt/text.h"
+#include "tools/zolt/verbs.h"
+
+namespace zolt::tool {
+
+namespace {
+
+using Entries = std::vector<Entry>;
+
+using NamesIn = std::vector<std::string> (SectionKey::*)() const;
+
+// Gives each name once, in the order of the stores and, within one, of first writing.
+template <typename Visit>
+void VisitNames(std::vector<SectionKey> const &keys, NamesIn namesIn, Visit visit) {
+  std::unordered_set<std::string> seen;
+  for (SectionKey const &key : keys) {
+    for (std::string const &name : (key.*namesIn)())
+      if (seen.insert(Folded(name)).second) visit(name, key.level());
+  }
+}
+
+void AddValues(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
+  VisitNames(keys, &SectionKey::ValueNames, [&](std::string const &name, Level const &) {
+    std::vector<Holding> const holdings = ReadHoldings(keys, name);
+    // Null for a value that went while the names were read.
+    Holding const *const answer = Answer(holdings);
+    if (answer != nullptr) entries->push_back({path, name, answer->level, answer->value});
+  });
+}
+
+void AddSections(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
+  VisitNames(keys, &SectionKey::SectionNames, [&](std::string const &name, Level const &level) {
+    entries->push_back({path, name, &level, {}, true});
+  });
+}
+
+void AddTree(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
+  AddValues(path, keys, entries);
+  VisitNames(keys, &SectionKey::SectionNames, [&](std::string const &name, Level const &) {
+    std::vector<SectionKey> below;
+    below.reserve(keys.size());
+    for (SectionKey const &key : keys) below.push_back(key.Below(name));
+    AddTree(path.Below(name), below, entries);
+  });
+}
+
+Entries EntriesOf(SectionPath const &path, std::vector<SectionKey> const &keys, bool recursive) {
+  Entries entries;
+  if (recursive) {
+    AddTree(path, keys, &entries);
+  } else {
+    AddValues(path, keys, &entries);
+    if (path.top()) AddSections(path, keys, &entries);
+  }
+  return entries;
+}
+
+void WriteTable(Entries const &entries, bool recursive, Call const &call) {
+  Table table(call.settings, call.out, recursive ? 3 : 2);
+  for (Entry const &entry : entries) {
+    std::vector<std::string> row;
+    if (recursive) row.push_back(entry.section.Text());
+    row.push_back(ToUtf8(entry.name));
+    row.push_back(Column(entry.value, call.out.terminal()));
+    row.emplace_back(entry.isSection ? "section" : NameOf(entry.value.kind));
+    row.emplace_back(entry.level->name);
+    table.Add(std::move(row));
+  }
+  table.Finish();
+}
+
+int List(Call const &call) {
+  bool const recursive = call.arguments.Has(OptionId::recursive);
+  SectionPath const path =
+      call.operands.empty() ? SectionPath() : SectionPath::FromOperand(call.operands[0]);
+  LibrarySession const session(call.arguments, call.settings);
+  std::vector<Level const *> const levels = ReadLevels(call.settings);
+  std::vector<SectionKey> const keys = OpenAlong(levels, path);
+  if (!ExistsSomewhere(keys)) FailWithoutSection(levels, path);
+  Entries const entries = EntriesOf(path, keys, recursive);
+  if (call.settings.json) {
+    call.out.Write(EntriesDocument(entries));
+  } else {
+    WriteTable(entries, recursive, call);
+  }
+  return kDone;
+}
+
+}  // namespace
+
+Verb const kPrefsList = {
+    .group = "prefs",
+    .name = "list",
+    .operands = "[SECTION]",
+    .summary = "the values of a section",
+    .options = {OptionId::recursive},
+    .least = 0,
+    .most = 1,
+    .run = List,
+    .description =
+        "Lists name, value, kind (text, bytes or unreadable) and the level that answers. Without\n"
+        "SECTION it lists the top of the tree: its values, and the sections that exist there. "
+        "With\n"
+        "-r it also lists what lies below, and each line begins with the section.",
+    .examples =
+        "  zolt prefs list Audio\n"
+        "  zolt prefs list -r Conferencing\n"
+        "  zolt prefs list -r --json\n",
+};
+
+}  // namespace zolt::tool

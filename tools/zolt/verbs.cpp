@@ -1,0 +1,29 @@
+#include "tools/zolt/verbs.h"
+
+#include <algorithm>
+
+namespace zolt::tool {
+
+namespace {
+
+constexpr Verb const *kVerbs[] = {
+    &kPrefsGet, &kPrefsSet, &kPrefsUnset, &kPrefsList, &kPrefsExplain,
+};
+
+}  // namespace
+
+std::span<Verb const *const> Verbs() {
+  return kVerbs;
+}
+
+Verb const *FindVerb(std::string_view group, std::string_view name) {
+  for (Verb const *const verb : kVerbs)
+    if (verb->group == group && verb->name == name) return verb;
+  return nullptr;
+}
+
+bool IsGroup(std::string_view name) {
+  return std::ranges::any_of(kVerbs, [name](Verb const *verb) { return verb->group == name; });
+}
+
+}  // namespace zolt::tool

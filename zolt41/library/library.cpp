@@ -1,0 +1,101 @@
+#include "zolt41/library/library.h"
+
+#include <string>
+
+#include "zolt41/library/store_set.h"
+#include "zolt41/notify/channel_objects.h"
+#include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/string_table.h"
+#include "zolt41/prefs/level_tree.h"
+#include "zolt41/prefs/standard_sections.h"
+#include "zolt41/prefs/stores.h"
+#include "zolt41/prefs/tree_path.h"
+
+namespace {
+
+constinit bool initialised = false;
+constinit int32_t useCount = 0;
+
+void DeleteStores() {
+  delete GetUserPrefs();
+  delete GetSystemPrefs();
+  delete GetSharedSystemPrefs();
+  delete GetSharedUserPrefs();
+}
+
+void Build(char const *path) {
+  zolt::BuildStores(path);
+  zolt::RegisterStandardSections();
+}
+
+void TearDown() {
+  zolt::UnregisterStandardSections();
+  DeleteStores();
+}
+
+// The section whose keys are made last, in the tree in which they are made last.
+std::string LastKeyPath(char const *path) {
+  char sharedPath[260] = "";
+  if (path == nullptr) {
+    LoadStringA(zolt::LibraryInstance(), zolt::kSharedPathString, sharedPath, sizeof sharedPath);
+    path = sharedPath;
+  }
+  std::string last = std::string(path) + ":Conferencing:Layouts";
+  zolt::UseBackslashes(last.data());
+  return last;
+}
+
+// One hive in which all keys are made in one transaction if it lacks some, so that the first start
+// costs one commit and not one for each key.
+class NewHive {
+ public:
+  NewHive(HKEY root, std::string const &lastKeyPath) : transaction_(root) {
+    HKEY key = 0;
+    if (RegOpenKeyA(root, lastKeyPath.c_str(), &key) == ERROR_SUCCESS) {
+      RegCloseKey(key);
+    } else {
+      begun_ = transaction_.Begin() == ERROR_SUCCESS;
+    }
+  }
+
+  bool Keep() { return !begun_ || transaction_.Commit() == ERROR_SUCCESS; }
+
+ private:
+  zolt::HiveTransaction transaction_;
+  bool begun_ = false;
+};
+
+bool BuildAtOnce(char const *path) {
+  std::string const lastKeyPath = LastKeyPath(path);
+  NewHive user(HKEY_CURRENT_USER, lastKeyPath);
+  NewHive machine(HKEY_LOCAL_MACHINE, lastKeyPath);
+  Build(path);
+  bool const userKept = user.Keep();
+  return machine.Keep() && userKept;
+}
+
+}  // namespace
+
+int32_t InitZOLT() {
+  ++useCount;
+  return 1;
+}
+
+void InitPrefs(char const *path) {
+  if (initialised) return;
+  zolt::ChannelGuard guard;
+  if (!BuildAtOnce(path)) {
+    // The keys that the handles stand for were not kept.
+    TearDown();
+    Build(path);
+  }
+  initialised = true;
+}
+
+void DisposeZOLT() {
+  if (--useCount != 0) return;
+  if (initialised) {
+    TearDown();
+    initialised = false;
+  }
+}

@@ -1,0 +1,46 @@
+#include "zolt41/library/pref_tree.h"
+
+#include <new>
+
+#include "zolt41/library/store_set.h"
+#include "zolt41/notify/channel_objects.h"
+#include "zolt41/prefs/stores.h"
+
+namespace {
+
+struct PrefTreeFrame {
+  PrefTreeFrame *next;
+  WinPrefs *sharedUser;
+  WinPrefs *sharedSystem;
+  WinPrefs *user;
+  WinPrefs *system;
+};
+
+constinit PrefTreeFrame *frames = nullptr;
+
+}  // namespace
+
+void SetPrefTree(char const *path) {
+  auto *const frame = new (std::nothrow) PrefTreeFrame{};
+  if (frame == nullptr) return;
+  zolt::ChannelGuard guard;
+  *frame = {frames, GetSharedUserPrefs(), GetSharedSystemPrefs(), GetUserPrefs(), GetSystemPrefs()};
+  zolt::BuildStores(path);
+  frames = frame;
+}
+
+void ResetPrefTree() {
+  zolt::ChannelGuard guard;
+  PrefTreeFrame *const frame = frames;
+  if (frame == nullptr) return;
+  delete GetSharedUserPrefs();
+  delete GetSharedSystemPrefs();
+  delete GetUserPrefs();
+  delete GetSystemPrefs();
+  SetSharedUserPrefs(frame->sharedUser);
+  SetSharedSystemPrefs(frame->sharedSystem);
+  SetUserPrefs(frame->user);
+  SetSystemPrefs(frame->system);
+  frames = frame->next;
+  delete frame;
+}

@@ -1,0 +1,17 @@
+#include "zolt41/notify/channel_objects.h"
+#include "zolt41/platform/registry/hive_status.h"
+
+// What a process holds from the moment that it loads the library until it ends or unloads it.
+
+namespace {
+
+[[gnu::constructor]] void AttachProcess() {
+  zolt::OpenChannelObjects();
+}
+
+[[gnu::destructor]] void DetachProcess() {
+  zolt::CloseChannelObjects();
+  zolt::LeaveHives();
+}
+
+}  // namespace

@@ -1,0 +1,133 @@
+#include "zolt41/platform/kernel/shared_segment.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cstdio>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <string>
+
+#include "zolt41/platform/system/home.h"
+#include "zolt41/platform/system/shared_file.h"
+
+namespace zolt {
+namespace {
+
+constexpr uint32_t kMutexes = static_cast<uint32_t>(SegmentMutex::count);
+
+struct Segment {
+  SharedHeader header;
+  alignas(64) std::array<RobustMutex, kMutexes> mutexes;
+};
+static_assert(sizeof(Segment) == 192);
+
+struct Attachment {
+  std::mutex lock;
+  SharedFile file;
+  bool tried = false;
+  std::atomic<Segment *> segment{nullptr};
+  // How many of the mutexes the threads of this process own, counted as often as they are taken.
+  std::atomic<uint32_t> owned{0};
+};
+
+// How often the calling thread has taken each mutex and not given it back.
+thread_local std::array<uint32_t, kMutexes> taken{};
+
+Attachment &TheAttachment();
+
+void InChild() {
+  Attachment &attachment = TheAttachment();
+  new (&attachment.lock) std::mutex();
+  attachment.file.ReattachInChild();
+  attachment.owned.store(0, std::memory_order_relaxed);
+  taken = {};
+}
+
+Attachment *MakeAttachment() {
+  pthread_atfork([] { TheAttachment().lock.lock(); }, [] { TheAttachment().lock.unlock(); },
+                 InChild);
+  return new Attachment();
+}
+
+// Never destroyed: threads may still wait while the process ends.
+Attachment &TheAttachment() {
+  static auto *const attachment = MakeAttachment();
+  return *attachment;
+}
+
+// Two homes get two segments; the name tells no path.
+std::string SegmentPath() {
+  uint64_t hash = 0xCBF29CE484222325;
+  for (char const c : ResolveHomes().user) {
+    hash = (hash ^ static_cast<uint8_t>(c)) * 0x100000001B3;
+  }
+  char name[64];
+  std::snprintf(name, sizeof name, "/dev/shm/zolt41-%u-%016llx", geteuid(),
+                static_cast<unsigned long long>(hash));
+  return name;
+}
+
+void Reset(void *block, bool) {
+  auto *segment = static_cast<Segment *>(block);
+  std::memset(static_cast<char *>(block) + sizeof(SharedHeader), 0,
+              sizeof(Segment) - sizeof(SharedHeader));
+  for (RobustMutex &mutex : segment->mutexes) InitRobustMutex(&mutex);
+}
+
+Segment *Attach() {
+  Attachment &attachment = TheAttachment();
+  Segment *segment = attachment.segment.load(std::memory_order_acquire);
+  if (segment != nullptr) return segment;
+  std::lock_guard const guard(attachment.lock);
+  if (!attachment.tried) {
+    attachment.tried = true;
+    SharedFile::Format const format{0x315F474553535A5A, 1, sizeof(Segment)};
+    if (attachment.file.Attach(SegmentPath(), format, Reset) == Failure::none &&
+        attachment.file.ForeignNamespace()) {
+      attachment.file.Detach();
+    }
+    // The stores work without it, so this is no failure of theirs.
+    ClearFailure();
+    segment = static_cast<Segment *>(attachment.file.block());
+    attachment.segment.store(segment, std::memory_order_release);
+  }
+  return attachment.segment.load(std::memory_order_relaxed);
+}
+
+}  // namespace
+
+MutexWait LockInSegment(SegmentMutex mutex, uint32_t milliseconds) {
+  Segment *segment = Attach();
+  if (segment == nullptr) return MutexWait::failed;
+  auto const index = static_cast<size_t>(mutex);
+  MutexWait const wait = LockRobustMutex(&segment->mutexes[index], milliseconds);
+  if (wait == MutexWait::got || wait == MutexWait::abandoned) {
+    taken[index]++;
+    TheAttachment().owned.fetch_add(1, std::memory_order_relaxed);
+  }
+  return wait;
+}
+
+bool UnlockInSegment(SegmentMutex mutex) {
+  auto const index = static_cast<size_t>(mutex);
+  if (taken[index] == 0) return false;
+  taken[index]--;
+  TheAttachment().owned.fetch_sub(1, std::memory_order_relaxed);
+  UnlockRobustMutex(&Attach()->mutexes[index]);
+  return true;
+}
+
+void DetachSegment() {
+  Attachment &attachment = TheAttachment();
+  std::lock_guard const guard(attachment.lock);
+  if (attachment.owned.load(std::memory_order_relaxed) != 0) return;
+  attachment.segment.store(nullptr, std::memory_order_release);
+  attachment.tried = false;
+  attachment.file.Detach();
+}
+
+}  // namespace zolt

@@ -1,0 +1,104 @@
+#include "zolt41/platform/registry/handle_table.h"
+
+#include <utility>
+
+namespace zolt {
+namespace {
+
+// A handle: bit 62, then the serial, then the index. So no handle equals a predefined one.
+constexpr uint64_t kMark = uint64_t{1} << 62;
+constexpr uint64_t kSerials = uint64_t{1} << 40;
+
+}  // namespace
+
+HandleTable::Entry *HandleTable::At(uint32_t index) const {
+  Chunk *chunk = chunks_[index >> kChunkBits].load(std::memory_order_acquire);
+  return chunk == nullptr ? nullptr : &(*chunk)[index & ((1u << kChunkBits) - 1)];
+}
+
+HandleTable::Entry *HandleTable::Live(HKEY handle) const {
+  if ((handle >> 60) != 4) return nullptr;
+  Entry *entry = At(static_cast<uint32_t>(handle) & ((1u << kIndexBits) - 1));
+  bool const live = entry != nullptr && entry->serial.load(std::memory_order_acquire) == handle;
+  return live ? entry : nullptr;
+}
+
+HKEY HandleTable::Add(OpenKey const &open, int64_t ancestor, std::string path) {
+  std::lock_guard const guard(lock_);
+  if (free_.empty()) {
+    if (next_ == 1u << kIndexBits) return 0;
+    free_.push_back(next_++);
+  }
+  uint32_t const index = free_.back();
+  free_.pop_back();
+  auto &chunk = chunks_[index >> kChunkBits];
+  if (chunk.load(std::memory_order_relaxed) == nullptr) {
+    chunk.store(new Chunk(), std::memory_order_release);
+  }
+  Entry *entry = &(*chunk.load(std::memory_order_relaxed))[index & ((1u << kChunkBits) - 1)];
+  serial_ = (serial_ + 1) % kSerials;
+  HKEY const handle = kMark | serial_ << kIndexBits | index;
+  entry->rights.store(static_cast<uint64_t>(open.hive) << 32 | open.access,
+                      std::memory_order_release);
+  entry->key.store(open.key, std::memory_order_release);
+  entry->triedWord.store(~uint64_t{0}, std::memory_order_relaxed);
+  entry->triedEpoch.store(~uint64_t{0}, std::memory_order_relaxed);
+  entry->ancestor = ancestor;
+  entry->path = std::move(path);
+  entry->serial.store(handle, std::memory_order_release);
+  openCount_.fetch_add(1, std::memory_order_acq_rel);
+  return handle;
+}
+
+bool HandleTable::Remove(HKEY handle) {
+  std::lock_guard const guard(lock_);
+  Entry *entry = Live(handle);
+  if (entry == nullptr) return false;
+  entry->serial.store(0, std::memory_order_release);
+  free_.push_back(static_cast<uint32_t>(handle) & ((1u << kIndexBits) - 1));
+  openCount_.fetch_sub(1, std::memory_order_acq_rel);
+  return true;
+}
+
+bool HandleTable::Find(HKEY handle, OpenKey *open) const {
+  Entry const *entry = Live(handle);
+  if (entry == nullptr) return false;
+  uint64_t const rights = entry->rights.load(std::memory_order_acquire);
+  open->hive = static_cast<uint32_t>(rights >> 32);
+  open->access = static_cast<uint32_t>(rights);
+  open->key = entry->key.load(std::memory_order_acquire);
+  // Closed meanwhile, and perhaps opened as another key.
+  return entry->serial.load(std::memory_order_relaxed) == handle;
+}
+
+bool HandleTable::Place(HKEY handle, int64_t *ancestor, std::string *path) {
+  std::lock_guard const guard(lock_);
+  Entry const *entry = Live(handle);
+  if (entry == nullptr) return false;
+  *ancestor = entry->ancestor;
+  *path = entry->path;
+  return true;
+}
+
+void HandleTable::SetKey(HKEY handle, int64_t key) {
+  std::lock_guard const guard(lock_);
+  if (Entry *entry = Live(handle); entry != nullptr) {
+    entry->key.store(key, std::memory_order_release);
+  }
+}
+
+void HandleTable::SetTried(HKEY handle, Stamp const &stamp) {
+  std::lock_guard const guard(lock_);
+  Entry *entry = Live(handle);
+  if (entry == nullptr) return;
+  entry->triedWord.store(stamp.word, std::memory_order_release);
+  entry->triedEpoch.store(stamp.epoch, std::memory_order_release);
+}
+
+bool HandleTable::Tried(HKEY handle, Stamp const &stamp) const {
+  Entry const *entry = Live(handle);
+  return entry != nullptr && entry->triedWord.load(std::memory_order_acquire) == stamp.word &&
+         entry->triedEpoch.load(std::memory_order_acquire) == stamp.epoch;
+}
+
+}  // namespace zolt

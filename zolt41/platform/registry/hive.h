@@ -1,0 +1,186 @@
+#ifndef ZOLT41_PLATFORM_REGISTRY_HIVE_H_
+#define ZOLT41_PLATFORM_REGISTRY_HIVE_H_
+
+#include <atomic>
+#include <bitset>
+#include <cstdint>
+#include <initializer_list>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zolt41/platform/registry/connection.h"
+#include "zolt41/platform/registry/generation.h"
+#include "zolt41/platform/registry/hive_file.h"
+#include "zolt41/platform/registry/key_index.h"
+#include "zolt41/platform/registry/name_lists.h"
+#include "zolt41/platform/registry/private_copy.h"
+#include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/registry/value_cache.h"
+#include "zolt41/platform/system/home.h"
+#include "zolt41/platform/system/timed_mutex.h"
+
+namespace zolt {
+
+// One of the two trees: its file, the connections to it and what this process keeps of it. Opened
+// at the first use. All functions give a number of registry.h and leave the reason of a failure
+// for ZOLTLastFailure; names are bytes of the local code page; key 0 is the root of the tree. They
+// may be called from any thread.
+//
+// Order of locks: the process's write lock, then its read lock, then the mutex shared by processes.
+// Who holds the mutex for writing has given the read lock back and does not take it again.
+class Hive {
+ public:
+  enum class Kind { user, machine };
+
+  Hive(Kind kind, ValueCache &cache);
+  ~Hive();
+
+  int32_t FindKey(int64_t parent, std::string_view name, int64_t *key);
+  // ERROR_ACCESS_DENIED where the tree cannot be written.
+  int32_t CreateKey(int64_t parent, std::string_view name, int64_t *key, bool *made);
+  int32_t DeleteKey(int64_t parent, std::string_view name);
+
+  // `*type` says what is wanted, see ValueCache::Find, and becomes the value's type. `*size` says
+  // what `data` holds and becomes the value's size; `data` may be null. It is written on success
+  // only.
+  int32_t ReadValue(int64_t key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
+  int32_t WriteValue(int64_t key, std::string_view name, uint32_t type, void const *data,
+                     uint32_t size);
+  int32_t DeleteValue(int64_t key, std::string_view name);
+
+  int32_t NameAt(int64_t key, NameLists::Kind kind, uint32_t index, std::string *name);
+
+  int32_t Begin();
+  int32_t Commit();
+  void Rollback();
+
+  // Whether the tree can be written, as far as can be told without writing. It was opened before.
+  int32_t CheckWritable();
+
+  // Changes whenever the words that vouch for the tree may have changed; for handles on keys that
+  // do not exist yet.
+  Stamp KeysStamp() const;
+
+  // Leaves the reason why the tree could not be opened when that was last tried.
+  void ReportFailure();
+
+  // Closes the files; the next use opens them again, where the environment says then.
+  void Leave();
+
+  // The environment names another home than the one that is open.
+  bool HomeChanged();
+
+  // The calling thread is between Begin and Commit.
+  bool OwnTransaction() const;
+
+  // Around fork. First the write locks of all hives are taken together, since a thread may hold one
+  // and want another; then each hive is locked whole and closed; afterwards it is unlocked, or
+  // made anew in the child.
+  RecursiveMutex &WriteLock() { return writeLock_; }
+  void PrepareFork();
+  void AfterFork(bool child);
+
+ private:
+  enum class State {
+    closed,
+    shared,   // the user's tree, with words and mutex
+    journal,  // the machine's tree
+    copy,     // a copy of a tree that we may not lock or write, for reading
+    missing,  // no file, and none that we may make
+  };
+
+  class Reading;
+  class Writing;
+
+  // Opening; the write and the read lock are held.
+  Failure Open(bool create);
+  Failure OpenUser(bool create);
+  Failure OpenMachine(bool create);
+  Failure OpenUnderMutex(bool create);
+  Failure OpenCopy(Failure writeFailure);
+  Failure MakeFile(std::string const &directory, bool isPublic, bool create, HiveAccess *access);
+  Failure AttachWords();
+  bool MapMachineWords();
+  void Watch(StampSource const &source);
+  void Retire();
+  void CloseConnections();
+  void ForgetCopies();
+  void CloseFiles();
+  bool NeedsOpening() const;
+
+  // Reading; the read lock is held, or this thread's transaction is open.
+  Connection &Readable() { return OwnTransaction() ? writer_ : reader_; }
+  bool Vouched(uint32_t word, Stamp *stamp) const;
+  int32_t ReadFile(int64_t key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
+  int32_t LookUpKey(int64_t parent, std::string_view name, int64_t *key);
+  void NoticeForeignEdit();
+
+  // Writing; the write lock, and the mutex where there is one, are held.
+  template <typename Run>
+  int32_t Change(std::initializer_list<uint16_t> words, bool all, Run run);
+  template <typename Body>
+  int32_t AsTransaction(Body body);
+  Failure OpenWriter();
+  void AfterCommit();
+  void EndTransaction();
+
+  // How long to wait for a lock; and what comes of a wait that ended in vain or was over in time.
+  uint32_t Patience() const;
+  void LosePatience();
+  Failure TimedOut();
+  void NotTimedOut();
+  int32_t Give(Failure failure);
+
+  Kind const kind_;
+  uint32_t const index_;
+  ValueCache &cache_;
+
+  RecursiveMutex writeLock_;
+  std::mutex readLock_;
+
+  // Read without a lock; what they point to is never given back.
+  std::atomic<StampSource const *> source_{nullptr};
+  std::vector<std::unique_ptr<StampSource>> sources_;
+  std::vector<std::unique_ptr<Generation>> oldWords_;
+  std::atomic<bool> writable_{false};
+
+  // Changed with both locks held, so either of them is enough to look.
+  State state_ = State::closed;
+  Failure writeFailure_ = Failure::none;
+  Homes homes_{};
+  std::string path_;
+  Generation::Identity identity_{};
+  CopyState copied_{};
+  CopyState atFork_{};
+  std::unique_ptr<Generation> words_;
+  Connection reader_;
+
+  // Under the read lock.
+  KeyIndex keys_;
+  NameLists lists_;
+
+  // Under the write lock.
+  Connection writer_;
+  std::unique_ptr<Writing> transaction_;
+  std::atomic<uint64_t> transactionOwner_{0};
+  Failure transactionFailure_ = Failure::none;
+  std::bitset<kValueWords + 1> dirty_;
+  std::vector<uint16_t> dirtyList_;
+  bool dirtyAll_ = false;
+  uint64_t changeSerial_ = 0;
+  NameLists ownLists_;
+
+  // After a wait in vain, and until as long again has passed, nobody waits that long anew.
+  std::atomic<int64_t> impatientUntil_{0};
+
+  std::mutex failureLock_;
+  Failure openFailure_ = Failure::none;
+  std::string failedPath_;
+};
+
+}  // namespace zolt
+
+#endif  // ZOLT41_PLATFORM_REGISTRY_HIVE_H_

@@ -1,0 +1,130 @@
+#include "zolt41/platform/registry/hive_guards.h"
+#include "zolt41/platform/registry/hive_text.h"
+
+namespace zolt {
+namespace {
+
+// By ValueCache::Result.
+constexpr int32_t kResults[] = {ERROR_SUCCESS, ERROR_FILE_NOT_FOUND, ERROR_UNSUPPORTED_TYPE,
+                                ERROR_MORE_DATA};
+
+}  // namespace
+
+bool Hive::Vouched(uint32_t word, Stamp *stamp) const {
+  StampSource const *source = source_.load(std::memory_order_acquire);
+  if (source == nullptr) return false;
+  *stamp = source->Read(word);
+  // The machine's counter has no resting state; a copy of it is good if it did not move.
+  return kind_ == Kind::machine || ((stamp->word | stamp->epoch) & 1) == 0;
+}
+
+int32_t Hive::ReadValue(int64_t key, std::string_view name, uint32_t *type, void *data,
+                        uint32_t *size) {
+  StampSource const *source = source_.load(std::memory_order_acquire);
+  bool const own = OwnTransaction();
+  if (source != nullptr && (!own || (!dirtyAll_ && !dirty_[ValueWord(key, name)]))) {
+    auto const result = cache_.Find({index_, key, name}, *source, type, data, size);
+    if (result != ValueCache::Result::miss) return kResults[static_cast<size_t>(result)];
+  }
+  return ReadFile(key, name, type, data, size);
+}
+
+int32_t Hive::ReadFile(int64_t key, std::string_view name, uint32_t *type, void *data,
+                       uint32_t *size) {
+  Reading reading(*this);
+  bool missing = false;
+  if (Failure failure = reading.Enter(false, &missing); failure != Failure::none)
+    return Give(failure);
+  if (missing) return ERROR_FILE_NOT_FOUND;
+  uint32_t const word = ValueWord(key, name);
+  bool const changed = OwnTransaction() && (dirtyAll_ || dirty_[word]);
+  Stamp before{};
+  bool const vouched = Vouched(word, &before) && !changed;
+  StoredName const stored(name);
+  Use row(Readable(), Sql::get_value);
+  row.Bind(key).Bind(stored.text());
+  bool const found = row.Row();
+  if (row.failure() != Failure::none) return Give(row.failure());
+  std::string_view const bytes = found ? row.Bytes(1) : std::string_view("");
+  auto const foundType = found ? static_cast<uint32_t>(row.Number(0)) : 0;
+  NoticeForeignEdit();
+  Stamp after{};
+  if (vouched && Vouched(word, &after) && after == before) {
+    uint32_t const length = found ? static_cast<uint32_t>(bytes.size()) : ValueCache::kAbsent;
+    cache_.Fill({index_, key, name}, word, after, foundType, bytes.data(), length);
+  }
+  if (!found) return ERROR_FILE_NOT_FOUND;
+  auto const result = ValueCache::CopyOut(foundType, bytes.data(),
+                                          static_cast<uint32_t>(bytes.size()), type, data, size);
+  return kResults[static_cast<size_t>(result)];
+}
+
+void Hive::NoticeForeignEdit() {
+  if (state_ != State::shared || OwnTransaction() || words_->ChangeNoted()) return;
+  if (reader_.LogState() == words_->LogState() || !words_->Lock(0)) return;
+  if (uint64_t const state = reader_.LogState(); state != words_->LogState()) {
+    words_->FlushAll();
+    words_->SetLogState(state);
+  }
+  words_->Unlock();
+}
+
+int32_t Hive::LookUpKey(int64_t parent, std::string_view name, int64_t *key) {
+  StoredName const stored(name);
+  if (!OwnTransaction()) {
+    Stamp before{};
+    Stamp after{};
+    if (!Vouched(kKeysWord, &before) || !keys_.Current(before)) {
+      if (Failure failure = keys_.Load(reader_); failure != Failure::none) return Give(failure);
+      NoticeForeignEdit();
+      if (Vouched(kKeysWord, &after) && after == before) keys_.Vouch(after);
+    }
+    KeyIndex::Result const result = keys_.Find(parent, stored.text(), key);
+    if (result == KeyIndex::Result::found) return ERROR_SUCCESS;
+    if (result == KeyIndex::Result::absent) return ERROR_FILE_NOT_FOUND;
+  }
+  Use row(Readable(), Sql::find_key);
+  row.Bind(parent).Bind(stored.text());
+  if (row.Row()) {
+    *key = row.Number(0);
+    return ERROR_SUCCESS;
+  }
+  return row.failure() == Failure::none ? ERROR_FILE_NOT_FOUND : Give(row.failure());
+}
+
+int32_t Hive::FindKey(int64_t parent, std::string_view name, int64_t *key) {
+  Reading reading(*this);
+  bool missing = false;
+  if (Failure failure = reading.Enter(true, &missing); failure != Failure::none)
+    return Give(failure);
+  return missing ? ERROR_FILE_NOT_FOUND : LookUpKey(parent, name, key);
+}
+
+int32_t Hive::NameAt(int64_t key, NameLists::Kind kind, uint32_t index, std::string *name) {
+  Reading reading(*this);
+  bool missing = false;
+  if (Failure failure = reading.Enter(false, &missing); failure != Failure::none)
+    return Give(failure);
+  if (missing) return ERROR_NO_MORE_ITEMS;
+  bool const own = OwnTransaction();
+  Stamp before{};
+  // In a transaction a list is good until the transaction's next change.
+  bool const vouched = own || Vouched(ShapeWord(key), &before);
+  if (own) before = {~uint64_t{0}, changeSerial_};
+  NameLists::List &list = (own ? ownLists_ : lists_).Get(key, kind, before);
+  if (!list.good || (list.At(index) == nullptr && !list.Past(index))) {
+    Failure const failure = NameLists::Load(Readable(), list, index);
+    if (failure != Failure::none) return Give(failure);
+  }
+  int32_t result = ERROR_NO_MORE_ITEMS;
+  if (std::string const *found = list.At(index); found != nullptr) {
+    *name = LocalNameOf(*found);
+    result = ERROR_SUCCESS;
+  }
+  NoticeForeignEdit();
+  Stamp after{};
+  if (!own && !(vouched && Vouched(ShapeWord(key), &after) && after == before)) list.good = false;
+  return result;
+}
+
+}  // namespace zolt

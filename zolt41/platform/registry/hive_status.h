@@ -1,0 +1,21 @@
+#ifndef ZOLT41_PLATFORM_REGISTRY_HIVE_STATUS_H_
+#define ZOLT41_PLATFORM_REGISTRY_HIVE_STATUS_H_
+
+#include "zolt41/platform/registry/registry.h"
+
+namespace zolt {
+
+// Leaves for ZOLTLastFailure why the tree of `root` could not be opened when it was last tried,
+// or "none" if it could. For operations on keys that were never got.
+void ReportHiveFailure(HKEY root);
+
+// Both handles are open on the same key.
+bool SameKey(HKEY a, HKEY b);
+
+// Closes the hives of this process at its end, and moves a long log of the user's hive into the
+// file if nobody else uses it. Handles stay valid; a use of one opens the hive again.
+void LeaveHives();
+
+}  // namespace zolt
+
+#endif  // ZOLT41_PLATFORM_REGISTRY_HIVE_STATUS_H_

@@ -1,0 +1,208 @@
+#include "zolt41/platform/registry/hive_guards.h"
+#include "zolt41/platform/registry/hive_text.h"
+
+namespace zolt {
+namespace {
+
+struct GiveRow {
+  Failure failure;
+  int32_t number;
+};
+
+constexpr GiveRow kGiveRows[] = {
+    {Failure::none, ERROR_SUCCESS},
+    {Failure::denied, ERROR_ACCESS_DENIED},
+    {Failure::locked, ERROR_LOCK_VIOLATION},
+    {Failure::timed_out, ERROR_LOCK_VIOLATION},
+    {Failure::full, ERROR_DISK_FULL},
+    {Failure::damaged, ERROR_REGISTRY_CORRUPT},
+    {Failure::newer, ERROR_REVISION_MISMATCH},
+    {Failure::io, ERROR_REGISTRY_IO_FAILED},
+};
+
+uint16_t Word(uint32_t index) {
+  return static_cast<uint16_t>(index);
+}
+
+// Stands for the calling thread, without asking the system.
+uint64_t ThreadMark() {
+  static thread_local char mark;
+  return reinterpret_cast<uint64_t>(&mark);
+}
+
+}  // namespace
+
+int32_t Hive::Give(Failure failure) {
+  if (failure == Failure::locked) LosePatience();
+  for (GiveRow const &row : kGiveRows) {
+    if (row.failure == failure) return row.number;
+  }
+  return ERROR_REGISTRY_IO_FAILED;
+}
+
+bool Hive::OwnTransaction() const {
+  uint64_t const owner = transactionOwner_.load(std::memory_order_relaxed);
+  return owner != 0 && owner == ThreadMark();
+}
+
+// Runs statements that change what `words` guard (or, with `all`, anything). Outside a transaction
+// they must be one statement, which is committed by itself.
+template <typename Run>
+int32_t Hive::Change(std::initializer_list<uint16_t> words, bool all, Run run) {
+  Failure failure = Failure::none;
+  if (OwnTransaction()) {
+    // After some errors SQLite has rolled back by itself, and a statement would stand alone.
+    if (sqlite3_get_autocommit(writer_.database()) != 0) transactionFailure_ = Failure::io;
+    if (transactionFailure_ != Failure::none) return Give(transactionFailure_);
+    for (uint16_t const word : words) {
+      if (!dirty_[word]) dirtyList_.push_back(word);
+      dirty_.set(word);
+    }
+    dirtyAll_ = dirtyAll_ || all;
+    changeSerial_++;
+    failure = run();
+    if (failure != Failure::none) transactionFailure_ = failure;
+    return Give(failure);
+  }
+  if (kind_ == Kind::user) words_->BeginChange({words.begin(), words.size()}, all);
+  failure = run();
+  if (kind_ == Kind::user) {
+    words_->SetLogState(writer_.LogState());
+    words_->EndChange();
+    if (failure == Failure::none) AfterCommit();
+  }
+  return Give(failure);
+}
+
+void Hive::AfterCommit() {
+  if (kind_ != Kind::user || !words_->CountCommit()) return;
+  words_->Checkpointed(writer_.Checkpoint(false));
+  words_->SetLogState(writer_.LogState());
+}
+
+// Runs `body` in the transaction that is open, or in one of its own.
+template <typename Body>
+int32_t Hive::AsTransaction(Body body) {
+  if (OwnTransaction()) return body();
+  if (int32_t const begun = Begin(); begun != ERROR_SUCCESS) return begun;
+  int32_t const result = body();
+  if (result != ERROR_SUCCESS) {
+    Rollback();
+    return result;
+  }
+  return Commit();
+}
+
+int32_t Hive::Begin() {
+  auto writing = std::make_unique<Writing>(*this);
+  if (Failure failure = writing->Enter(); failure != Failure::none) return Give(failure);
+  if (OwnTransaction()) return ERROR_INVALID_PARAMETER;
+  writer_.SetWait(Patience());
+  if (Failure failure = writer_.Run(Sql::begin); failure != Failure::none) return Give(failure);
+  transaction_ = std::move(writing);
+  transactionFailure_ = Failure::none;
+  transactionOwner_.store(ThreadMark(), std::memory_order_relaxed);
+  return ERROR_SUCCESS;
+}
+
+int32_t Hive::Commit() {
+  if (!OwnTransaction()) return ERROR_INVALID_PARAMETER;
+  Failure failure = transactionFailure_;
+  if (failure == Failure::none) {
+    if (kind_ == Kind::user) words_->BeginChange(dirtyList_, dirtyAll_);
+    failure = writer_.Run(Sql::commit);
+    if (kind_ == Kind::user) {
+      words_->SetLogState(writer_.LogState());
+      words_->EndChange();
+    }
+  }
+  if (failure != Failure::none) {
+    Rollback();
+    SetFailure(failure, path_);
+    return Give(failure);
+  }
+  AfterCommit();
+  EndTransaction();
+  return ERROR_SUCCESS;
+}
+
+void Hive::Rollback() {
+  if (!OwnTransaction()) return;
+  if (sqlite3_get_autocommit(writer_.database()) == 0) writer_.Run(Sql::rollback);
+  EndTransaction();
+}
+
+void Hive::EndTransaction() {
+  for (uint16_t const word : dirtyList_) dirty_.reset(word);
+  dirtyList_.clear();
+  dirtyAll_ = false;
+  ownLists_.Forget();
+  transactionOwner_.store(0, std::memory_order_relaxed);
+  transaction_.reset();
+}
+
+int32_t Hive::WriteValue(int64_t key, std::string_view name, uint32_t type, void const *data,
+                         uint32_t size) {
+  Writing writing(*this);
+  if (Failure failure = writing.Enter(); failure != Failure::none) return Give(failure);
+  StoredName const stored(name);
+  uint16_t const word = Word(ValueWord(key, name));
+  auto write = [&](Sql sql) {
+    Use use(writer_, sql);
+    return use.Bind(key).Bind(stored.text()).Bind(int64_t{type}).Bind(data, size).Done();
+  };
+  // Nearly every write meets a value that is there, which leaves the list of values alone.
+  int32_t const updated = Change({word}, false, [&] { return write(Sql::update_value); });
+  if (updated != ERROR_SUCCESS || sqlite3_changes(writer_.database()) != 0) return updated;
+  int32_t const inserted =
+      Change({word, Word(ShapeWord(key))}, false, [&] { return write(Sql::insert_value); });
+  if (inserted != ERROR_SUCCESS) return inserted;
+  return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+}
+
+int32_t Hive::DeleteValue(int64_t key, std::string_view name) {
+  Writing writing(*this);
+  if (Failure failure = writing.Enter(); failure != Failure::none) return Give(failure);
+  StoredName const stored(name);
+  int32_t const result = Change({Word(ValueWord(key, name)), Word(ShapeWord(key))}, false, [&] {
+    return Use(writer_, Sql::delete_value).Bind(key).Bind(stored.text()).Done();
+  });
+  if (result != ERROR_SUCCESS) return result;
+  return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+}
+
+int32_t Hive::CreateKey(int64_t parent, std::string_view name, int64_t *key, bool *made) {
+  return AsTransaction([&]() -> int32_t {
+    int32_t const found = LookUpKey(parent, name, key);
+    *made = found == ERROR_FILE_NOT_FOUND;
+    if (!*made) return found;
+    StoredName const stored(name);
+    int32_t const inserted = Change({Word(kKeysWord), Word(ShapeWord(parent))}, false, [&] {
+      return Use(writer_, Sql::insert_key).Bind(parent).Bind(stored.text()).Done();
+    });
+    if (inserted != ERROR_SUCCESS) return inserted;
+    *key = sqlite3_last_insert_rowid(writer_.database());
+    return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+  });
+}
+
+int32_t Hive::DeleteKey(int64_t parent, std::string_view name) {
+  return AsTransaction([&]() -> int32_t {
+    int64_t key = 0;
+    if (int32_t const found = LookUpKey(parent, name, &key); found != ERROR_SUCCESS) return found;
+    {
+      Use children(writer_, Sql::has_subkeys);
+      children.Bind(key);
+      if (children.Row()) return ERROR_ACCESS_DENIED;
+      if (children.failure() != Failure::none) return Give(children.failure());
+    }
+    // The words of the key's values are too many to name.
+    return Change({Word(kKeysWord), Word(ShapeWord(parent))}, true, [&] {
+      Failure failure = Use(writer_, Sql::delete_values).Bind(key).Done();
+      if (failure == Failure::none) failure = Use(writer_, Sql::delete_key).Bind(key).Done();
+      return failure;
+    });
+  });
+}
+
+}  // namespace zolt

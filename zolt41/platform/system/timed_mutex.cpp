@@ -1,0 +1,61 @@
+#include "zolt41/platform/system/timed_mutex.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <ctime>
+
+#if defined(__SANITIZE_THREAD__)
+#include <sanitizer/tsan_interface.h>
+#endif
+
+namespace zolt {
+namespace {
+
+// The call that every thread checker knows waits by the wall clock. It is asked for short stretches
+// only, so a clock that is set makes one of them wrong and no more.
+constexpr int64_t kStretch = 100;
+
+timespec WallClockAfter(int64_t milliseconds) {
+  timespec end{};
+  clock_gettime(CLOCK_REALTIME, &end);
+  end.tv_nsec += milliseconds * 1000000;
+  end.tv_sec += end.tv_nsec / 1000000000;
+  end.tv_nsec %= 1000000000;
+  return end;
+}
+
+// ThreadSanitizer takes a timed wait that ends with a dead owner for one that got nothing.
+void TellOwnership([[maybe_unused]] pthread_mutex_t *mutex) {
+#if defined(__SANITIZE_THREAD__)
+  __tsan_mutex_pre_lock(mutex, __tsan_mutex_try_lock);
+  __tsan_mutex_post_lock(mutex, __tsan_mutex_try_lock, 0);
+#endif
+}
+
+}  // namespace
+
+int LockWithin(pthread_mutex_t *mutex, uint32_t milliseconds) {
+  if (milliseconds == 0xFFFFFFFF) return pthread_mutex_lock(mutex);
+  int result = pthread_mutex_trylock(mutex);
+  if (result != EBUSY) return result;
+  using std::chrono::steady_clock;
+  auto const end = steady_clock::now() + std::chrono::milliseconds(milliseconds);
+  for (;;) {
+    auto const left = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
+    if (left.count() <= 0) return ETIMEDOUT;
+    timespec const until = WallClockAfter(std::min(left.count(), kStretch));
+    result = pthread_mutex_timedlock(mutex, &until);
+    if (result == EOWNERDEAD) TellOwnership(mutex);
+    if (result != ETIMEDOUT) return result;
+  }
+}
+
+RecursiveMutex::RecursiveMutex() {
+  pthread_mutexattr_t attributes;
+  pthread_mutexattr_init(&attributes);
+  pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
+  pthread_mutex_init(&native_, &attributes);
+  pthread_mutexattr_destroy(&attributes);
+}
+
+}  // namespace zolt

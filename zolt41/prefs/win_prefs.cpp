@@ -1,0 +1,124 @@
+#include "zolt41/prefs/win_prefs.h"
+
+#include <new>
+
+#include "zolt41/foundation/a_string.h"
+#include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/system/codepage.h"
+#include "zolt41/platform/system/string_table.h"
+#include "zolt41/prefs/empty_key.h"
+#include "zolt41/prefs/enum_prefs.h"
+#include "zolt41/prefs/section_list.h"
+#include "zolt41/prefs/text_argument.h"
+#include "zolt41/prefs/tree_path.h"
+
+namespace {
+
+constexpr uint32_t kTextSize = 256;
+constexpr uint32_t kOldTextSize = 1024;
+
+constinit int32_t liveStores = 0;
+
+HKEY KeyIn(zolt::LevelTree const &tree, Section const *section) {
+  return section == nullptr ? 0 : section->*tree.key;
+}
+
+}  // namespace
+
+WinPrefs::WinPrefs(PrefLevel level, char const *path) : TYPrefs(level) {
+  ++liveStores;
+  if (!zolt::HasTree(level)) return;
+  zolt::LevelTree const &tree = zolt::TreeOf(level);
+  char defaultPath[260] = "";
+  if (path == nullptr) {
+    LoadStringA(zolt::LibraryInstance(), tree.defaultPath, defaultPath, sizeof defaultPath);
+    path = defaultPath;
+  }
+  key_ = zolt::OpenTreePath(tree.root, path);
+  if (zolt::sectionList.Root(level) == 0)
+    zolt::sectionList.SetRoot(level, zolt::OpenTreePath(tree.root, path));
+}
+
+WinPrefs::~WinPrefs() {
+  if (--liveStores <= 0) zolt::sectionList.Clear();
+  if (key_ != 0) RegCloseKey(key_);
+}
+
+CEnumPrefs *WinPrefs::GetEnum(int32_t parent, int32_t id, char const *name) {
+  return new (std::nothrow) CEnumPrefs(id, name, parent, this);
+}
+
+HKEY WinPrefs::ReportedKey(HKEY key) const {
+  if (key == 0) zolt::ReportHiveFailure(zolt::TreeOf(Level()).root);
+  return key;
+}
+
+HKEY WinPrefs::KeyOf(uint32_t section) const {
+  if (section == 0) return ReportedKey(key_);
+  Section const *const record = zolt::sectionList.Find(static_cast<int32_t>(section));
+  return ReportedKey(KeyIn(zolt::TreeOf(Level()), record));
+}
+
+HKEY WinPrefs::SectionKey(int32_t id, uintptr_t sectionRecord) {
+  if (id == 0) return key_;
+  return KeyIn(zolt::TreeOf(Level()), zolt::sectionList.Find(id, sectionRecord));
+}
+
+int32_t WinPrefs::GetStr(uint32_t section, char const *name, char *buffer) {
+  HKEY const key = KeyOf(section);
+  if (key == 0 || buffer == nullptr) return 0;
+  uint32_t size = kTextSize;
+  return ZOLTQueryText(key, name, buffer, &size) == ERROR_SUCCESS;
+}
+
+void WinPrefs::SetStr(uint32_t section, char const *name, char const *value) {
+  HKEY const key = KeyOf(section);
+  if (key == 0) return;
+  char const *const text = zolt::TextOrEmpty(value);
+  char old[kOldTextSize] = "";
+  GetStr(section, name, old);
+  if (lstrcmpA(old, text) == 0) return;
+  RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<uint8_t const *>(text),
+                 static_cast<uint32_t>(AZStrLen(text)) + 1);
+}
+
+int32_t WinPrefs::GetFree(uint32_t section, char const *name, uint32_t /*type*/, uint8_t *data,
+                          uint32_t &size) {
+  HKEY const key = KeyOf(section);
+  if (key == 0) return 0;
+  uint32_t stored = 0;
+  if (RegQueryValueExA(key, name, nullptr, nullptr, nullptr, &stored) != ERROR_SUCCESS) return 0;
+  if (data != nullptr &&
+      RegQueryValueExA(key, name, nullptr, nullptr, data, &stored) != ERROR_SUCCESS)
+    return 0;
+  size = stored;
+  return 1;
+}
+
+void WinPrefs::SetFree(uint32_t section, char const *name, uint32_t type, uint8_t const *data,
+                       uint32_t size) {
+  HKEY const key = KeyOf(section);
+  if (key == 0) return;
+  RegSetValueExA(key, name, 0, type, data, data == nullptr ? 0 : size);
+}
+
+void WinPrefs::Remove(uint32_t section, char const *name) {
+  HKEY const key = KeyOf(section);
+  if (key != 0) RegDeleteKeyA(key, zolt::TextOrEmpty(name));
+}
+
+void WinPrefs::RemoveValue(uint32_t section, char const *name) {
+  HKEY const key = KeyOf(section);
+  if (key != 0) RegDeleteValueA(key, name);
+}
+
+int32_t WinPrefs::Exists(uint32_t section, char const *name) {
+  HKEY const key = KeyOf(section);
+  if (key == 0) return 0;
+  return RegQueryValueExA(key, name, nullptr, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+}
+
+void WinPrefs::ClearSection(uint32_t section, uintptr_t sectionRecord) {
+  HKEY const key = ReportedKey(SectionKey(static_cast<int32_t>(section), sectionRecord));
+  if (key != 0) zolt::EmptyKey(key);
+}
