@@ -21,23 +21,7 @@ using testing::Child;
 
 class NamedMutexTest : public ::testing::Test {
  protected:
-  ~NamedMutexTest() override {
-    DetachSegment();
-    std::filesystem::remove(SegmentPath());
-  }
-
-  // The one file of this user in /dev/shm that was made for this home.
-  static std::string SegmentPath() {
-    std::string const stem = "zolt41-" + std::to_string(geteuid()) + "-";
-    std::filesystem::path newest;
-    for (auto const &entry : std::filesystem::directory_iterator("/dev/shm")) {
-      bool const ours = entry.path().filename().string().starts_with(stem);
-      if (ours && (newest.empty() || entry.last_write_time() > last_write_time(newest))) {
-        newest = entry.path();
-      }
-    }
-    return newest;
-  }
+  ~NamedMutexTest() override { DetachSegment(); }
 
   testing::TempHome home_;
   HANDLE mutex_ = CreateMutexA(nullptr, 0, "/ZO/ZOLT/SECURE2");
@@ -120,10 +104,17 @@ TEST_F(NamedMutexTest, WithoutASegmentTheCallerGoesOnAlone) {
   ReleaseMutex(mutex_);
 }
 
-TEST_F(NamedMutexTest, TheSegmentIsForItsUserAlone) {
+TEST_F(NamedMutexTest, TheSegmentIsForItsUserAloneAndGoesWithTheLast) {
   WaitForSingleObject(mutex_, 0);
   ReleaseMutex(mutex_);
   EXPECT_EQ(std::filesystem::status(SegmentPath()).permissions(), std::filesystem::perms(0600));
+  Child other([this](Child::Pipe &) {
+    DetachSegment();
+    return std::filesystem::exists(SegmentPath()) ? 0 : 1;
+  });
+  EXPECT_EQ(other.Wait(), 0) << "still used by its parent";
+  DetachSegment();
+  EXPECT_FALSE(std::filesystem::exists(SegmentPath()));
 }
 
 }  // namespace

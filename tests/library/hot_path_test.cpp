@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
+#include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -16,6 +19,25 @@
 namespace {
 
 std::atomic<int> allocations{0};
+
+// From here on any system call of this thread but the end of the process ends it with a signal.
+void ForbidSystemCalls() {
+  std::array<sock_filter, 4> program = {{
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_exit_group, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
+  }};
+  sock_fprog const filter{program.size(), program.data()};
+  prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
+  if (prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) != 0) _exit(90);
+}
+
+}  // namespace
+
+// AddressSanitizer has operators of its own, which count nothing.
+#if !defined(__SANITIZE_ADDRESS__)
+namespace {
 
 void *Allocate(std::size_t size) {
   allocations++;
@@ -44,6 +66,7 @@ void operator delete(void *memory, std::size_t) noexcept {
 void operator delete[](void *memory, std::size_t) noexcept {
   std::free(memory);
 }
+#endif
 
 namespace {
 
@@ -72,12 +95,11 @@ TEST(HotPath, ACachedReadMakesNoSystemCallAndTakesNoMemory) {
     UserPrefs()->WriteBool(kAudio, "Mute", 1, PrefLevelUser);
     if (!ReadAll()) return 1;
     int const before = allocations;
-    // From here on any system call but exit ends the process.
-    prctl(PR_SET_SECCOMP, SECCOMP_MODE_STRICT);
+    ForbidSystemCalls();
     bool good = true;
     for (int i = 0; i < 1000; i++) good = good && ReadAll();
     good = good && allocations == before;
-    syscall(SYS_exit, good ? 0 : 2);
+    syscall(SYS_exit_group, good ? 0 : 2);
     return 3;
   });
   EXPECT_EQ(reader.Wait(), 0);

@@ -190,6 +190,27 @@ TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {
   EXPECT_EQ(RawHive(home_.UserHive()).Run("PRAGMA integrity_check"), "ok");
 }
 
+TEST_F(HiveFileTest, AHandleFollowsItsPathIntoAnotherFile) {
+  // In the other file the number of our key belongs to another key.
+  setenv("ZOLT_HOME", (home_.path() + "/other").c_str(), 1);
+  for (char const *name : {"Decoy", "Test"}) Key(HKEY_CURRENT_USER, name).Set("v", name);
+  LeaveHives();
+  RawHive(home_.path() + "/other/user.hive").Run("PRAGMA wal_checkpoint(TRUNCATE)");
+  setenv("ZOLT_HOME", home_.path().c_str(), 1);
+  Prepare();
+  Key const key(HKEY_CURRENT_USER);
+  Key const gone(HKEY_CURRENT_USER, "Only here");
+  EXPECT_EQ(gone.Set("v", "1"), ERROR_SUCCESS);
+  fs::rename(home_.path() + "/other/user.hive", home_.UserHive());
+  EXPECT_EQ(key.Set("w", "written"), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("v"), "Test");
+  EXPECT_EQ(gone.Get("v"), "!2");
+  EXPECT_EQ(gone.Set("v", "2"), ERROR_KEY_DELETED);
+  EXPECT_EQ(Key(HKEY_CURRENT_USER, "Decoy").Get("w"), "!2");
+  EXPECT_EQ(Key(HKEY_CURRENT_USER, "Only here").Set("v", "2"), ERROR_SUCCESS);
+  EXPECT_EQ(gone.Get("v"), "2") << "made anew, and found again by its path";
+}
+
 TEST_F(HiveFileTest, AnotherFileIsNoticedBetweenTwoRuns) {
   Prepare();
   fs::copy_file(home_.UserHive(), home_.path() + "/backup");
@@ -283,6 +304,24 @@ TEST_F(HiveFileTest, AFullDiskLosesNothingThatWasKept) {
   Key const key(HKEY_CURRENT_USER);
   EXPECT_EQ(key.ValueNames().size(), static_cast<size_t>(kept) + 1);
   EXPECT_EQ(key.Set("more", "1"), ERROR_SUCCESS);
+}
+
+TEST_F(HiveFileTest, AFullDiskAtTheFirstStartIsFullAndLeavesNothingInTheWay) {
+  // Whichever file meets the end of the space first.
+  for (rlim_t const size : {0, 1000, 8192, 20000, 33600, 40000, 60000, 80000}) {
+    Child first([&](Child::Pipe &) {
+      signal(SIGXFSZ, SIG_IGN);
+      rlimit const limit{size, size};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      Key const key(HKEY_CURRENT_USER);
+      bool const full = key.opened == ERROR_DISK_FULL && LastFailure() == 3;
+      return full || key.Set("v", "1") == ERROR_SUCCESS ? 0 : key.opened + 1;
+    });
+    EXPECT_EQ(first.Wait(), 0) << size;
+    EXPECT_EQ(Key(HKEY_CURRENT_USER).Set("w", "2"), ERROR_SUCCESS) << size;
+    LeaveHives();
+    for (auto const &entry : fs::directory_iterator(home_.path())) fs::remove_all(entry.path());
+  }
 }
 
 TEST_F(HiveFileTest, FollowsTheEnvironmentOnceNothingIsOpen) {

@@ -5,6 +5,8 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "zolt41/platform/kernel/shared_segment.h"
+
 namespace zolt::testing {
 
 TempHome::TempHome() {
@@ -15,8 +17,10 @@ TempHome::TempHome() {
 }
 
 TempHome::~TempHome() {
-  unsetenv("ZOLT_HOME");
   std::error_code ignored;
+  setenv("ZOLT_HOME", path_.c_str(), 1);
+  std::filesystem::remove(SegmentPath(), ignored);
+  unsetenv("ZOLT_HOME");
   std::filesystem::remove_all(path_, ignored);
 }
 

@@ -59,18 +59,6 @@ Attachment &TheAttachment() {
   return *attachment;
 }
 
-// Two homes get two segments; the name tells no path.
-std::string SegmentPath() {
-  uint64_t hash = 0xCBF29CE484222325;
-  for (char const c : ResolveHomes().user) {
-    hash = (hash ^ static_cast<uint8_t>(c)) * 0x100000001B3;
-  }
-  char name[64];
-  std::snprintf(name, sizeof name, "/dev/shm/zolt41-%u-%016llx", geteuid(),
-                static_cast<unsigned long long>(hash));
-  return name;
-}
-
 void Reset(void *block, bool) {
   auto *segment = static_cast<Segment *>(block);
   std::memset(static_cast<char *>(block) + sizeof(SharedHeader), 0,
@@ -100,6 +88,17 @@ Segment *Attach() {
 
 }  // namespace
 
+std::string SegmentPath() {
+  uint64_t hash = 0xCBF29CE484222325;
+  for (char const c : ResolveHomes().user) {
+    hash = (hash ^ static_cast<uint8_t>(c)) * 0x100000001B3;
+  }
+  char name[64];
+  std::snprintf(name, sizeof name, "/dev/shm/zolt41-%u-%016llx", geteuid(),
+                static_cast<unsigned long long>(hash));
+  return name;
+}
+
 MutexWait LockInSegment(SegmentMutex mutex, uint32_t milliseconds) {
   Segment *segment = Attach();
   if (segment == nullptr) return MutexWait::failed;
@@ -127,6 +126,7 @@ void DetachSegment() {
   if (attachment.owned.load(std::memory_order_relaxed) != 0) return;
   attachment.segment.store(nullptr, std::memory_order_release);
   attachment.tried = false;
+  if (attachment.file.TakeAlone()) attachment.file.Unlink();
   attachment.file.Detach();
 }
 

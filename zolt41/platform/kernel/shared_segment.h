@@ -2,6 +2,7 @@
 #define ZOLT41_PLATFORM_KERNEL_SHARED_SEGMENT_H_
 
 #include <cstdint>
+#include <string>
 
 #include "zolt41/platform/system/robust_mutex.h"
 
@@ -11,6 +12,9 @@ namespace zolt {
 // may open. It guards nothing of the stores: without it they work, and nobody waits for anybody.
 enum class SegmentMutex : uint32_t { subscribers, channel, count };
 
+// The file of the home that the environment names. Two homes have two; the name tells no path.
+std::string SegmentPath();
+
 // Waits for a mutex of the segment of the home that the environment names at the first call, which
 // attaches the process. `failed` if the segment cannot be had: another user's file in its place, no
 // memory, or a process of another id namespace made it.
@@ -19,8 +23,9 @@ enum class SegmentMutex : uint32_t { subscribers, channel, count };
 // False if the calling thread does not own it. A child of fork owns none.
 bool UnlockInSegment(SegmentMutex mutex);
 
-// Gives the segment up, for the end of the process. Kept if this process still owns one of its
-// mutexes, since the kernel then writes to it when the process ends.
+// Gives the segment up, for the end of the process; the last one to do so removes the file. Kept if
+// this process still owns one of its mutexes, since the kernel then writes to it when the process
+// ends.
 void DetachSegment();
 
 }  // namespace zolt

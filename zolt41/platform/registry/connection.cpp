@@ -101,6 +101,7 @@ Failure Connection::Fail(int result) {
 
 Failure Connection::Open(std::string const &path, Mode mode, Journal journal, uint32_t wait) {
   Close();
+  unfilled_ = false;
   path_ = path;
   int const access = mode == Mode::read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   int const result = sqlite3_open_v2(path.c_str(), &database_,
@@ -121,19 +122,20 @@ Failure Connection::Open(std::string const &path, Mode mode, Journal journal, ui
   return failure;
 }
 
-Failure Connection::CheckLayout(Mode mode, Journal journal) {
-  {
-    Use layout(*this, Sql::get_layout);
-    if (layout.Row()) {
-      if (layout.Number(0) <= kLayout) return Failure::none;
-      SetFailure(Failure::newer, path_);
-      return Failure::newer;
-    }
-    if (mode != Mode::create) {
-      SetFailure(layout.failure() == Failure::none ? Failure::damaged : layout.failure(), path_);
-      return layout.failure() == Failure::none ? Failure::damaged : layout.failure();
-    }
+Failure Connection::ReadLayout(bool *found) {
+  Use layout(*this, Sql::get_layout);
+  *found = layout.Row();
+  if (*found && layout.Number(0) > kLayout) {
+    SetFailure(Failure::newer, path_);
+    return Failure::newer;
   }
+  return layout.failure();
+}
+
+Failure Connection::CheckLayout(Mode mode, Journal journal) {
+  bool found = false;
+  Failure const failure = ReadLayout(&found);
+  if (found || (failure != Failure::none && failure != Failure::damaged)) return failure;
   // Only a file without any table is ours to fill; anything else is somebody's data.
   sqlite3_stmt *tables = nullptr;
   int result =
@@ -141,13 +143,14 @@ Failure Connection::CheckLayout(Mode mode, Journal journal) {
   if (result == SQLITE_OK) result = sqlite3_step(tables);
   sqlite3_finalize(tables);
   if (result != SQLITE_DONE) return Fail(result == SQLITE_ROW ? SQLITE_CORRUPT : result);
-  Failure const failure = MakeTables(journal);
-  if (failure == Failure::none) return failure;
+  unfilled_ = mode != Mode::create;
+  if (unfilled_) return Failure::none;
+  Failure const making = MakeTables(journal);
+  if (making == Failure::none) return making;
   // Another process may have made them just before us.
-  Use layout(*this, Sql::get_layout);
-  if (layout.Row()) return Failure::none;
-  SetFailure(failure, path_);
-  return failure;
+  if (ReadLayout(&found) == Failure::none && found) return Failure::none;
+  SetFailure(making, path_);
+  return making;
 }
 
 Failure Connection::MakeTables(Journal journal) {

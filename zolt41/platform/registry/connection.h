@@ -49,11 +49,14 @@ class Connection {
   Connection(Connection const &) = delete;
   Connection &operator=(Connection const &) = delete;
 
-  // `wait` is how long, in milliseconds, SQLite waits for its own locks.
+  // A file without any table, which a maker that failed may have left, is opened but is unfilled:
+  // only another opening, with Mode::create, can use it. `wait` is how long, in milliseconds,
+  // SQLite waits for its own locks.
   Failure Open(std::string const &path, Mode mode, Journal journal, uint32_t wait);
   // Never moves the log into the file.
   void Close();
   bool open() const { return database_ != nullptr; }
+  bool unfilled() const { return unfilled_; }
   sqlite3 *database() const { return database_; }
 
   void SetWait(uint32_t wait) {
@@ -81,8 +84,10 @@ class Connection {
  private:
   Failure MakeTables(Journal journal);
   Failure CheckLayout(Mode mode, Journal journal);
+  Failure ReadLayout(bool *found);
 
   sqlite3 *database_ = nullptr;
+  bool unfilled_ = false;
   std::string path_;
   std::array<sqlite3_stmt *, static_cast<size_t>(Sql::count)> statements_{};
 };

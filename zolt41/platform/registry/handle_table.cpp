@@ -23,7 +23,7 @@ HandleTable::Entry *HandleTable::Live(HKEY handle) const {
   return live ? entry : nullptr;
 }
 
-HKEY HandleTable::Add(OpenKey const &open, int64_t ancestor, std::string path) {
+HKEY HandleTable::Add(OpenKey const &open, std::string path) {
   std::lock_guard const guard(lock_);
   if (free_.empty()) {
     if (next_ == 1u << kIndexBits) return 0;
@@ -40,10 +40,10 @@ HKEY HandleTable::Add(OpenKey const &open, int64_t ancestor, std::string path) {
   HKEY const handle = kMark | serial_ << kIndexBits | index;
   entry->rights.store(static_cast<uint64_t>(open.hive) << 32 | open.access,
                       std::memory_order_release);
-  entry->key.store(open.key, std::memory_order_release);
+  entry->key.store(open.key.id, std::memory_order_release);
+  entry->incarnation.store(open.key.incarnation, std::memory_order_release);
   entry->triedWord.store(~uint64_t{0}, std::memory_order_relaxed);
   entry->triedEpoch.store(~uint64_t{0}, std::memory_order_relaxed);
-  entry->ancestor = ancestor;
   entry->path = std::move(path);
   entry->serial.store(handle, std::memory_order_release);
   openCount_.fetch_add(1, std::memory_order_acq_rel);
@@ -66,25 +66,26 @@ bool HandleTable::Find(HKEY handle, OpenKey *open) const {
   uint64_t const rights = entry->rights.load(std::memory_order_acquire);
   open->hive = static_cast<uint32_t>(rights >> 32);
   open->access = static_cast<uint32_t>(rights);
-  open->key = entry->key.load(std::memory_order_acquire);
+  // In this order, the reverse of SetKey's, a new incarnation comes with its own key.
+  open->key.incarnation = entry->incarnation.load(std::memory_order_acquire);
+  open->key.id = entry->key.load(std::memory_order_acquire);
   // Closed meanwhile, and perhaps opened as another key.
   return entry->serial.load(std::memory_order_relaxed) == handle;
 }
 
-bool HandleTable::Place(HKEY handle, int64_t *ancestor, std::string *path) {
+std::string HandleTable::PathOf(HKEY handle) {
   std::lock_guard const guard(lock_);
   Entry const *entry = Live(handle);
-  if (entry == nullptr) return false;
-  *ancestor = entry->ancestor;
-  *path = entry->path;
-  return true;
+  return entry == nullptr ? std::string() : entry->path;
 }
 
-void HandleTable::SetKey(HKEY handle, int64_t key) {
+void HandleTable::SetKey(HKEY handle, HiveKey key) {
   std::lock_guard const guard(lock_);
-  if (Entry *entry = Live(handle); entry != nullptr) {
-    entry->key.store(key, std::memory_order_release);
-  }
+  Entry *entry = Live(handle);
+  if (entry == nullptr) return;
+  entry->triedWord.store(~uint64_t{0}, std::memory_order_relaxed);
+  entry->key.store(key.id, std::memory_order_release);
+  entry->incarnation.store(key.incarnation, std::memory_order_release);
 }
 
 void HandleTable::SetTried(HKEY handle, Stamp const &stamp) {

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "zolt41/platform/registry/hive.h"
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/registry/stamp.h"
 
@@ -17,7 +18,7 @@ namespace zolt {
 struct OpenKey {
   uint32_t hive;    // 0 the user's, 1 the machine's
   uint32_t access;  // KEY_READ, or that with KEY_WRITE
-  int64_t key;      // kNoKey for a key that did not exist when it was opened
+  HiveKey key;      // with the number kNoKey for a key that does not exist
 };
 inline constexpr int64_t kNoKey = -1;
 
@@ -25,19 +26,18 @@ inline constexpr int64_t kNoKey = -1;
 // that comes back only after 2^40 handles.
 class HandleTable {
  public:
-  // Gives 0 when the table is full. `ancestor` and `path` say where a key that does not exist is to
-  // be looked for later, see Place.
-  HKEY Add(OpenKey const &open, int64_t ancestor, std::string path);
+  // Gives 0 when the table is full. `path` leads from the root to the key: names, each ended by a
+  // NUL.
+  HKEY Add(OpenKey const &open, std::string path);
   bool Remove(HKEY handle);
 
   // Takes no lock and no memory. False for a handle that is not open.
   bool Find(HKEY handle, OpenKey *open) const;
 
-  // Where the key of a handle with kNoKey is to be looked for: the nearest key above it that
-  // exists, and the path of names from there, each ended by a NUL.
-  bool Place(HKEY handle, int64_t *ancestor, std::string *path);
-  // What was found there.
-  void SetKey(HKEY handle, int64_t key);
+  // The path of an open handle; empty for the root, and for a handle that is not open.
+  std::string PathOf(HKEY handle);
+  // What was found at the path when it was looked for again.
+  void SetKey(HKEY handle, HiveKey key);
   // That nothing was found while the words stood so. Read without a lock.
   void SetTried(HKEY handle, Stamp const &stamp);
   bool Tried(HKEY handle, Stamp const &stamp) const;
@@ -51,9 +51,9 @@ class HandleTable {
     std::atomic<uint64_t> serial;  // 0 while free
     std::atomic<uint64_t> rights;  // hive and access
     std::atomic<int64_t> key;
+    std::atomic<uint64_t> incarnation;
     std::atomic<uint64_t> triedWord;
     std::atomic<uint64_t> triedEpoch;
-    int64_t ancestor;
     std::string path;
   };
   static constexpr uint32_t kChunkBits = 10;

@@ -24,10 +24,17 @@
 
 namespace zolt {
 
+// A key by its number, which means something in one file alone; see Hive::Incarnation. The number 0
+// is the root of the tree, in every file.
+struct HiveKey {
+  int64_t id;
+  uint64_t incarnation;
+};
+
 // One of the two trees: its file, the connections to it and what this process keeps of it. Opened
 // at the first use. All functions give a number of registry.h and leave the reason of a failure
-// for ZOLTLastFailure; names are bytes of the local code page; key 0 is the root of the tree. They
-// may be called from any thread.
+// for ZOLTLastFailure, or kStaleKey if the key belongs to a file that has been replaced. Names are
+// bytes of the local code page. They may be called from any thread.
 //
 // Order of locks: the process's write lock, then its read lock, then the mutex shared by processes.
 // Who holds the mutex for writing has given the read lock back and does not take it again.
@@ -35,23 +42,26 @@ class Hive {
  public:
   enum class Kind { user, machine };
 
+  // The key has to be looked for again by its path.
+  static constexpr int32_t kStaleKey = -1;
+
   Hive(Kind kind, ValueCache &cache);
   ~Hive();
 
-  int32_t FindKey(int64_t parent, std::string_view name, int64_t *key);
+  int32_t FindKey(HiveKey parent, std::string_view name, HiveKey *key);
   // ERROR_ACCESS_DENIED where the tree cannot be written.
-  int32_t CreateKey(int64_t parent, std::string_view name, int64_t *key, bool *made);
-  int32_t DeleteKey(int64_t parent, std::string_view name);
+  int32_t CreateKey(HiveKey parent, std::string_view name, HiveKey *key, bool *made);
+  int32_t DeleteKey(HiveKey parent, std::string_view name);
 
   // `*type` says what is wanted, see ValueCache::Find, and becomes the value's type. `*size` says
   // what `data` holds and becomes the value's size; `data` may be null. It is written on success
   // only.
-  int32_t ReadValue(int64_t key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
-  int32_t WriteValue(int64_t key, std::string_view name, uint32_t type, void const *data,
+  int32_t ReadValue(HiveKey key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
+  int32_t WriteValue(HiveKey key, std::string_view name, uint32_t type, void const *data,
                      uint32_t size);
-  int32_t DeleteValue(int64_t key, std::string_view name);
+  int32_t DeleteValue(HiveKey key, std::string_view name);
 
-  int32_t NameAt(int64_t key, NameLists::Kind kind, uint32_t index, std::string *name);
+  int32_t NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name);
 
   int32_t Begin();
   int32_t Commit();
@@ -59,6 +69,9 @@ class Hive {
 
   // Whether the tree can be written, as far as can be told without writing. It was opened before.
   int32_t CheckWritable();
+
+  // Counts the files that this process has met in the hive's place. Takes no lock.
+  uint64_t Incarnation() const { return incarnation_.load(std::memory_order_acquire); }
 
   // Changes whenever the words that vouch for the tree may have changed; for handles on keys that
   // do not exist yet.
@@ -101,20 +114,24 @@ class Hive {
   Failure OpenMachine(bool create);
   Failure OpenUnderMutex(bool create);
   Failure OpenCopy(Failure writeFailure);
+  Failure TakeForMissing();
   Failure MakeFile(std::string const &directory, bool isPublic, bool create, HiveAccess *access);
   Failure AttachWords();
   bool MapMachineWords();
   void Watch(StampSource const &source);
   void Retire();
+  void CountFile();
   void CloseConnections();
   void ForgetCopies();
   void CloseFiles();
   bool NeedsOpening() const;
 
   // Reading; the read lock is held, or this thread's transaction is open.
+  bool Stale(HiveKey key) const { return key.id != 0 && key.incarnation != Incarnation(); }
   Connection &Readable() { return OwnTransaction() ? writer_ : reader_; }
   bool Vouched(uint32_t word, Stamp *stamp) const;
-  int32_t ReadFile(int64_t key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
+  int32_t ReadFile(HiveKey key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
+  KeyIndex::Result FindListedKey(int64_t parent, std::string_view name, int64_t *key);
   int32_t LookUpKey(int64_t parent, std::string_view name, int64_t *key);
   void NoticeForeignEdit();
 
@@ -146,13 +163,15 @@ class Hive {
   std::vector<std::unique_ptr<StampSource>> sources_;
   std::vector<std::unique_ptr<Generation>> oldWords_;
   std::atomic<bool> writable_{false};
+  std::atomic<uint64_t> incarnation_{0};
 
   // Changed with both locks held, so either of them is enough to look.
   State state_ = State::closed;
   Failure writeFailure_ = Failure::none;
   Homes homes_{};
   std::string path_;
-  Generation::Identity identity_{};
+  Generation::Identity identity_{};  // of the file that copies in this process are good for
+  Generation::Identity lastFile_{};  // of the file that was met last
   CopyState copied_{};
   CopyState atFork_{};
   std::unique_ptr<Generation> words_;

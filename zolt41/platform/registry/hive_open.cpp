@@ -101,6 +101,8 @@ Failure Hive::Open(bool create) {
   homes_ = ResolveHomes();
   ClearFailure();
   Failure const failure = kind_ == Kind::user ? OpenUser(create) : OpenMachine(create);
+  if (failure == Failure::none && state_ != State::missing) CountFile();
+  if (failure == Failure::none) ClearFailure();
   // What is kept of the hive stays good if it is the same file with the same words.
   bool const watched = state_ == State::shared || state_ == State::journal;
   if (!watched) source_.store(nullptr, std::memory_order_release);
@@ -113,12 +115,18 @@ Failure Hive::Open(bool create) {
   return failure;
 }
 
+void Hive::CountFile() {
+  Generation::Identity const now = HiveIdentity(path_);
+  if (now.inode == lastFile_.inode && now.device == lastFile_.device) return;
+  lastFile_ = now;
+  incarnation_.fetch_add(1, std::memory_order_release);
+}
+
 Failure Hive::MakeFile(std::string const &directory, bool isPublic, bool create,
                        HiveAccess *access) {
   if (Failure failure = InspectHive(path_, access); failure != Failure::none) return failure;
   if (*access != HiveAccess::missing) return Failure::none;
-  state_ = State::missing;
-  writeFailure_ = Failure::denied;
+  TakeForMissing();
   if (!create) return Failure::none;
   writeFailure_ = EnsureDirectory(directory, isPublic);
   if (writeFailure_ == Failure::none) {
@@ -183,15 +191,9 @@ Failure Hive::OpenUnderMutex(bool create) {
   if (source_.load(std::memory_order_relaxed) != nullptr && StateOfHive(path_) != atFork_) {
     ForgetCopies();
   }
-  struct stat found {};
-  bool const empty = stat(path_.c_str(), &found) == 0 && found.st_size == 0;
-  if (empty && !create) {
-    state_ = State::missing;
-    writeFailure_ = Failure::denied;
-    return Failure::none;
-  }
   Failure const failure = reader_.Open(path_, mode, Connection::Journal::log, Patience());
   if (failure != Failure::none) return failure;
+  if (reader_.unfilled()) return TakeForMissing();
   bool const same = identity_.inode == now.inode && identity_.device == now.device &&
                     source_.load(std::memory_order_relaxed) != nullptr;
   if (!same) {
@@ -210,14 +212,28 @@ Failure Hive::OpenUnderMutex(bool create) {
   return Failure::none;
 }
 
+// A file that its maker could not fill is as good as none, until somebody makes the hive.
+Failure Hive::TakeForMissing() {
+  reader_.Close();
+  state_ = State::missing;
+  writeFailure_ = Failure::denied;
+  return Failure::none;
+}
+
 Failure Hive::OpenCopy(Failure writeFailure) {
   writeFailure_ = writeFailure;
   Failure const failure = OpenPrivateCopy(path_, reader_, &copied_);
-  if (failure == Failure::none) state_ = State::copy;
+  if (failure != Failure::none) return failure;
+  if (reader_.unfilled()) {
+    if (writeFailure == Failure::denied) return TakeForMissing();
+    SetFailure(writeFailure, path_);
+    return writeFailure;
+  }
+  state_ = State::copy;
   // What only time keeps us from writing is opened for writing.
   bool const passing = writeFailure == Failure::locked || writeFailure == Failure::full;
   writable_.store(passing, std::memory_order_relaxed);
-  return failure;
+  return Failure::none;
 }
 
 bool Hive::MapMachineWords() {
@@ -246,17 +262,12 @@ Failure Hive::OpenMachine(bool create) {
   auto const mode = !writable ? Connection::Mode::read
                     : create  ? Connection::Mode::create
                               : Connection::Mode::write;
-  struct stat found {};
-  if (stat(path_.c_str(), &found) == 0 && found.st_size == 0 && !create) {
-    state_ = State::missing;
-    writeFailure_ = Failure::denied;
-    return Failure::none;
-  }
   writeFailure_ = writable ? Failure::none : Failure::denied;
   Failure const failure = reader_.Open(path_, mode, Connection::Journal::rollback, Patience());
   // A journal that a dead writer left can only be rolled back by somebody who may write.
   if (!writable && (failure == Failure::denied || failure == Failure::io)) return OpenCopy(failure);
   if (failure != Failure::none) return failure;
+  if (reader_.unfilled()) return TakeForMissing();
   Generation::Identity const now = HiveIdentity(path_);
   if (now.inode != identity_.inode || now.device != identity_.device ||
       source_.load(std::memory_order_relaxed) == nullptr) {

@@ -18,31 +18,32 @@ bool Hive::Vouched(uint32_t word, Stamp *stamp) const {
   return kind_ == Kind::machine || ((stamp->word | stamp->epoch) & 1) == 0;
 }
 
-int32_t Hive::ReadValue(int64_t key, std::string_view name, uint32_t *type, void *data,
+int32_t Hive::ReadValue(HiveKey key, std::string_view name, uint32_t *type, void *data,
                         uint32_t *size) {
   StampSource const *source = source_.load(std::memory_order_acquire);
   bool const own = OwnTransaction();
-  if (source != nullptr && (!own || (!dirtyAll_ && !dirty_[ValueWord(key, name)]))) {
-    auto const result = cache_.Find({index_, key, name}, *source, type, data, size);
+  if (source != nullptr && (!own || (!dirtyAll_ && !dirty_[ValueWord(key.id, name)]))) {
+    auto const result = cache_.Find({index_, key.id, name}, *source, type, data, size);
     if (result != ValueCache::Result::miss) return kResults[static_cast<size_t>(result)];
   }
   return ReadFile(key, name, type, data, size);
 }
 
-int32_t Hive::ReadFile(int64_t key, std::string_view name, uint32_t *type, void *data,
+int32_t Hive::ReadFile(HiveKey key, std::string_view name, uint32_t *type, void *data,
                        uint32_t *size) {
   Reading reading(*this);
   bool missing = false;
   if (Failure failure = reading.Enter(false, &missing); failure != Failure::none)
     return Give(failure);
   if (missing) return ERROR_FILE_NOT_FOUND;
-  uint32_t const word = ValueWord(key, name);
+  if (Stale(key)) return kStaleKey;
+  uint32_t const word = ValueWord(key.id, name);
   bool const changed = OwnTransaction() && (dirtyAll_ || dirty_[word]);
   Stamp before{};
   bool const vouched = Vouched(word, &before) && !changed;
   StoredName const stored(name);
   Use row(Readable(), Sql::get_value);
-  row.Bind(key).Bind(stored.text());
+  row.Bind(key.id).Bind(stored.text());
   bool const found = row.Row();
   if (row.failure() != Failure::none) return Give(row.failure());
   std::string_view const bytes = found ? row.Bytes(1) : std::string_view("");
@@ -51,7 +52,7 @@ int32_t Hive::ReadFile(int64_t key, std::string_view name, uint32_t *type, void 
   Stamp after{};
   if (vouched && Vouched(word, &after) && after == before) {
     uint32_t const length = found ? static_cast<uint32_t>(bytes.size()) : ValueCache::kAbsent;
-    cache_.Fill({index_, key, name}, word, after, foundType, bytes.data(), length);
+    cache_.Fill({index_, key.id, name}, word, after, foundType, bytes.data(), length);
   }
   if (!found) return ERROR_FILE_NOT_FOUND;
   auto const result = ValueCache::CopyOut(foundType, bytes.data(),
@@ -92,26 +93,47 @@ int32_t Hive::LookUpKey(int64_t parent, std::string_view name, int64_t *key) {
   return row.failure() == Failure::none ? ERROR_FILE_NOT_FOUND : Give(row.failure());
 }
 
-int32_t Hive::FindKey(int64_t parent, std::string_view name, int64_t *key) {
-  Reading reading(*this);
-  bool missing = false;
-  if (Failure failure = reading.Enter(true, &missing); failure != Failure::none)
-    return Give(failure);
-  return missing ? ERROR_FILE_NOT_FOUND : LookUpKey(parent, name, key);
+// What the list of keys says while the words vouch for it needs no look at the file.
+KeyIndex::Result Hive::FindListedKey(int64_t parent, std::string_view name, int64_t *key) {
+  Stamp now{};
+  std::lock_guard const read(readLock_);
+  if (OwnTransaction() || !Vouched(kKeysWord, &now) || !keys_.Current(now)) {
+    return KeyIndex::Result::unknown;
+  }
+  return keys_.Find(parent, StoredName(name).text(), key);
 }
 
-int32_t Hive::NameAt(int64_t key, NameLists::Kind kind, uint32_t index, std::string *name) {
+int32_t Hive::FindKey(HiveKey parent, std::string_view name, HiveKey *key) {
+  key->incarnation = Incarnation();
+  // Who comes from the root looks whether the file is still the same.
+  if (parent.id != 0 && !Stale(parent) &&
+      FindListedKey(parent.id, name, &key->id) == KeyIndex::Result::found) {
+    return ERROR_SUCCESS;
+  }
+  Reading reading(*this);
+  bool missing = false;
+  if (Failure failure = reading.Enter(true, &missing); failure != Failure::none) {
+    return Give(failure);
+  }
+  if (missing) return ERROR_FILE_NOT_FOUND;
+  if (Stale(parent)) return kStaleKey;
+  key->incarnation = Incarnation();
+  return LookUpKey(parent.id, name, &key->id);
+}
+
+int32_t Hive::NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name) {
   Reading reading(*this);
   bool missing = false;
   if (Failure failure = reading.Enter(false, &missing); failure != Failure::none)
     return Give(failure);
   if (missing) return ERROR_NO_MORE_ITEMS;
+  if (Stale(key)) return kStaleKey;
   bool const own = OwnTransaction();
   Stamp before{};
   // In a transaction a list is good until the transaction's next change.
-  bool const vouched = own || Vouched(ShapeWord(key), &before);
+  bool const vouched = own || Vouched(ShapeWord(key.id), &before);
   if (own) before = {~uint64_t{0}, changeSerial_};
-  NameLists::List &list = (own ? ownLists_ : lists_).Get(key, kind, before);
+  NameLists::List &list = (own ? ownLists_ : lists_).Get(key.id, kind, before);
   if (!list.good || (list.At(index) == nullptr && !list.Past(index))) {
     Failure const failure = NameLists::Load(Readable(), list, index);
     if (failure != Failure::none) return Give(failure);
@@ -123,7 +145,8 @@ int32_t Hive::NameAt(int64_t key, NameLists::Kind kind, uint32_t index, std::str
   }
   NoticeForeignEdit();
   Stamp after{};
-  if (!own && !(vouched && Vouched(ShapeWord(key), &after) && after == before)) list.good = false;
+  if (!own && !(vouched && Vouched(ShapeWord(key.id), &after) && after == before))
+    list.good = false;
   return result;
 }
 

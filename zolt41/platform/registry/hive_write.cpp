@@ -141,55 +141,60 @@ void Hive::EndTransaction() {
   transaction_.reset();
 }
 
-int32_t Hive::WriteValue(int64_t key, std::string_view name, uint32_t type, void const *data,
+int32_t Hive::WriteValue(HiveKey key, std::string_view name, uint32_t type, void const *data,
                          uint32_t size) {
   Writing writing(*this);
   if (Failure failure = writing.Enter(); failure != Failure::none) return Give(failure);
+  if (Stale(key)) return kStaleKey;
   StoredName const stored(name);
-  uint16_t const word = Word(ValueWord(key, name));
+  uint16_t const word = Word(ValueWord(key.id, name));
   auto write = [&](Sql sql) {
     Use use(writer_, sql);
-    return use.Bind(key).Bind(stored.text()).Bind(int64_t{type}).Bind(data, size).Done();
+    return use.Bind(key.id).Bind(stored.text()).Bind(int64_t{type}).Bind(data, size).Done();
   };
   // Nearly every write meets a value that is there, which leaves the list of values alone.
   int32_t const updated = Change({word}, false, [&] { return write(Sql::update_value); });
   if (updated != ERROR_SUCCESS || sqlite3_changes(writer_.database()) != 0) return updated;
   int32_t const inserted =
-      Change({word, Word(ShapeWord(key))}, false, [&] { return write(Sql::insert_value); });
+      Change({word, Word(ShapeWord(key.id))}, false, [&] { return write(Sql::insert_value); });
   if (inserted != ERROR_SUCCESS) return inserted;
   return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
 }
 
-int32_t Hive::DeleteValue(int64_t key, std::string_view name) {
+int32_t Hive::DeleteValue(HiveKey key, std::string_view name) {
   Writing writing(*this);
   if (Failure failure = writing.Enter(); failure != Failure::none) return Give(failure);
   StoredName const stored(name);
-  int32_t const result = Change({Word(ValueWord(key, name)), Word(ShapeWord(key))}, false, [&] {
-    return Use(writer_, Sql::delete_value).Bind(key).Bind(stored.text()).Done();
-  });
+  int32_t const result = Change(
+      {Word(ValueWord(key.id, name)), Word(ShapeWord(key.id))}, false,
+      [&] { return Use(writer_, Sql::delete_value).Bind(key.id).Bind(stored.text()).Done(); });
   if (result != ERROR_SUCCESS) return result;
   return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
 
-int32_t Hive::CreateKey(int64_t parent, std::string_view name, int64_t *key, bool *made) {
+int32_t Hive::CreateKey(HiveKey parent, std::string_view name, HiveKey *key, bool *made) {
   return AsTransaction([&]() -> int32_t {
-    int32_t const found = LookUpKey(parent, name, key);
+    if (Stale(parent)) return kStaleKey;
+    key->incarnation = Incarnation();
+    int32_t const found = LookUpKey(parent.id, name, &key->id);
     *made = found == ERROR_FILE_NOT_FOUND;
     if (!*made) return found;
     StoredName const stored(name);
-    int32_t const inserted = Change({Word(kKeysWord), Word(ShapeWord(parent))}, false, [&] {
-      return Use(writer_, Sql::insert_key).Bind(parent).Bind(stored.text()).Done();
+    int32_t const inserted = Change({Word(kKeysWord), Word(ShapeWord(parent.id))}, false, [&] {
+      return Use(writer_, Sql::insert_key).Bind(parent.id).Bind(stored.text()).Done();
     });
     if (inserted != ERROR_SUCCESS) return inserted;
-    *key = sqlite3_last_insert_rowid(writer_.database());
+    key->id = sqlite3_last_insert_rowid(writer_.database());
     return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
   });
 }
 
-int32_t Hive::DeleteKey(int64_t parent, std::string_view name) {
+int32_t Hive::DeleteKey(HiveKey parent, std::string_view name) {
   return AsTransaction([&]() -> int32_t {
     int64_t key = 0;
-    if (int32_t const found = LookUpKey(parent, name, &key); found != ERROR_SUCCESS) return found;
+    if (Stale(parent)) return kStaleKey;
+    if (int32_t const found = LookUpKey(parent.id, name, &key); found != ERROR_SUCCESS)
+      return found;
     {
       Use children(writer_, Sql::has_subkeys);
       children.Bind(key);
@@ -197,7 +202,7 @@ int32_t Hive::DeleteKey(int64_t parent, std::string_view name) {
       if (children.failure() != Failure::none) return Give(children.failure());
     }
     // The words of the key's values are too many to name.
-    return Change({Word(kKeysWord), Word(ShapeWord(parent))}, true, [&] {
+    return Change({Word(kKeysWord), Word(ShapeWord(parent.id))}, true, [&] {
       Failure failure = Use(writer_, Sql::delete_values).Bind(key).Done();
       if (failure == Failure::none) failure = Use(writer_, Sql::delete_key).Bind(key).Done();
       return failure;

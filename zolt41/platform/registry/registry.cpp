@@ -1,5 +1,6 @@
 #include "zolt41/platform/registry/registry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -31,57 +32,95 @@ void FollowEnvironment(Hives &hives) {
   }
 }
 
-// A key that was opened before it existed: looks whether it exists by now. Costs nothing as long as
-// the tree of keys has not changed.
+// Looks for a key anew by its path: one that was opened before it existed, or in a file that has
+// been replaced since. The first costs nothing as long as the tree of keys does not change.
 void SeekKey(Hives &hives, HKEY handle, OpenKey *open) {
   Hive &hive = hives.At(open->hive);
   Stamp const stamp = hive.KeysStamp();
-  if (hives.handles.Tried(handle, stamp)) return;
-  int64_t key = 0;
-  std::string path;
-  if (!hives.handles.Place(handle, &key, &path)) return;
-  for (size_t at = 0; at < path.size();) {
-    std::string const name(&path[at]);
+  HiveKey key{0, hive.Incarnation()};
+  if (open->key.incarnation == key.incarnation && hives.handles.Tried(handle, stamp)) return;
+  std::string const path = hives.handles.PathOf(handle);
+  int32_t result = ERROR_SUCCESS;
+  for (size_t at = 0; at < path.size() && result == ERROR_SUCCESS;) {
+    std::string_view const name(&path[at]);
     at += name.size() + 1;
-    if (hive.FindKey(key, name, &key) != ERROR_SUCCESS) {
-      hives.handles.SetTried(handle, stamp);
-      return;
-    }
+    result = hive.FindKey(key, name, &key);
   }
-  hives.handles.SetKey(handle, key);
+  if (result != ERROR_SUCCESS) key.id = kNoKey;
   open->key = key;
+  // A tree that cannot be read now is asked again the next time.
+  if (result != ERROR_SUCCESS && result != ERROR_FILE_NOT_FOUND) return;
+  hives.handles.SetKey(handle, key);
+  if (key.id == kNoKey) hives.handles.SetTried(handle, stamp);
 }
 
 // What a handle stands for. ERROR_INVALID_HANDLE if it is not open.
 int32_t Resolve(Hives &hives, HKEY handle, OpenKey *open) {
-  ClearFailure();
   if (Predefined(handle)) {
-    *open = {handle == HKEY_CURRENT_USER ? 0u : 1u, KEY_READ | KEY_WRITE, 0};
+    uint32_t const hive = handle == HKEY_CURRENT_USER ? 0 : 1;
+    *open = {hive, KEY_READ | KEY_WRITE, {0, hives.At(hive).Incarnation()}};
     return ERROR_SUCCESS;
   }
   if (!hives.handles.Find(handle, open)) return ERROR_INVALID_HANDLE;
-  if (open->key == kNoKey) SeekKey(hives, handle, open);
+  if (open->key.id == kNoKey || open->key.incarnation != hives.At(open->hive).Incarnation()) {
+    SeekKey(hives, handle, open);
+  }
   return ERROR_SUCCESS;
 }
 
-int32_t GiveHandle(Hives &hives, OpenKey const &open, int64_t ancestor, std::string path,
+// For a key that is not there, or a handle for reading: says why, as far as the tree itself is to
+// blame.
+int32_t RefuseWriting(Hive &hive) {
+  hive.CheckWritable();
+  return ERROR_ACCESS_DENIED;
+}
+
+enum class Purpose { reading, writing };
+
+// Does something with an open key, once more if the hive turns out to be another file by now.
+// `absent` is what a reader is given where the key does not exist.
+template <typename Work>
+int32_t WithKey(HKEY handle, Purpose purpose, int32_t absent, Work work) {
+  Hives &hives = TheHives();
+  ClearFailure();
+  for (int attempt = 0; attempt < 3; attempt++) {
+    OpenKey open{};
+    if (int32_t const result = Resolve(hives, handle, &open); result != ERROR_SUCCESS)
+      return result;
+    Hive &hive = hives.At(open.hive);
+    if (purpose == Purpose::writing) {
+      if ((open.access & kWriteBits) == 0) return RefuseWriting(hive);
+      if (open.key.id == kNoKey) return ERROR_KEY_DELETED;
+    } else if (open.key.id == kNoKey) {
+      return absent;
+    }
+    if (int32_t const result = work(hive, open); result != Hive::kStaleKey) return result;
+  }
+  return ERROR_LOCK_VIOLATION;
+}
+
+// Gives a handle on the key that `names`, each ended by a NUL, lead to from an open key.
+int32_t GiveHandle(Hives &hives, OpenKey const &open, HKEY parent, std::string const &names,
                    HKEY *key) {
-  *key = hives.handles.Add(open, ancestor, std::move(path));
+  *key = hives.handles.Add(open, hives.handles.PathOf(parent) + names);
   return *key == 0 ? ERROR_NOT_ENOUGH_MEMORY : ERROR_SUCCESS;
 }
 
-// The handle on a key that is not there, for reading.
-int32_t GiveEmpty(Hives &hives, OpenKey const &parent, HKEY parentHandle, std::string_view name,
-                  HKEY *key) {
-  int64_t ancestor = parent.key;
-  std::string path;
-  if (parent.key == kNoKey && !hives.handles.Place(parentHandle, &ancestor, &path)) {
-    return ERROR_INVALID_HANDLE;
-  }
-  path.append(name);
-  path.push_back('\0');
+int32_t CreateIn(Hive &hive, OpenKey const &parent, std::string_view name, bool write,
+                 OpenKey *open, bool *made) {
+  *open = parent;
+  open->access = write ? KEY_READ | KEY_WRITE : KEY_READ;
+  int32_t result = parent.key.id == kNoKey ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS;
+  if (result == ERROR_SUCCESS && !name.empty()) result = hive.FindKey(parent.key, name, &open->key);
+  if (result == ERROR_SUCCESS && write) result = hive.CheckWritable();
+  if (result != ERROR_FILE_NOT_FOUND) return result;
+  result = parent.key.id == kNoKey ? RefuseWriting(hive)
+                                   : hive.CreateKey(parent.key, name, &open->key, made);
+  if (result != ERROR_ACCESS_DENIED || write) return result;
+  // Who may not make the key reads an empty one.
   ClearFailure();
-  return GiveHandle(hives, {parent.hive, KEY_READ, kNoKey}, ancestor, std::move(path), key);
+  open->key = {kNoKey, hive.Incarnation()};
+  return ERROR_SUCCESS;
 }
 
 int32_t Create(HKEY parentHandle, char const *givenName, uint32_t access, HKEY *key, bool *made) {
@@ -90,48 +129,38 @@ int32_t Create(HKEY parentHandle, char const *givenName, uint32_t access, HKEY *
   *made = false;
   if (key == nullptr || name.size() > kLongestKeyName) return ERROR_INVALID_PARAMETER;
   *key = 0;
+  ClearFailure();
   if (Predefined(parentHandle)) FollowEnvironment(hives);
-  OpenKey parent{};
-  if (int32_t const result = Resolve(hives, parentHandle, &parent); result != 0) return result;
-  Hive &hive = hives.At(parent.hive);
-  bool const write = (access & kWriteBits) != 0;
-  OpenKey open{parent.hive, write ? KEY_READ | KEY_WRITE : KEY_READ, parent.key};
-  int32_t result = parent.key == kNoKey ? ERROR_FILE_NOT_FOUND : ERROR_SUCCESS;
-  if (result == ERROR_SUCCESS && !name.empty()) result = hive.FindKey(parent.key, name, &open.key);
-  if (result == ERROR_SUCCESS && write) result = hive.CheckWritable();
-  if (result == ERROR_FILE_NOT_FOUND) {
-    result = ERROR_ACCESS_DENIED;
-    if (parent.key != kNoKey) {
-      *made = true;
-      result = hive.CreateKey(parent.key, name, &open.key, made);
-    } else {
-      hive.CheckWritable();
-    }
-    bool const refused = result == ERROR_ACCESS_DENIED;
-    if (refused && !write) return GiveEmpty(hives, parent, parentHandle, name, key);
+  int32_t result = Hive::kStaleKey;
+  OpenKey open{};
+  for (int attempt = 0; attempt < 3 && result == Hive::kStaleKey; attempt++) {
+    OpenKey parent{};
+    if (result = Resolve(hives, parentHandle, &parent); result != ERROR_SUCCESS) return result;
+    result = CreateIn(hives.At(parent.hive), parent, name, (access & kWriteBits) != 0, &open, made);
   }
-  return result == ERROR_SUCCESS ? GiveHandle(hives, open, 0, "", key) : result;
+  if (result != ERROR_SUCCESS) return result == Hive::kStaleKey ? ERROR_LOCK_VIOLATION : result;
+  std::string names(name);
+  if (!name.empty()) names.push_back('\0');
+  return GiveHandle(hives, open, parentHandle, names, key);
 }
 
-int32_t FindPath(Hive &hive, int64_t parent, std::string_view path, int64_t *key) {
+// Finds a key below another one by one name, or else by a path of names; `names` becomes the way.
+int32_t FindPath(Hive &hive, HiveKey parent, std::string_view path, HiveKey *key,
+                 std::string *names) {
+  *key = parent;
+  names->clear();
+  if (path.empty()) return ERROR_SUCCESS;
   int32_t result = hive.FindKey(parent, path, key);
+  if (result == ERROR_SUCCESS) names->append(path).push_back('\0');
   if (result != ERROR_FILE_NOT_FOUND || path.find('\\') == std::string_view::npos) return result;
   while (!path.empty()) {
-    size_t const end = std::min(path.find('\\'), path.size());
-    result = hive.FindKey(parent, path.substr(0, end), key);
-    if (result != ERROR_SUCCESS) return result;
+    std::string_view const name = path.substr(0, path.find('\\'));
+    if (result = hive.FindKey(parent, name, key); result != ERROR_SUCCESS) return result;
+    names->append(name).push_back('\0');
     parent = *key;
-    path.remove_prefix(std::min(end + 1, path.size()));
+    path.remove_prefix(std::min(name.size() + 1, path.size()));
   }
   return result;
-}
-
-// For the functions that change something in an open key.
-int32_t ResolveForWriting(Hives &hives, HKEY handle, OpenKey *open) {
-  if (int32_t const result = Resolve(hives, handle, open); result != ERROR_SUCCESS) return result;
-  if ((open->access & kWriteBits) != 0 && open->key != kNoKey) return ERROR_SUCCESS;
-  hives.At(open->hive).CheckWritable();
-  return ERROR_ACCESS_DENIED;
 }
 
 int32_t CopyName(std::string const &found, char *name, uint32_t *length) {
@@ -142,11 +171,10 @@ int32_t CopyName(std::string const &found, char *name, uint32_t *length) {
   return ERROR_SUCCESS;
 }
 
-int32_t NameAt(HKEY key, NameLists::Kind kind, uint32_t index, std::string *name, OpenKey *open) {
-  Hives &hives = TheHives();
-  if (int32_t const result = Resolve(hives, key, open); result != ERROR_SUCCESS) return result;
-  if (open->key == kNoKey) return ERROR_NO_MORE_ITEMS;
-  return hives.At(open->hive).NameAt(open->key, kind, index, name);
+int32_t NameAt(HKEY key, NameLists::Kind kind, uint32_t index, std::string *name) {
+  return WithKey(key, Purpose::reading, ERROR_NO_MORE_ITEMS, [&](Hive &hive, OpenKey const &open) {
+    return hive.NameAt(open.key, kind, index, name);
+  });
 }
 
 Hive *HiveOf(HKEY root) {
@@ -164,8 +192,9 @@ bool SameKey(HKEY a, HKEY b) {
   Hives &hives = TheHives();
   OpenKey first{};
   OpenKey second{};
-  return Resolve(hives, a, &first) == 0 && Resolve(hives, b, &second) == 0 &&
-         first.hive == second.hive && first.key == second.key && first.key != kNoKey;
+  return Resolve(hives, a, &first) == ERROR_SUCCESS &&
+         Resolve(hives, b, &second) == ERROR_SUCCESS && first.hive == second.hive &&
+         first.key.id == second.key.id && first.key.id != kNoKey;
 }
 
 HiveTransaction::HiveTransaction(HKEY root) : root_(root) {}
@@ -193,8 +222,9 @@ int32_t HiveTransaction::Commit() {
 
 }  // namespace zolt
 
-using zolt::Hives;
+using zolt::Hive;
 using zolt::OpenKey;
+using zolt::Purpose;
 using zolt::TheHives;
 using zolt::ValueCache;
 
@@ -214,23 +244,21 @@ int32_t RegCreateKeyA(HKEY parent, char const *name, HKEY *key) {
 }
 
 int32_t RegOpenKeyA(HKEY parent, char const *name, HKEY *key) {
-  Hives &hives = TheHives();
   if (key == nullptr) return ERROR_INVALID_PARAMETER;
   *key = 0;
-  if (zolt::Predefined(parent)) zolt::FollowEnvironment(hives);
-  OpenKey open{};
-  if (int32_t const result = zolt::Resolve(hives, parent, &open); result != 0) return result;
-  if (open.key == zolt::kNoKey) return ERROR_FILE_NOT_FOUND;
-  zolt::Hive &hive = hives.At(open.hive);
-  std::string_view const path = zolt::NameOf(name);
-  if (!path.empty()) {
-    if (int32_t const result = zolt::FindPath(hive, open.key, path, &open.key); result != 0) {
-      return result;
-    }
-  }
-  open.access = hive.CheckWritable() == ERROR_SUCCESS ? KEY_READ | KEY_WRITE : KEY_READ;
+  if (zolt::Predefined(parent)) zolt::FollowEnvironment(TheHives());
+  OpenKey found{};
+  std::string names;
+  int32_t const result = zolt::WithKey(
+      parent, Purpose::reading, ERROR_FILE_NOT_FOUND, [&](Hive &hive, OpenKey const &open) {
+        found = open;
+        int32_t const way = zolt::FindPath(hive, open.key, zolt::NameOf(name), &found.key, &names);
+        found.access = hive.CheckWritable() == ERROR_SUCCESS ? KEY_READ | KEY_WRITE : KEY_READ;
+        return way;
+      });
+  if (result != ERROR_SUCCESS) return result;
   zolt::ClearFailure();
-  return zolt::GiveHandle(hives, open, 0, "", key);
+  return zolt::GiveHandle(TheHives(), found, parent, names, key);
 }
 
 int32_t RegCloseKey(HKEY key) {
@@ -240,15 +268,15 @@ int32_t RegCloseKey(HKEY key) {
 
 int32_t RegQueryValueExA(HKEY key, char const *name, uint32_t *, uint32_t *type, uint8_t *data,
                          uint32_t *size) {
-  Hives &hives = TheHives();
-  OpenKey open{};
   if (data != nullptr && size == nullptr) return ERROR_INVALID_PARAMETER;
-  if (int32_t const result = zolt::Resolve(hives, key, &open); result != 0) return result;
-  if (open.key == zolt::kNoKey) return ERROR_FILE_NOT_FOUND;
-  uint32_t foundType = ValueCache::kAnyType;
-  uint32_t foundSize = size == nullptr ? 0 : *size;
-  int32_t const result =
-      hives.At(open.hive).ReadValue(open.key, zolt::NameOf(name), &foundType, data, &foundSize);
+  uint32_t foundType = 0;
+  uint32_t foundSize = 0;
+  int32_t const result = zolt::WithKey(
+      key, Purpose::reading, ERROR_FILE_NOT_FOUND, [&](Hive &hive, OpenKey const &open) {
+        foundType = ValueCache::kAnyType;
+        foundSize = size == nullptr ? 0 : *size;
+        return hive.ReadValue(open.key, zolt::NameOf(name), &foundType, data, &foundSize);
+      });
   if (result == ERROR_SUCCESS || result == ERROR_MORE_DATA) {
     if (type != nullptr) *type = foundType;
     if (size != nullptr) *size = foundSize;
@@ -257,57 +285,52 @@ int32_t RegQueryValueExA(HKEY key, char const *name, uint32_t *, uint32_t *type,
 }
 
 int32_t ZOLTQueryText(HKEY key, char const *name, char *data, uint32_t *size) {
-  Hives &hives = TheHives();
-  OpenKey open{};
   if (data == nullptr || size == nullptr) return ERROR_INVALID_PARAMETER;
-  if (int32_t const result = zolt::Resolve(hives, key, &open); result != 0) return result;
-  if (open.key == zolt::kNoKey) return ERROR_FILE_NOT_FOUND;
-  uint32_t type = ValueCache::kText;
-  return hives.At(open.hive).ReadValue(open.key, zolt::NameOf(name), &type, data, size);
+  return zolt::WithKey(key, Purpose::reading, ERROR_FILE_NOT_FOUND,
+                       [&](Hive &hive, OpenKey const &open) {
+                         uint32_t type = ValueCache::kText;
+                         return hive.ReadValue(open.key, zolt::NameOf(name), &type, data, size);
+                       });
 }
 
 int32_t RegSetValueExA(HKEY key, char const *name, uint32_t, uint32_t type, uint8_t const *data,
                        uint32_t size) {
-  Hives &hives = TheHives();
-  OpenKey open{};
   std::string_view const text = zolt::NameOf(name);
   if (text.size() > zolt::kLongestValueName || (data == nullptr && size != 0)) {
     return ERROR_INVALID_PARAMETER;
   }
-  if (int32_t const result = zolt::ResolveForWriting(hives, key, &open); result != 0) return result;
-  return hives.At(open.hive).WriteValue(open.key, text, type, data, size);
+  return zolt::WithKey(key, Purpose::writing, 0, [&](Hive &hive, OpenKey const &open) {
+    return hive.WriteValue(open.key, text, type, data, size);
+  });
 }
 
 int32_t RegDeleteValueA(HKEY key, char const *name) {
-  Hives &hives = TheHives();
-  OpenKey open{};
-  if (int32_t const result = zolt::ResolveForWriting(hives, key, &open); result != 0) return result;
-  return hives.At(open.hive).DeleteValue(open.key, zolt::NameOf(name));
+  return zolt::WithKey(key, Purpose::writing, 0, [&](Hive &hive, OpenKey const &open) {
+    return hive.DeleteValue(open.key, zolt::NameOf(name));
+  });
 }
 
 int32_t RegDeleteKeyA(HKEY key, char const *name) {
-  Hives &hives = TheHives();
-  OpenKey open{};
   if (name == nullptr || *name == '\0') return ERROR_INVALID_PARAMETER;
-  if (int32_t const result = zolt::ResolveForWriting(hives, key, &open); result != 0) return result;
-  return hives.At(open.hive).DeleteKey(open.key, name);
+  return zolt::WithKey(key, Purpose::writing, 0, [&](Hive &hive, OpenKey const &open) {
+    return hive.DeleteKey(open.key, name);
+  });
 }
 
 int32_t RegEnumValueA(HKEY key, uint32_t index, char *name, uint32_t *nameLength, uint32_t *,
                       uint32_t *type, uint8_t *data, uint32_t *size) {
   std::string found;
-  OpenKey open{};
-  int32_t result = zolt::NameAt(key, zolt::NameLists::Kind::values, index, &found, &open);
+  int32_t result = zolt::NameAt(key, zolt::NameLists::Kind::values, index, &found);
   if (result == ERROR_SUCCESS) result = zolt::CopyName(found, name, nameLength);
-  if (result != ERROR_SUCCESS || (type == nullptr && data == nullptr && size == nullptr))
+  if (result != ERROR_SUCCESS || (type == nullptr && data == nullptr && size == nullptr)) {
     return result;
+  }
   return RegQueryValueExA(key, found.c_str(), nullptr, type, data, size);
 }
 
 int32_t RegEnumKeyExA(HKEY key, uint32_t index, char *name, uint32_t *nameLength, uint32_t *,
                       char *, uint32_t *, void *) {
   std::string found;
-  OpenKey open{};
-  int32_t const result = zolt::NameAt(key, zolt::NameLists::Kind::keys, index, &found, &open);
+  int32_t const result = zolt::NameAt(key, zolt::NameLists::Kind::keys, index, &found);
   return result == ERROR_SUCCESS ? zolt::CopyName(found, name, nameLength) : result;
 }

@@ -217,6 +217,10 @@ void SharedFile::Share() {
   SetLock(descriptor_, F_RDLCK);
 }
 
+void SharedFile::Unlink() const {
+  if (InPlace()) unlink(path_.c_str());
+}
+
 bool SharedFile::TakeAlone() {
   return descriptor_ >= 0 && SetLock(descriptor_, F_WRLCK);
 }

@@ -75,6 +75,10 @@ class SharedFile {
   bool TakeAlone();
   void Share();
 
+  // Removes the file from its place. It must have been taken alone: whoever waits to attach then
+  // finds it gone and makes a new one.
+  void Unlink() const;
+
  private:
   Failure Fail(Failure failure) const;
   Failure OpenFile();
