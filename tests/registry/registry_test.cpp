@@ -145,6 +145,31 @@ TEST_P(RegistryTest, WalksAcrossStretchesOfNames) {
   for (int i = 0; i < count; i++) ASSERT_EQ(names[static_cast<size_t>(i)], "v" + std::to_string(i));
 }
 
+TEST_P(RegistryTest, WhatATransactionWroteLastIsWhatIsRead) {
+  Key const key(GetParam());
+  std::string const large(2000, 'L');
+  HiveTransaction transaction(GetParam());
+  ASSERT_EQ(transaction.Begin(), ERROR_SUCCESS);
+  key.Set("Spelled", "1");
+  key.Set("SPELLED", "2");
+  key.Set("grown", "small");
+  key.SetBytes("grown", 3, large);
+  key.Set("shrunk", large);
+  key.Set("shrunk", "small");
+  key.Set("gone", "1");
+  RegDeleteValueA(key.handle, "GONE");
+  key.Set("back", "1");
+  RegDeleteValueA(key.handle, "back");
+  key.Set("back", "2");
+  ASSERT_EQ(transaction.Commit(), ERROR_SUCCESS);
+  EXPECT_EQ(key.Get("Spelled"), "2");
+  EXPECT_EQ(key.Get("spelled"), "2");
+  EXPECT_EQ(key.GetBytes("grown"), large);
+  EXPECT_EQ(key.Get("shrunk"), "small");
+  EXPECT_EQ(key.Get("gone"), "!2");
+  EXPECT_EQ(key.Get("back"), "2");
+}
+
 TEST_P(RegistryTest, KeysComeAndGo) {
   Key const key(GetParam());
   HKEY child = 0;

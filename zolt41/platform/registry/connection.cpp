@@ -173,6 +173,7 @@ void Connection::Close() {
   }
   sqlite3_close(database_);
   database_ = nullptr;
+  file_ = nullptr;
 }
 
 Failure Connection::Execute(char const *text) {
@@ -195,16 +196,18 @@ sqlite3_stmt *Connection::Prepare(Sql sql) {
   return statement;
 }
 
-uint64_t Connection::LogState() const {
+uint64_t Connection::LogState() {
   // The head of the log's index, in SQLite's own mapping of it; the third word counts commits, and
   // the salt two words of the log tell one log from the next.
-  sqlite3_file *file = nullptr;
-  if (sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
-      file->pMethods == nullptr || file->pMethods->iVersion < 2) {
-    return 0;
+  if (file_ == nullptr) {
+    sqlite3_file_control(database_, "main", SQLITE_FCNTL_FILE_POINTER, &file_);
+    if (file_ == nullptr || file_->pMethods == nullptr || file_->pMethods->iVersion < 2) {
+      file_ = nullptr;
+      return 0;
+    }
   }
   void volatile *region = nullptr;
-  if (file->pMethods->xShmMap(file, 0, 32768, 0, &region) != SQLITE_OK || region == nullptr)
+  if (file_->pMethods->xShmMap(file_, 0, 32768, 0, &region) != SQLITE_OK || region == nullptr)
     return 0;
   auto const *words = static_cast<uint32_t const volatile *>(region);
   return static_cast<uint64_t>(words[8]) << 32 | words[2];

@@ -74,7 +74,7 @@ class Connection {
   Failure Fail(int result);
 
   // A number that changes with every commit to the log, whoever made it.
-  uint64_t LogState() const;
+  uint64_t LogState();
 
   // Moves the log into the file and lets it begin anew; with `empty` it also gives its space back,
   // so the next one to open the hive has no log to read. False if a reader or an error held it
@@ -87,6 +87,7 @@ class Connection {
   Failure ReadLayout(bool *found);
 
   sqlite3 *database_ = nullptr;
+  sqlite3_file *file_ = nullptr;
   bool unfilled_ = false;
   std::string path_;
   std::array<sqlite3_stmt *, static_cast<size_t>(Sql::count)> statements_{};

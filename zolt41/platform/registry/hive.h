@@ -140,6 +140,9 @@ class Hive {
   int32_t Change(std::initializer_list<uint16_t> words, bool all, Run run);
   template <typename Body>
   int32_t AsTransaction(Body body);
+  void KeepWritten(HiveKey key, std::string_view name, uint32_t type, void const *data,
+                   uint32_t size);
+  void FillWritten();
   Failure OpenWriter();
   void AfterCommit();
   void EndTransaction();
@@ -191,6 +194,14 @@ class Hive {
   bool dirtyAll_ = false;
   uint64_t changeSerial_ = 0;
   NameLists ownLists_;
+  struct Written {
+    int64_t key;
+    std::string name;
+    uint32_t type;
+    std::string data;
+    uint32_t size;  // or ValueCache::kAbsent
+  };
+  std::vector<Written> written_;
 
   // After a wait in vain, and until as long again has passed, nobody waits that long anew.
   std::atomic<int64_t> impatientUntil_{0};

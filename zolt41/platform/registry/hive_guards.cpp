@@ -45,8 +45,10 @@ Hive::Writing::~Writing() {
 
 Failure Hive::Writing::OpenForWriting() {
   std::lock_guard const read(hive_.readLock_);
-  bool const useless = hive_.state_ == State::missing || hive_.state_ == State::copy;
-  if (useless || hive_.NeedsOpening()) {
+  // Whether the user's file is still the same is looked at under the mutex, in a moment.
+  bool const open =
+      hive_.state_ == State::shared || (hive_.state_ == State::journal && !hive_.NeedsOpening());
+  if (!open) {
     Failure const failure = hive_.Open(true);
     if (failure != Failure::none) return failure;
   }

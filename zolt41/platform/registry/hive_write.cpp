@@ -20,6 +20,9 @@ constexpr GiveRow kGiveRows[] = {
     {Failure::io, ERROR_REGISTRY_IO_FAILED},
 };
 
+// How many values of one transaction are kept in the cache.
+constexpr size_t kMostKept = 1024;
+
 uint16_t Word(uint32_t index) {
   return static_cast<uint16_t>(index);
 }
@@ -74,6 +77,40 @@ int32_t Hive::Change(std::initializer_list<uint16_t> words, bool all, Run run) {
   return Give(failure);
 }
 
+// What was written is read next, as likely as not: it is kept as if it had been read. Under the
+// mutex nobody else can have changed it since; the machine's tree has no such moment.
+void Hive::KeepWritten(HiveKey key, std::string_view name, uint32_t type, void const *data,
+                       uint32_t size) {
+  if (kind_ != Kind::user) return;
+  bool const absent = size == ValueCache::kAbsent;
+  if (OwnTransaction()) {
+    bool const small = !absent && size <= ValueCache::kMaxDataSize;
+    std::string_view const bytes(static_cast<char const *>(data), small ? size : 0);
+    if (written_.size() <= kMostKept) {
+      written_.push_back({key.id, std::string(name), type, std::string(bytes), size});
+    }
+    return;
+  }
+  uint32_t const word = ValueWord(key.id, name);
+  Stamp stamp{};
+  if (Vouched(word, &stamp)) cache_.Fill({index_, key.id, name}, word, stamp, type, data, size);
+}
+
+void Hive::FillWritten() {
+  // The list is not complete, or a key went with all its values.
+  if (written_.size() > kMostKept || dirtyAll_) return;
+  // Of all that was written under one word, perhaps under one name in two spellings, only the last
+  // is known to stand.
+  for (auto value = written_.rbegin(); value != written_.rend(); ++value) {
+    uint32_t const word = ValueWord(value->key, value->name);
+    Stamp stamp{};
+    if (!dirty_[word] || !Vouched(word, &stamp)) continue;
+    dirty_.reset(word);
+    cache_.Fill({index_, value->key, value->name}, word, stamp, value->type, value->data.data(),
+                value->size);
+  }
+}
+
 void Hive::AfterCommit() {
   if (kind_ != Kind::user || !words_->CountCommit()) return;
   words_->Checkpointed(writer_.Checkpoint(false));
@@ -122,6 +159,7 @@ int32_t Hive::Commit() {
     return Give(failure);
   }
   AfterCommit();
+  FillWritten();
   EndTransaction();
   return ERROR_SUCCESS;
 }
@@ -136,6 +174,7 @@ void Hive::EndTransaction() {
   for (uint16_t const word : dirtyList_) dirty_.reset(word);
   dirtyList_.clear();
   dirtyAll_ = false;
+  written_.clear();
   ownLists_.Forget();
   transactionOwner_.store(0, std::memory_order_relaxed);
   transaction_.reset();
@@ -154,11 +193,16 @@ int32_t Hive::WriteValue(HiveKey key, std::string_view name, uint32_t type, void
   };
   // Nearly every write meets a value that is there, which leaves the list of values alone.
   int32_t const updated = Change({word}, false, [&] { return write(Sql::update_value); });
-  if (updated != ERROR_SUCCESS || sqlite3_changes(writer_.database()) != 0) return updated;
+  if (updated != ERROR_SUCCESS || sqlite3_changes(writer_.database()) != 0) {
+    if (updated == ERROR_SUCCESS) KeepWritten(key, name, type, data, size);
+    return updated;
+  }
   int32_t const inserted =
       Change({word, Word(ShapeWord(key.id))}, false, [&] { return write(Sql::insert_value); });
   if (inserted != ERROR_SUCCESS) return inserted;
-  return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+  if (sqlite3_changes(writer_.database()) == 0) return ERROR_KEY_DELETED;
+  KeepWritten(key, name, type, data, size);
+  return ERROR_SUCCESS;
 }
 
 int32_t Hive::DeleteValue(HiveKey key, std::string_view name) {
@@ -169,7 +213,9 @@ int32_t Hive::DeleteValue(HiveKey key, std::string_view name) {
       {Word(ValueWord(key.id, name)), Word(ShapeWord(key.id))}, false,
       [&] { return Use(writer_, Sql::delete_value).Bind(key.id).Bind(stored.text()).Done(); });
   if (result != ERROR_SUCCESS) return result;
-  return sqlite3_changes(writer_.database()) != 0 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+  bool const existed = sqlite3_changes(writer_.database()) != 0;
+  KeepWritten(key, name, 0, "", ValueCache::kAbsent);
+  return existed ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
 
 int32_t Hive::CreateKey(HiveKey parent, std::string_view name, HiveKey *key, bool *made) {

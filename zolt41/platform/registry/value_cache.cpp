@@ -290,7 +290,9 @@ ValueCache::Slot *ValueCache::NewSlot(uint32_t sizeClass) {
   size_t const bytes = kSlotSizes[sizeClass];
   if (static_cast<size_t>(blockEnd_ - blockNext_) * 8 < bytes) {
     if (slotBytes_ + kBlockBytes > kMaxSlotBytes) return nullptr;
-    blocks_.emplace_back(new uint64_t[kBlockBytes / 8]());
+    // Fresh pages come zeroed from the system, and only those that are used.
+    blocks_.emplace_back(static_cast<uint64_t *>(std::calloc(kBlockBytes, 1)));
+    if (blocks_.back() == nullptr) return nullptr;
     slotBytes_ += kBlockBytes;
     blockNext_ = blocks_.back().get();
     blockEnd_ = blockNext_ + kBlockBytes / 8;

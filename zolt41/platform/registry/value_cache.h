@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <string_view>
@@ -74,6 +75,9 @@ class ValueCache {
   struct Slot;
   struct Bucket;
   struct Table;
+  struct Free {
+    void operator()(uint64_t *block) const { std::free(block); }
+  };
 
   Slot *FindSlot(uint64_t hash, Key const &key) const;
   Slot *TakeSlot(uint32_t sizeClass);
@@ -86,7 +90,7 @@ class ValueCache {
   std::atomic<Table *> table_;
   std::mutex fillLock_;
   std::vector<std::unique_ptr<Table>> tables_;
-  std::vector<std::unique_ptr<uint64_t[]>> blocks_;
+  std::vector<std::unique_ptr<uint64_t, Free>> blocks_;
   std::vector<Slot *> free_[4];
   uint64_t *blockNext_ = nullptr;
   uint64_t *blockEnd_ = nullptr;

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -15,15 +16,17 @@
 namespace zolt {
 namespace {
 
+using BootId = std::array<uint8_t, 16>;
+
 // The id that the kernel draws at each start of the machine; zero bytes if it cannot be read.
-void ReadBootId(uint8_t *id) {
-  std::memset(id, 0, 16);
+BootId ReadBootId() {
+  BootId id{};
   int const file = open("/proc/sys/kernel/random/boot_id", O_RDONLY | O_CLOEXEC);
-  if (file < 0) return;
+  if (file < 0) return id;
   char text[36];
   bool const whole = read(file, text, sizeof text) == static_cast<ssize_t>(sizeof text);
   close(file);
-  if (!whole) return;
+  if (!whole) return id;
   size_t nibble = 0;
   for (char const c : text) {
     if (c == '-') continue;
@@ -31,6 +34,12 @@ void ReadBootId(uint8_t *id) {
     id[nibble / 2] = static_cast<uint8_t>(id[nibble / 2] << 4 | (digit & 15));
     nibble++;
   }
+  return id;
+}
+
+BootId const &ThisBoot() {
+  static BootId const id = ReadBootId();
+  return id;
 }
 
 uint64_t ProcessNamespace() {
@@ -103,7 +112,7 @@ Failure SharedFile::Reset(Format const &format, std::function<void(void *, bool)
   reset(block_, kept);
   header->layout = format.layout;
   header->size = format.size;
-  ReadBootId(header->bootId);
+  std::memcpy(header->bootId, ThisBoot().data(), sizeof header->bootId);
   header->processNamespace = ProcessNamespace();
   header->magic.store(format.magic, std::memory_order_release);
   return Failure::none;
@@ -123,10 +132,10 @@ Failure SharedFile::AttachShared(Format const &format, bool *again) {
   if (*again) return Failure::none;
   if (magic != format.magic) return Fail(Failure::damaged);
   if (header->layout != format.layout || size != format.size) return Fail(Failure::newer);
-  uint8_t bootId[16];
-  ReadBootId(bootId);
   // Somebody holds it who lives in another run of a machine: a directory shared by two machines.
-  if (std::memcmp(bootId, header->bootId, sizeof bootId) != 0) return Fail(Failure::denied);
+  if (std::memcmp(ThisBoot().data(), header->bootId, sizeof header->bootId) != 0) {
+    return Fail(Failure::denied);
+  }
   return Failure::none;
 }
 
