@@ -12,10 +12,12 @@ namespace zolt::tool {
 namespace {
 
 constexpr std::array kLevels = {
-    Level{"user", PrefLevelUser, GetUserPrefs, HKEY_CURRENT_USER},
-    Level{"system", PrefLevelSystem, GetSystemPrefs, HKEY_LOCAL_MACHINE},
-    Level{"shared-user", PrefLevelSharedUser, GetSharedUserPrefs, HKEY_CURRENT_USER},
-    Level{"shared-system", PrefLevelSharedSystem, GetSharedSystemPrefs, HKEY_LOCAL_MACHINE},
+    Level{"user", PrefLevelUser, PrefLevelSystem, GetUserPrefs, HKEY_CURRENT_USER},
+    Level{"system", PrefLevelSystem, PrefLevelThis, GetSystemPrefs, HKEY_LOCAL_MACHINE},
+    Level{"shared-user", PrefLevelSharedUser, PrefLevelSharedSystem, GetSharedUserPrefs,
+          HKEY_CURRENT_USER},
+    Level{"shared-system", PrefLevelSharedSystem, PrefLevelThis, GetSharedSystemPrefs,
+          HKEY_LOCAL_MACHINE},
 };
 
 }  // namespace
@@ -32,9 +34,9 @@ Level const &LevelNamed(std::string_view name) {
 }
 
 std::vector<Level const *> Chain(Level const &first) {
-  std::vector<Level const *> chain;
-  for (TYPrefs *store = first.store(); store != nullptr; store = store->GetParent()) {
-    chain.push_back(&*std::ranges::find(kLevels, store->Level(), &Level::level));
+  std::vector<Level const *> chain = {&first};
+  while (chain.back()->parent != PrefLevelThis) {
+    chain.push_back(&*std::ranges::find(kLevels, chain.back()->parent, &Level::level));
   }
   return chain;
 }

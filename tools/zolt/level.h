@@ -12,7 +12,8 @@ namespace zolt::tool {
 struct Level {
   std::string_view name;
   PrefLevel level;
-  WinPrefs *(*store)();
+  PrefLevel parent;      // where a read goes on, or PrefLevelThis
+  WinPrefs *(*store)();  // between start and stop of the library
   HKEY root;
 };
 

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string>
 
@@ -40,6 +41,9 @@ std::string OwnerOf(std::string const &path) {
 // The library would end a longer path, or one with an empty name, before its end.
 constexpr size_t kLongestTree = 254;
 
+// The tree that the options name, in the local code page; empty for the default ones.
+std::string tree;
+
 std::string TreeOf(Arguments const &arguments) {
   if (!arguments.Has(OptionId::tree)) return "";
   std::string_view const path = arguments.Value(OptionId::tree);
@@ -51,16 +55,32 @@ std::string TreeOf(Arguments const &arguments) {
 
 }  // namespace
 
-LibrarySession::LibrarySession(Arguments const &arguments, Settings const &settings) {
+void PrepareLibrary(Arguments const &arguments, Settings const &settings) {
   if (arguments.Has(OptionId::home)) {
     std::string const home(arguments.Value(OptionId::home));
     if (home.empty()) Refuse("--home", "names no directory");
     setenv("ZOLT_HOME", home.c_str(), 1);
   }
   ZOLTSetLockWait(settings.wait);
-  std::string const tree = TreeOf(arguments);
+  tree = TreeOf(arguments);
+}
+
+HKEY OpenTop(Level const &level) {
+  std::string path = tree;
+  if (path.empty()) {
+    path.resize(kLongestTree + 1);
+    path.resize(static_cast<size_t>(
+        ZOLTDefaultTree(level.level, path.data(), static_cast<int32_t>(path.size()))));
+  }
+  std::ranges::replace(path, ':', '\\');
+  HKEY key = 0;
+  RegOpenKeyA(level.root, path.c_str(), &key);
+  return key;
+}
+
+LibrarySession::LibrarySession() {
   InitZOLT();
-  InitPrefs(arguments.Has(OptionId::tree) ? tree.c_str() : nullptr);
+  InitPrefs(tree.empty() ? nullptr : tree.c_str());
 }
 
 LibrarySession::~LibrarySession() {

@@ -6,10 +6,19 @@
 
 namespace zolt::tool {
 
-// The library between its start and its end, in the home and the tree that the options name.
+// Settles what the options name: home, tree, how long to wait. To be called before anything is
+// asked of the library; reading needs no more than this, and makes nothing.
+void PrepareLibrary(Arguments const &arguments, Settings const &settings);
+
+// Opens the top of a store's tree where it exists. 0 if it does not; ZOLTLastFailure tells why, if
+// there is more to tell. The caller closes it.
+HKEY OpenTop(Level const &level);
+
+// The library between its start and its end, which makes the tree and its standard sections where
+// they are missing. After PrepareLibrary.
 class LibrarySession {
  public:
-  LibrarySession(Arguments const &arguments, Settings const &settings);
+  LibrarySession();
   ~LibrarySession();
   LibrarySession(LibrarySession const &) = delete;
   LibrarySession &operator=(LibrarySession const &) = delete;

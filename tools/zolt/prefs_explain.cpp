@@ -17,10 +17,10 @@ std::string Mark(Holding const &holding) {
 int Explain(Call const &call) {
   SectionPath const path = SectionPath::FromOperand(call.operands[0]);
   std::string const name = ValueName(call.operands[1]);
-  LibrarySession const session(call.arguments, call.settings);
+  PrepareLibrary(call.arguments, call.settings);
   std::vector<Level const *> const levels = ReadLevels(call.settings);
   std::vector<SectionKey> const keys = OpenAlong(levels, path);
-  if (!ExistsSomewhere(keys)) FailWithoutSection(levels, path);
+  if (!Exists(path, keys)) FailWithoutSection(levels, path);
   std::vector<Holding> const holdings = ReadHoldings(keys, name);
   if (Answer(holdings) == nullptr) FailWithoutValue(path, name, keys);
   if (call.settings.json) {

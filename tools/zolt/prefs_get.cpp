@@ -89,7 +89,7 @@ Entry Read(Wanted const &wanted, bool json) {
     if (json && wanted.type == ValueType::text) return *other;
     FailUnreadable(wanted, other->value);
   }
-  if (!ExistsSomewhere(search.keys())) FailWithoutSection(wanted.levels, wanted.path);
+  if (!Exists(wanted.path, search.keys())) FailWithoutSection(wanted.levels, wanted.path);
   FailWithoutValue(wanted.path, wanted.name, search.keys());
 }
 
@@ -131,7 +131,7 @@ int Get(Call const &call) {
     Refuse(Subject(wanted.path, wanted.name), "bytes are not written to a terminal",
            "use -o FILE, or -o - to do it all the same");
   }
-  LibrarySession const session(arguments, call.settings);
+  PrepareLibrary(arguments, call.settings);
   wanted.levels = ReadLevels(call.settings, arguments.Has(OptionId::parentFirst));
   Entry const entry = Read(wanted, call.settings.json);
   if (toOut) {

@@ -78,10 +78,10 @@ int List(Call const &call) {
   bool const recursive = call.arguments.Has(OptionId::recursive);
   SectionPath const path =
       call.operands.empty() ? SectionPath() : SectionPath::FromOperand(call.operands[0]);
-  LibrarySession const session(call.arguments, call.settings);
+  PrepareLibrary(call.arguments, call.settings);
   std::vector<Level const *> const levels = ReadLevels(call.settings);
   std::vector<SectionKey> const keys = OpenAlong(levels, path);
-  if (!ExistsSomewhere(keys)) FailWithoutSection(levels, path);
+  if (!Exists(path, keys)) FailWithoutSection(levels, path);
   Entries const entries = EntriesOf(path, keys, recursive);
   if (call.settings.json) {
     call.out.Write(EntriesDocument(entries));

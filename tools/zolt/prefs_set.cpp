@@ -101,7 +101,7 @@ void Decide(Plan const &plan, std::vector<Change> *changes) {
 
 int Set(Call const &call) {
   Plan const plan = PlanOf(call);
-  LibrarySession const session(call.arguments, call.settings);
+  PrepareLibrary(call.arguments, call.settings);
   Level const &level = *call.settings.level;
   auto const decide = [&plan](std::vector<Change> *changes) { Decide(plan, changes); };
   std::vector<Change> changes = ReadBefore(level, plan.path, plan.names);
@@ -109,6 +109,7 @@ int Set(Call const &call) {
   // What is there already needs no right to write.
   if (!call.settings.dryRun && std::ranges::any_of(changes, &Change::changes)) {
     SayWhoseStore(call.settings);
+    LibrarySession const session;
     changes = ChangeAtOnce(level, plan.path, plan.names, decide);
   }
   return ReportChanges(plan.path, changes, call.settings, call.out);

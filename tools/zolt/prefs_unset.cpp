@@ -13,7 +13,7 @@ int Unset(Call const &call) {
   std::vector<std::string> names;
   for (std::string_view const operand : call.operands.subspan(1))
     names.push_back(ValueName(operand));
-  LibrarySession const session(call.arguments, call.settings);
+  PrepareLibrary(call.arguments, call.settings);
   Level const &level = *call.settings.level;
   // What is not there needs no right to write.
   std::vector<Change> changes = ReadBefore(level, path, names);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "tools/zolt/errors.h"
+#include "tools/zolt/library_session.h"
 #include "tools/zolt/near_name.h"
 #include "tools/zolt/text.h"
 
@@ -13,10 +14,8 @@ namespace {
 constexpr uint32_t kNameSize = 16384;
 
 HKEY TopKey(Level const &level, SectionKey::Role role) {
-  HKEY const key = level.store()->SectionKey(0, 0);
-  if (key != 0) return key;
-  // An operation on the missing key leaves why it is missing.
-  level.store()->Exists(0, "");
+  HKEY const key = OpenTop(level);
+  if (key != 0 || ZOLTLastFailure(nullptr, 0) == 0) return key;
   ToolError const failure = StoreFailure(std::string(level.name) + " store");
   bool const closed = failure.kind == std::string_view("denied");
   if (role == SectionKey::Role::first || !closed) throw failure;
@@ -49,7 +48,7 @@ std::vector<std::string> Names(HKEY key, Enumerate enumerate) {
 // How many of the path's names lead to sections that exist in some store.
 size_t KnownNames(std::vector<Level const *> const &levels, SectionPath const &path) {
   size_t count = path.names().size();
-  while (count > 0 && !ExistsSomewhere(OpenAlong(levels, path.Above(count)))) count--;
+  while (count > 0 && !Exists(path.Above(count), OpenAlong(levels, path.Above(count)))) count--;
   return count;
 }
 
@@ -86,30 +85,20 @@ std::string NearSection(std::vector<Level const *> const &levels, SectionPath co
 
 SectionKey::SectionKey(Level const &level, SectionPath const &path, Role role)
     : level_(&level), key_(TopKey(level, role)) {
-  if (key_ == 0 || path.top()) return;
-  if (path.standard()) {
-    key_ = level.store()->SectionKey(path.id(), 0);
-  } else {
-    Walk(path);
-  }
-}
-
-void SectionKey::Walk(SectionPath const &path) {
   for (std::string const &name : path.names()) {
     if (key_ == 0) return;
     HKEY const below = OpenBelow(key_, name);
-    if (owned_) RegCloseKey(key_);
+    RegCloseKey(key_);
     key_ = below;
-    owned_ = true;
   }
 }
 
 SectionKey::~SectionKey() {
-  if (owned_ && key_ != 0) RegCloseKey(key_);
+  if (key_ != 0) RegCloseKey(key_);
 }
 
 SectionKey SectionKey::Below(std::string const &name) const {
-  return {*level_, key_ == 0 ? 0 : OpenBelow(key_, name), true};
+  return {*level_, key_ == 0 ? 0 : OpenBelow(key_, name)};
 }
 
 std::vector<std::string> SectionKey::ValueNames() const {
@@ -131,7 +120,8 @@ std::vector<SectionKey> OpenAlong(std::vector<Level const *> const &levels,
   return keys;
 }
 
-bool ExistsSomewhere(std::vector<SectionKey> const &keys) {
+bool Exists(SectionPath const &path, std::vector<SectionKey> const &keys) {
+  if (path.top() || path.standard()) return true;
   return std::ranges::any_of(keys, [](SectionKey const &key) { return key.key() != 0; });
 }
 

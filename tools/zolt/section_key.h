@@ -20,7 +20,7 @@ class SectionKey {
 
   SectionKey(Level const &level, SectionPath const &path, Role role);
   SectionKey(SectionKey &&other) noexcept
-      : level_(other.level_), key_(std::exchange(other.key_, 0)), owned_(other.owned_) {}
+      : level_(other.level_), key_(std::exchange(other.key_, 0)) {}
   SectionKey(SectionKey const &) = delete;
   SectionKey &operator=(SectionKey const &) = delete;
   SectionKey &operator=(SectionKey &&) = delete;
@@ -38,19 +38,18 @@ class SectionKey {
   std::vector<std::string> SectionNames() const;
 
  private:
-  SectionKey(Level const &level, HKEY key, bool owned) : level_(&level), key_(key), owned_(owned) {}
-  void Walk(SectionPath const &path);
+  SectionKey(Level const &level, HKEY key) : level_(&level), key_(key) {}
 
   Level const *level_;
   HKEY key_ = 0;
-  bool owned_ = false;
 };
 
 // The section in every store that a read asks, in its order; those that lack it have key 0.
 std::vector<SectionKey> OpenAlong(std::vector<Level const *> const &levels,
                                   SectionPath const &path);
 
-bool ExistsSomewhere(std::vector<SectionKey> const &keys);
+// The section is one that programs know, or exists in one of the stores.
+bool Exists(SectionPath const &path, std::vector<SectionKey> const &keys);
 
 // Fails with the section's name and one that is near it.
 [[noreturn]] void FailWithoutSection(std::vector<Level const *> const &levels,

@@ -4,6 +4,8 @@
 
 #include "zolt41/library/store_set.h"
 #include "zolt41/notify/channel_objects.h"
+#include "zolt41/platform/system/string_table.h"
+#include "zolt41/prefs/level_tree.h"
 #include "zolt41/prefs/stores.h"
 
 namespace {
@@ -19,6 +21,11 @@ struct PrefTreeFrame {
 constinit PrefTreeFrame *frames = nullptr;
 
 }  // namespace
+
+int32_t ZOLTDefaultTree(PrefLevel level, char *buffer, int32_t size) {
+  if (!zolt::HasTree(level)) return 0;
+  return LoadStringA(zolt::LibraryInstance(), zolt::TreeOf(level).defaultPath, buffer, size);
+}
 
 void SetPrefTree(char const *path) {
   auto *const frame = new (std::nothrow) PrefTreeFrame{};

@@ -53,8 +53,7 @@ Failure InspectHive(std::string const &path, HiveAccess *access) {
   struct stat found {};
   *access = HiveAccess::missing;
   if (lstat(path.c_str(), &found) != 0) {
-    return errno == ENOENT || errno == ENOTDIR ? Failure::none
-                                               : Refuse(FailureFromErrno(errno), path);
+    return errno == ENOENT ? Failure::none : Refuse(FailureFromErrno(errno), path);
   }
   bool const trusted = found.st_uid == geteuid() || found.st_uid == 0 || geteuid() == 0;
   if (!S_ISREG(found.st_mode) || !trusted) return Refuse(Failure::denied, path);

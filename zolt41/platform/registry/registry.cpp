@@ -252,8 +252,9 @@ int32_t RegOpenKeyA(HKEY parent, char const *name, HKEY *key) {
   int32_t const result = zolt::WithKey(
       parent, Purpose::reading, ERROR_FILE_NOT_FOUND, [&](Hive &hive, OpenKey const &open) {
         found = open;
+        found.access = KEY_READ | KEY_WRITE;
         int32_t const way = zolt::FindPath(hive, open.key, zolt::NameOf(name), &found.key, &names);
-        found.access = hive.CheckWritable() == ERROR_SUCCESS ? KEY_READ | KEY_WRITE : KEY_READ;
+        if (way == ERROR_SUCCESS && hive.CheckWritable() != ERROR_SUCCESS) found.access = KEY_READ;
         return way;
       });
   if (result != ERROR_SUCCESS) return result;
