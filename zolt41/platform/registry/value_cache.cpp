@@ -85,6 +85,16 @@ struct ValueCache::Slot {
     return static_cast<uint64_t>(size) << 32 | static_cast<uint64_t>(nameLength) << 16 | word;
   }
 
+  // Whether it is this value's, as it stands at this moment.
+  bool Holds(uint64_t wanted, std::string_view name) const {
+    auto const length = static_cast<uint16_t>(lengths.load(std::memory_order_acquire) >> 16);
+    return owner.load(std::memory_order_acquire) == wanted && length == name.size() && NameIs(name);
+  }
+
+  // Copies the value out if it still is this one's throughout, and still vouched for.
+  Result Read(uint64_t wanted, std::string_view name, StampSource const &source,
+              uint32_t *foundType, void *data, uint32_t *size) const;
+
   bool NameIs(std::string_view name) const {
     size_t word = 0;
     size_t at = 0;
@@ -96,9 +106,51 @@ struct ValueCache::Slot {
   }
 };
 
+ValueCache::Result ValueCache::Slot::Read(uint64_t wanted, std::string_view name,
+                                          StampSource const &source, uint32_t *foundType,
+                                          void *data, uint32_t *size) const {
+  uint64_t const before = sequence.load(std::memory_order_acquire);
+  if ((before & 1) != 0 || !Holds(wanted, name)) return Result::miss;
+  uint64_t const packed = lengths.load(std::memory_order_acquire);
+  Stamp const stamp{stampWord.load(std::memory_order_acquire),
+                    stampEpoch.load(std::memory_order_acquire)};
+  auto const length = static_cast<uint32_t>(packed >> 32);
+  auto const valueType = static_cast<uint32_t>(type.load(std::memory_order_acquire));
+  bool const fits = data != nullptr && length != kAbsent && length <= *size;
+  uint64_t copy[Words(kMaxDataSize)];
+  size_t const first = Words(name.size());
+  for (size_t i = 0; fits && i < Words(length) && i < Words(kMaxDataSize); i++) {
+    copy[i] = words[first + i].load(std::memory_order_acquire);
+  }
+  if (sequence.load(std::memory_order_relaxed) != before ||
+      source.Read(static_cast<uint16_t>(packed)) != stamp) {
+    return Result::miss;
+  }
+  if (length == kAbsent) return Result::absent;
+  return CopyOut(valueType, fits ? reinterpret_cast<char const *>(copy) : nullptr, length,
+                 foundType, data, size);
+}
+
 struct alignas(64) ValueCache::Bucket {
   std::atomic<uint64_t> hashes[kWays];
   std::atomic<Slot *> slots[kWays];
+
+  uint32_t Taken() const {
+    uint32_t taken = 0;
+    for (auto const &place : slots)
+      taken += place.load(std::memory_order_relaxed) != nullptr ? 1 : 0;
+    return taken;
+  }
+
+  bool Drop(Slot const *slot) {
+    for (uint32_t way = 0; way < kWays; way++) {
+      if (slots[way].load(std::memory_order_relaxed) != slot) continue;
+      hashes[way].store(0, std::memory_order_release);
+      slots[way].store(nullptr, std::memory_order_release);
+      return true;
+    }
+    return false;
+  }
 };
 
 struct ValueCache::Table {
@@ -106,7 +158,11 @@ struct ValueCache::Table {
   size_t mask;
   std::unique_ptr<Bucket[]> buckets;
 
-  Bucket &For(uint64_t hash) const { return buckets[(hash >> 32) & mask]; }
+  // Each value may lie in either of two buckets. With one alone, a few would be overfull at any
+  // size of the table, and what they hold would push itself out for ever.
+  std::array<Bucket *, 2> For(uint64_t hash) const {
+    return {&buckets[(hash >> 32) & mask], &buckets[(hash >> 8) & mask]};
+  }
 };
 
 ValueCache::ValueCache() {
@@ -121,35 +177,14 @@ ValueCache::Result ValueCache::Find(Key const &key, StampSource const &source, u
                                     void *data, uint32_t *size) {
   uint64_t const owner = OwnerOf(key);
   uint64_t const hash = HashOf(owner, key.name);
-  Bucket const &bucket = table_.load(std::memory_order_acquire)->For(hash);
-  for (uint32_t way = 0; way < kWays; way++) {
-    if (bucket.hashes[way].load(std::memory_order_acquire) != hash) continue;
-    Slot const *slot = bucket.slots[way].load(std::memory_order_acquire);
-    if (slot == nullptr) continue;
-    uint64_t const sequence = slot->sequence.load(std::memory_order_acquire);
-    uint64_t const lengths = slot->lengths.load(std::memory_order_acquire);
-    auto const nameLength = static_cast<uint16_t>(lengths >> 16);
-    if ((sequence & 1) != 0 || slot->owner.load(std::memory_order_acquire) != owner ||
-        nameLength != key.name.size() || !slot->NameIs(key.name)) {
-      continue;
+  for (Bucket const *bucket : table_.load(std::memory_order_acquire)->For(hash)) {
+    for (uint32_t way = 0; way < kWays; way++) {
+      if (bucket->hashes[way].load(std::memory_order_acquire) != hash) continue;
+      Slot const *slot = bucket->slots[way].load(std::memory_order_acquire);
+      if (slot == nullptr) continue;
+      Result const result = slot->Read(owner, key.name, source, type, data, size);
+      if (result != Result::miss) return result;
     }
-    Stamp const stamp{slot->stampWord.load(std::memory_order_acquire),
-                      slot->stampEpoch.load(std::memory_order_acquire)};
-    auto const found = static_cast<uint32_t>(lengths >> 32);
-    auto const foundType = static_cast<uint32_t>(slot->type.load(std::memory_order_acquire));
-    bool const fits = data != nullptr && found != kAbsent && found <= *size;
-    uint64_t copy[Words(kMaxDataSize)];
-    size_t const first = Words(nameLength);
-    for (size_t i = 0; fits && i < Words(found) && i < Words(kMaxDataSize); i++) {
-      copy[i] = slot->words[first + i].load(std::memory_order_acquire);
-    }
-    if (slot->sequence.load(std::memory_order_relaxed) != sequence ||
-        source.Read(static_cast<uint16_t>(lengths)) != stamp) {
-      return Result::miss;
-    }
-    if (found == kAbsent) return Result::absent;
-    return CopyOut(foundType, fits ? reinterpret_cast<char const *>(copy) : nullptr, found, type,
-                   data, size);
   }
   return Result::miss;
 }
@@ -172,14 +207,10 @@ ValueCache::Result ValueCache::CopyOut(uint32_t foundType, char const *bytes, ui
 }
 
 ValueCache::Slot *ValueCache::FindSlot(uint64_t hash, Key const &key) const {
-  Bucket const &bucket = table_.load(std::memory_order_relaxed)->For(hash);
-  for (uint32_t way = 0; way < kWays; way++) {
-    Slot *slot = bucket.slots[way].load(std::memory_order_relaxed);
-    if (slot == nullptr || slot->hash != hash) continue;
-    auto const length = static_cast<uint16_t>(slot->lengths.load(std::memory_order_relaxed) >> 16);
-    if (slot->owner.load(std::memory_order_relaxed) == OwnerOf(key) && length == key.name.size() &&
-        slot->NameIs(key.name)) {
-      return slot;
+  for (Bucket const *bucket : table_.load(std::memory_order_relaxed)->For(hash)) {
+    for (auto const &place : bucket->slots) {
+      Slot *slot = place.load(std::memory_order_relaxed);
+      if (slot != nullptr && slot->hash == hash && slot->Holds(OwnerOf(key), key.name)) return slot;
     }
   }
   return nullptr;
@@ -232,7 +263,8 @@ void ValueCache::Fill(Key const &key, uint32_t word, Stamp const &stamp, uint32_
 }
 
 void ValueCache::Place(Table *table, uint64_t hash, Slot *slot) {
-  Bucket &bucket = table->For(hash);
+  auto const [first, second] = table->For(hash);
+  Bucket &bucket = first->Taken() <= second->Taken() ? *first : *second;
   uint32_t way = 0;
   while (way < kWays && bucket.slots[way].load(std::memory_order_relaxed) != nullptr) way++;
   if (way == kWays) {
@@ -247,14 +279,10 @@ void ValueCache::Place(Table *table, uint64_t hash, Slot *slot) {
 }
 
 void ValueCache::Remove(Slot *slot, uint64_t hash) {
-  Bucket &bucket = table_.load(std::memory_order_relaxed)->For(hash);
-  for (uint32_t way = 0; way < kWays; way++) {
-    if (bucket.slots[way].load(std::memory_order_relaxed) != slot) continue;
-    bucket.hashes[way].store(0, std::memory_order_release);
-    bucket.slots[way].store(nullptr, std::memory_order_release);
-    free_[slot->sizeClass].push_back(slot);
-    used_--;
-  }
+  auto const [first, second] = table_.load(std::memory_order_relaxed)->For(hash);
+  if (!first->Drop(slot)) second->Drop(slot);
+  free_[slot->sizeClass].push_back(slot);
+  used_--;
 }
 
 ValueCache::Slot *ValueCache::TakeSlot(uint32_t sizeClass) {
