@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "zolt41/platform/registry/connection.h"
+#include "zolt41/platform/registry/directory_watch.h"
 #include "zolt41/platform/registry/generation.h"
 #include "zolt41/platform/registry/hive_file.h"
 #include "zolt41/platform/registry/key_index.h"
@@ -124,13 +125,16 @@ class Hive {
   void CloseConnections();
   void ForgetCopies();
   void CloseFiles();
-  bool NeedsOpening() const;
+  bool NeedsOpening(DirectoryWatch &watch) const;
+  bool Moved() const;
 
   // Reading; the read lock is held, or this thread's transaction is open.
   bool Stale(HiveKey key) const { return key.id != 0 && key.incarnation != Incarnation(); }
   Connection &Readable() { return OwnTransaction() ? writer_ : reader_; }
   bool Vouched(uint32_t word, Stamp *stamp) const;
   int32_t ReadFile(HiveKey key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
+  bool NameFromList(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name,
+                    int32_t *result);
   KeyIndex::Result FindListedKey(int64_t parent, std::string_view name, int64_t *key);
   int32_t LookUpKey(int64_t parent, std::string_view name, int64_t *key);
   void NoticeForeignEdit();
@@ -181,10 +185,12 @@ class Hive {
   Connection reader_;
 
   // Under the read lock.
+  DirectoryWatch readWatch_;
   KeyIndex keys_;
   NameLists lists_;
 
   // Under the write lock.
+  DirectoryWatch writeWatch_;
   Connection writer_;
   std::unique_ptr<Writing> transaction_;
   std::atomic<uint64_t> transactionOwner_{0};

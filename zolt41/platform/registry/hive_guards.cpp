@@ -18,12 +18,12 @@ Failure Hive::Reading::Enter(bool opening, bool *missing) {
   if (hive_.OwnTransaction()) return Failure::none;
   read_ = std::unique_lock(hive_.readLock_);
   bool const again = opening && hive_.state_ == State::missing;
-  if (again || hive_.NeedsOpening()) {
+  if (again || hive_.NeedsOpening(hive_.readWatch_)) {
     read_.unlock();
     std::unique_lock write(hive_.writeLock_, std::chrono::milliseconds(hive_.Patience()));
     if (!write.owns_lock()) return hive_.TimedOut();
     read_.lock();
-    if ((opening && hive_.state_ == State::missing) || hive_.NeedsOpening()) {
+    if ((opening && hive_.state_ == State::missing) || hive_.NeedsOpening(hive_.readWatch_)) {
       Failure const failure = hive_.Open(false);
       if (failure != Failure::none) return failure;
     }
@@ -46,8 +46,8 @@ Hive::Writing::~Writing() {
 Failure Hive::Writing::OpenForWriting() {
   std::lock_guard const read(hive_.readLock_);
   // Whether the user's file is still the same is looked at under the mutex, in a moment.
-  bool const open =
-      hive_.state_ == State::shared || (hive_.state_ == State::journal && !hive_.NeedsOpening());
+  bool const open = hive_.state_ == State::shared ||
+                    (hive_.state_ == State::journal && !hive_.NeedsOpening(hive_.writeWatch_));
   if (!open) {
     Failure const failure = hive_.Open(true);
     if (failure != Failure::none) return failure;
@@ -70,7 +70,7 @@ Failure Hive::Writing::Enter() {
       hive_.NotTimedOut();
       held_ = hive_.words_.get();
       // The words, or the hive, may have been replaced by others while we waited.
-      if (!held_->Linked() || hive_.NeedsOpening()) {
+      if (hive_.NeedsOpening(hive_.writeWatch_)) {
         held_->Unlock();
         held_ = nullptr;
         std::lock_guard const read(hive_.readLock_);
@@ -79,7 +79,8 @@ Failure Hive::Writing::Enter() {
       }
     }
     if (Failure failure = hive_.OpenWriter(); failure != Failure::none) return failure;
-    hive_.writer_.SetWait(hive_.Patience());
+    // Under the mutex SQLite waits for nobody.
+    if (hive_.kind_ == Kind::machine) hive_.writer_.SetWait(hive_.Patience());
     return Failure::none;
   }
   SetFailure(Failure::locked, hive_.path_);

@@ -58,7 +58,7 @@ void Hive::NotTimedOut() {
   }
 }
 
-bool Hive::NeedsOpening() const {
+bool Hive::NeedsOpening(DirectoryWatch &watch) const {
   if (state_ == State::closed) return true;
   if (state_ == State::missing) return false;
   if (state_ == State::copy) {
@@ -66,9 +66,18 @@ bool Hive::NeedsOpening() const {
     bool const due = writeFailure_ == Failure::locked && Patience() == LockWait();
     return due || StateOfHive(path_) != copied_;
   }
+  if (watch.Unchanged()) return false;
+  watch.Begin();
+  if (Moved()) return true;
+  watch.Settle();
+  return false;
+}
+
+// The hive, or the file of its words, is no longer the one that was opened.
+bool Hive::Moved() const {
   struct stat found {};
   return stat(path_.c_str(), &found) != 0 || found.st_dev != identity_.device ||
-         found.st_ino != identity_.inode;
+         found.st_ino != identity_.inode || (state_ == State::shared && !words_->Linked());
 }
 
 void Hive::CloseConnections() {
@@ -106,6 +115,9 @@ Failure Hive::Open(bool create) {
   // What is kept of the hive stays good if it is the same file with the same words.
   bool const watched = state_ == State::shared || state_ == State::journal;
   if (!watched) source_.store(nullptr, std::memory_order_release);
+  std::string const directory = std::filesystem::path(path_).parent_path();
+  readWatch_.Open(directory);
+  writeWatch_.Open(directory);
   if (failure != Failure::none) CloseFiles();
   std::lock_guard const guard(failureLock_);
   // A tree that is not there, or that is there for reading only, reads well; why it cannot be
