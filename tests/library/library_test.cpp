@@ -7,13 +7,17 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <list>
 #include <sstream>
 
 #include "tests/prefs/prefs_fixture.h"
 #include "tests/support/child.h"
+#include "tests/support/raw_hive.h"
 #include "zolt41/notify/channel_objects.h"
+#include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/system/last_failure.h"
+#include "zolt41/prefs/enum_prefs.h"
 
 namespace zolt::testing {
 namespace {
@@ -141,6 +145,44 @@ TEST(Library, AReadOnlyMachineTreeIsReadAndItsUserTreeWritten) {
   });
   EXPECT_EQ(child.Wait(), 0);
   chmod((home.path() + "/machine").c_str(), 0755);
+}
+
+TEST(Library, ADamagedTreeIsToldThroughEveryCall) {
+  TempHome home;
+  StartLibrary();
+  SystemPrefs()->SetStr(kSection, "n", "system");
+  DisposeZOLT();
+  Child child([&home](Child::Pipe &) {
+    LeaveHives();
+    std::ofstream(home.UserHive(), std::ios::trunc) << std::string(5000, 'G');
+    std::filesystem::remove(home.UserHive() + "-wal");
+    StartLibrary();
+    if (ZOLTLastFailure(nullptr, 0) != 4) return 1;
+    if (Read(UserPrefs(), "n") != "system" || ZOLTLastFailure(nullptr, 0) != 4) return 2;
+    CEnumPrefs *walk = GetUserPrefs()->GetEnum(0, kSection, "General");
+    if (walk->Next() != -1 || ZOLTLastFailure(nullptr, 0) != 4) return 3;
+    walk->Release();
+    ClearPrefSection(kSection, 0);
+    if (ZOLTLastFailure(nullptr, 0) != 4 || Read(SystemPrefs(), "n") != "-") return 4;
+    return ZOLTLastFailure(nullptr, 0) == 0 ? 0 : 5;
+  });
+  EXPECT_EQ(child.Wait(), 0);
+}
+
+TEST(Library, KeysThatOnlyAnotherProgramMakesAreSurvived) {
+  TempHome home;
+  StartLibrary();
+  UserPrefs()->SetStr(kSection, "n", "v");
+  RawHive(home.UserHive())
+      .Run(
+          "INSERT INTO key(parent,name) SELECT id,'' FROM key WHERE name='General';"
+          "INSERT INTO key(id,parent,name) SELECT 100000,id,'deep' FROM key WHERE name='General';"
+          "WITH RECURSIVE n(i) AS (SELECT 100001 UNION ALL SELECT i+1 FROM n WHERE i<150000)"
+          "INSERT INTO key(id,parent,name) SELECT i,i-1,'deep' FROM n");
+  UserPrefs()->SetStr(kSection, "miss", "makes it notice");
+  UserPrefs()->ClearSection(kSection, 0);
+  EXPECT_EQ(Read(UserPrefs(), "n"), "-");
+  DisposeZOLT();
 }
 
 TEST(Library, AStoppedHolderOfTheChannelKeepsNobodyFromStarting) {

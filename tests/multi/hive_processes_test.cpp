@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -71,6 +72,25 @@ TEST_F(HiveProcessesTest, WhatOneWritesAnotherReads) {
       EXPECT_EQ(key.Get("v"), text == "gone" ? "!2" : text) << "from the cache";
       EXPECT_EQ(key.ValueNames().size(), text == "gone" ? 0u : 1u);
     }
+  }
+}
+
+TEST_F(HiveProcessesTest, TheSameNewValueFromTwoProcessesIsRefusedToNeither) {
+  for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    { Key const key(root); }
+    auto write = [root](Child::Pipe &pipe) {
+      Key const mine(root);
+      pipe.Hear();
+      int refused = 0;
+      for (int i = 0; i < 150; i++) refused += mine.Set("n" + std::to_string(i), "x") == 0 ? 0 : 1;
+      return refused;
+    };
+    Child first(write);
+    Child second(write);
+    first.pipe().Say("go");
+    second.pipe().Say("go");
+    EXPECT_EQ(first.Wait(), 0);
+    EXPECT_EQ(second.Wait(), 0);
   }
 }
 
@@ -215,6 +235,10 @@ TEST_F(HiveProcessesTest, AReaderInTheMiddleOfACommitKeepsNothing) {
     writer.pipe().Say("");
     ASSERT_EQ(writer.pipe().Hear(), "committed");
     EXPECT_EQ(key.Get("v"), "new");
+    ZOLTSetLockWait(1000);
+    auto const start = Clock::now();
+    for (int i = 0; i < 6; i++) EXPECT_EQ(key.Get("miss" + std::to_string(i)), "!2");
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(4)) << "not a wait for each";
     writer.Signal(SIGKILL);
     EXPECT_EQ(writer.Wait(), -SIGKILL);
     ZOLTSetLockWait(60000);
@@ -344,9 +368,37 @@ TEST_F(HiveProcessesTest, AForkInsideATransactionLosesItInBoth) {
   int status = -1;
   waitpid(child, &status, 0);
   EXPECT_EQ(status, 0);
-  EXPECT_NE(transaction.Commit(), ERROR_SUCCESS);
+  HiveTransaction next(HKEY_CURRENT_USER);
+  ASSERT_EQ(next.Begin(), ERROR_SUCCESS);
+  key.Set("w", "next");
+  EXPECT_NE(transaction.Commit(), ERROR_SUCCESS) << "the next one is not its to commit";
+  EXPECT_EQ(next.Commit(), ERROR_SUCCESS);
   EXPECT_EQ(key.Get("v"), "before");
   EXPECT_EQ(key.Set("v", "after"), ERROR_SUCCESS);
+}
+
+TEST_F(HiveProcessesTest, AChildWithoutDescriptorsLeavesItsParentsLockAlone) {
+  Key const key(HKEY_CURRENT_USER);
+  key.Set("v", "1");
+  rlimit limit{};
+  getrlimit(RLIMIT_NOFILE, &limit);
+  rlimit const none{0, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  pid_t const child = fork();
+  if (child == 0) {
+    LeaveHives();
+    _exit(0);
+  }
+  setrlimit(RLIMIT_NOFILE, &limit);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  Child other([this](Child::Pipe &) {
+    Generation words;
+    return words.Attach(home_.UserSync()) == Failure::none && !words.TakeAlone() ? 0 : 1;
+  });
+  EXPECT_EQ(other.Wait(), 0);
+  EXPECT_EQ(key.Set("v", "2"), ERROR_SUCCESS);
 }
 
 TEST_F(HiveProcessesTest, AnotherIdNamespaceMayOnlyRead) {

@@ -18,9 +18,10 @@ TEST(NumberText, ScansAsTheBaseAndTheWidthSay) {
                     {"0b1", 0},
                     {"", kNone},
                     {"+-5", kNone},
-                    {"2147483648", 2147483647},
-                    {"99999999999999999999", 2147483647},
-                    {"-99999999999999999999", -2147483647 - 1}};
+                    {"2147483648", -2147483647 - 1},
+                    {"0xFFFFFFFF", -1},
+                    {"99999999999999999999", -1},
+                    {"-99999999999999999999", 0}};
   for (auto const &row : rows) {
     int32_t number = kNone;
     EXPECT_EQ(ScanNumber(row.text, &number), row.number != kNone) << row.text;

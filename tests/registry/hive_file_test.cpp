@@ -202,10 +202,13 @@ TEST_F(HiveFileTest, AHandleFollowsItsPathIntoAnotherFile) {
   Key const gone(HKEY_CURRENT_USER, "Only here");
   EXPECT_EQ(gone.Set("v", "1"), ERROR_SUCCESS);
   fs::rename(home_.path() + "/other/user.hive", home_.UserHive());
+  EXPECT_EQ(RegDeleteValueA(key.handle, "v"), ERROR_SUCCESS);
+  EXPECT_EQ(Key(HKEY_CURRENT_USER, "Decoy").Get("v"), "Decoy") << "not of another key";
   EXPECT_EQ(key.Set("w", "written"), ERROR_SUCCESS);
-  EXPECT_EQ(key.Get("v"), "Test");
+  EXPECT_EQ(key.Get("v"), "!2");
   EXPECT_EQ(gone.Get("v"), "!2");
   EXPECT_EQ(gone.Set("v", "2"), ERROR_KEY_DELETED);
+  EXPECT_EQ(LastFailure(), 6) << "the write is lost, and says so";
   EXPECT_EQ(Key(HKEY_CURRENT_USER, "Decoy").Get("w"), "!2");
   EXPECT_EQ(Key(HKEY_CURRENT_USER, "Only here").Set("v", "2"), ERROR_SUCCESS);
   EXPECT_EQ(gone.Get("v"), "2") << "made anew, and found again by its path";

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -107,6 +109,10 @@ TEST_F(DeniedTest, WithoutAMachineHiveEverythingWorksButSystemWrites) {
   EXPECT_STREQ(buffer, "mine");
   EXPECT_EQ(SystemPrefs()->ReadStr(audio, "v", buffer, "none", 0), 0);
   EXPECT_STREQ(buffer, "none");
+  CEnumPrefs *system = GetSystemPrefs()->GetEnum(0, static_cast<int32_t>(audio), "Audio");
+  EXPECT_EQ(system->CreateKey("New"), 0) << "nothing is made where nothing may be";
+  EXPECT_EQ(LastFailure(), 1);
+  system->Release();
   for (int i = 0; i < 3; i++) {
     CEnumPrefs *walk = GetUserPrefs()->GetEnum(0, 12345, "Elsewhere");
     ASSERT_NE(walk, nullptr);
@@ -134,6 +140,24 @@ TEST_F(DeniedTest, AMachineKeyThatAppearsLaterIsSeenThroughAnOldHandle) {
   });
   ASSERT_EQ(administrator.Wait(), 0);
   EXPECT_EQ(late.Get("v"), "now");
+}
+
+TEST_F(DeniedTest, AMachineHiveThatAppearsIsSeenThroughAnOldHandle) {
+  fs::create_directory(home_.path() + "/machine");
+  fs::permissions(home_.path() + "/machine", fs::perms(0500));
+  Key const early(HKEY_LOCAL_MACHINE);
+  EXPECT_EQ(early.Get("v"), "!2");
+  Child administrator([this](Child::Pipe &) {
+    fs::permissions(home_.path() + "/machine", fs::perms(0700));
+    bool const good = Key(HKEY_LOCAL_MACHINE).Set("v", "now") == ERROR_SUCCESS;
+    LeaveHives();
+    AllowMachine(false);
+    return good ? 0 : 1;
+  });
+  ASSERT_EQ(administrator.Wait(), 0);
+  auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (early.Get("v") != "now" && std::chrono::steady_clock::now() < deadline) sched_yield();
+  EXPECT_EQ(early.Get("v"), "now");
 }
 
 TEST_F(DeniedTest, AJournalThatADeadAdministratorLeftIsRolledBackInACopy) {

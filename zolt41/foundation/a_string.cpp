@@ -81,9 +81,7 @@ char *AZStrCharPos(char const *text, char c) {
 
 int32_t AZStr2Num(char const *text) {
   if (text == nullptr) return 0;
-  int64_t const number = std::strtol(text, nullptr, 10);
-  return static_cast<int32_t>(std::clamp<int64_t>(number, std::numeric_limits<int32_t>::min(),
-                                                  std::numeric_limits<int32_t>::max()));
+  return static_cast<int32_t>(std::strtol(text, nullptr, 10));
 }
 
 int32_t Num2AZStr(int32_t number, char *destination) {

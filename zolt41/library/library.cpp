@@ -1,10 +1,13 @@
 #include "zolt41/library/library.h"
 
+#include <initializer_list>
 #include <string>
 
 #include "zolt41/library/store_set.h"
 #include "zolt41/notify/channel_objects.h"
+#include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/string_table.h"
 #include "zolt41/prefs/level_tree.h"
 #include "zolt41/prefs/standard_sections.h"
@@ -84,12 +87,18 @@ int32_t InitZOLT() {
 void InitPrefs(char const *path) {
   if (initialised) return;
   zolt::ChannelGuard guard;
+  zolt::FirstFailure failure;
   if (!BuildAtOnce(path)) {
+    failure.Note();
     // The keys that the handles stand for were not kept.
     TearDown();
     Build(path);
   }
   initialised = true;
+  for (HKEY const root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    zolt::ReportHiveFailure(root);
+    failure.Note();
+  }
 }
 
 void DisposeZOLT() {

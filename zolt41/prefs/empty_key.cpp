@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "zolt41/platform/system/last_failure.h"
+
 namespace zolt {
 
 namespace {
@@ -24,22 +26,40 @@ std::vector<std::string> Names(Enumerate enumerate) {
 
 }  // namespace
 
-void EmptyKey(HKEY key) {
+namespace {
+
+// No tree that the registry makes is deeper; a deeper one is another program's work.
+constexpr int kDeepest = 512;
+
+void EmptyTo(HKEY key, int depth, FirstFailure &failure) {
   auto const value = [key](uint32_t i, char *name, uint32_t *length) {
     return RegEnumValueA(key, i, name, length, nullptr, nullptr, nullptr, nullptr);
   };
-  for (std::string const &name : Names(value)) RegDeleteValueA(key, name.c_str());
-
+  std::vector<std::string> const values = Names(value);
+  failure.Note();
+  for (std::string const &name : values) {
+    RegDeleteValueA(key, name.c_str());
+    failure.Note();
+  }
   auto const subkey = [key](uint32_t i, char *name, uint32_t *length) {
     return RegEnumKeyExA(key, i, name, length, nullptr, nullptr, nullptr, nullptr);
   };
   for (std::string const &name : Names(subkey)) {
     HKEY below = 0;
-    if (RegOpenKeyA(key, name.c_str(), &below) != ERROR_SUCCESS) return;
-    EmptyKey(below);
+    if (depth == 0 || RegOpenKeyA(key, name.c_str(), &below) != ERROR_SUCCESS) break;
+    EmptyTo(below, depth - 1, failure);
     RegCloseKey(below);
     RegDeleteKeyA(key, name.c_str());
+    failure.Note();
   }
+  failure.Note();
+}
+
+}  // namespace
+
+void EmptyKey(HKEY key) {
+  FirstFailure failure;
+  EmptyTo(key, kDeepest, failure);
 }
 
 }  // namespace zolt

@@ -2,6 +2,9 @@
 
 #include <cstring>
 
+#include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/system/last_failure.h"
+#include "zolt41/prefs/level_tree.h"
 #include "zolt41/prefs/pref_sections.h"
 #include "zolt41/prefs/section_list.h"
 #include "zolt41/prefs/text_argument.h"
@@ -50,7 +53,13 @@ void CEnumPrefs::Reset() {
   name_[0] = '\0';
 }
 
+bool CEnumPrefs::Opened() const {
+  if (key_ == 0) zolt::ReportHiveFailure(zolt::TreeOf(prefs_->Level()).root);
+  return key_ != 0;
+}
+
 int32_t CEnumPrefs::Next() {
+  if (!Opened()) return -1;
   char found[sizeof name_];
   uint32_t length = sizeof found;
   if (RegEnumValueA(key_, index_, found, &length, nullptr, nullptr, nullptr, nullptr) ==
@@ -70,6 +79,7 @@ int32_t CEnumPrefs::Next() {
 
 uint32_t CEnumPrefs::GetType() const {
   uint32_t type = 0;
+  if (!Opened()) return kNoValue;
   int32_t const result = RegQueryValueExA(key_, name_, nullptr, &type, nullptr, nullptr);
   return result == ERROR_SUCCESS ? type : kNoValue;
 }
@@ -86,7 +96,15 @@ int32_t CEnumPrefs::ReadEnum(CEnumPrefs **sub) {
 
 int32_t CEnumPrefs::CreateKey(char const *name) {
   HKEY made = 0;
-  if (RegCreateKeyA(key_, zolt::TextOrEmpty(name), &made) != ERROR_SUCCESS) return 0;
+  if (!Opened()) return 0;
+  char const *const text = zolt::TextOrEmpty(name);
+  // A tree that may not be written gives no new key, but one that is there is found.
+  if (RegCreateKeyExA(key_, text, 0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &made, nullptr) !=
+      ERROR_SUCCESS) {
+    zolt::FirstFailure failure;
+    failure.Note();
+    if (RegOpenKeyA(key_, text, &made) != ERROR_SUCCESS) return 0;
+  }
   RegCloseKey(made);
   return 1;
 }

@@ -75,6 +75,8 @@ class ZOLT_API CEnumPrefs {
   void RemoveValue(char const *name);
 
  private:
+  ZOLT_HIDDEN bool Opened() const;
+
   int32_t id_;
   HKEY key_;
   uint32_t index_ = 0;

@@ -31,13 +31,13 @@ bool ScanNumber(char const *text, int32_t *number) {
   if (negative || *text == '+') ++text;
   int const base = TakeBase(&text);
 
-  uint32_t magnitude = std::numeric_limits<uint32_t>::max();
+  // A number of 64 bits, the ends of whose range stand for what lies beyond, then its low 32 bits.
+  constexpr auto kMost = static_cast<uint64_t>(std::numeric_limits<int64_t>::max());
+  uint64_t magnitude = kMost + 1;
   auto const result = std::from_chars(text, text + std::strlen(text), magnitude, base);
   if (result.ec == std::errc::invalid_argument) return false;
-
-  int64_t const value = negative ? -int64_t{magnitude} : int64_t{magnitude};
-  *number = static_cast<int32_t>(std::clamp<int64_t>(value, std::numeric_limits<int32_t>::min(),
-                                                     std::numeric_limits<int32_t>::max()));
+  magnitude = std::min(magnitude, negative ? kMost + 1 : kMost);
+  *number = static_cast<int32_t>(static_cast<uint32_t>(negative ? 0 - magnitude : magnitude));
   return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <initializer_list>
 
+#include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/stores.h"
 
 uintptr_t RegisterPrefSection(int32_t id, char const *name) {
@@ -19,9 +20,12 @@ void UnRegisterPrefSection(int32_t id, uintptr_t sectionRecord) {
 }
 
 void ClearPrefSection(int32_t id, uintptr_t sectionRecord) {
+  zolt::FirstFailure failure;
   for (WinPrefs *const store :
-       {GetSystemPrefs(), GetSharedSystemPrefs(), GetUserPrefs(), GetSharedUserPrefs()})
+       {GetSystemPrefs(), GetSharedSystemPrefs(), GetUserPrefs(), GetSharedUserPrefs()}) {
     if (store != nullptr) store->ClearSection(static_cast<uint32_t>(id), sectionRecord);
+    failure.Note();
+  }
 }
 
 HKEY SectionKey(int32_t id, int32_t system) {

@@ -13,7 +13,9 @@ constexpr uint32_t kFirstSlots = 64;
 }  // namespace
 
 bool SectionIndex::Set(Section *newest) {
-  if ((slots_ == nullptr || count_ * 2 > mask_) && !Grow()) return false;
+  // An id that is there already needs no room, so to set it anew never fails.
+  bool const known = slots_ != nullptr && slots_[Place(newest->id)].newest != nullptr;
+  if (!known && (slots_ == nullptr || count_ * 2 > mask_) && !Grow()) return false;
   Slot &slot = slots_[Place(newest->id)];
   if (slot.newest == nullptr) ++count_;
   slot = {newest, newest->id};

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "zolt41/foundation/az_compare.h"
+#include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/number_text.h"
 #include "zolt41/prefs/stores.h"
 #include "zolt41/prefs/text_argument.h"
@@ -15,10 +16,17 @@ constexpr int32_t kNotImplemented = -2147467263;
 // Asks the stores of a chain in the order of a read until `get` gives 1 for one.
 template <typename Get>
 int32_t ReadChain(TYPrefs *own, int32_t parentFirst, Get get) {
+  // Why a store could not be asked is told even where a later one answers.
+  zolt::FirstFailure failure;
   TYPrefs *const first = parentFirst == 0 ? own : own->GetParent();
-  for (TYPrefs *store = first; store != nullptr; store = store->GetParent())
+  for (TYPrefs *store = first; store != nullptr; store = store->GetParent()) {
     if (get(store) != 0) return 1;
-  return parentFirst != 0 && get(own) != 0;
+    failure.Note();
+  }
+  if (parentFirst == 0) return 0;
+  bool const found = get(own) != 0;
+  failure.Note();
+  return found;
 }
 
 }  // namespace

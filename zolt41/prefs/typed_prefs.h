@@ -115,7 +115,7 @@ class ZOLT_API TYPrefs {
   TYPrefs *Parent() const;
 
  private:
-  TYPrefs *StoreOfLevel(PrefLevel level);
+  ZOLT_HIDDEN TYPrefs *StoreOfLevel(PrefLevel level);
 
   PrefLevel level_;
   int32_t modified_ = 0;

@@ -88,11 +88,9 @@ int32_t WinPrefs::GetFree(uint32_t section, char const *name, uint32_t /*type*/,
   if (key == 0) return 0;
   uint32_t stored = 0;
   if (RegQueryValueExA(key, name, nullptr, nullptr, nullptr, &stored) != ERROR_SUCCESS) return 0;
-  if (data != nullptr &&
-      RegQueryValueExA(key, name, nullptr, nullptr, data, &stored) != ERROR_SUCCESS)
-    return 0;
   size = stored;
-  return 1;
+  return data == nullptr ||
+         RegQueryValueExA(key, name, nullptr, nullptr, data, &stored) == ERROR_SUCCESS;
 }
 
 void WinPrefs::SetFree(uint32_t section, char const *name, uint32_t type, uint8_t const *data,

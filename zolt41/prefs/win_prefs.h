@@ -86,8 +86,8 @@ class ZOLT_API WinPrefs : public TYPrefs {
   Section *GetSectionFromID(int32_t id);
 
  private:
-  HKEY ReportedKey(HKEY key) const;
-  HKEY KeyOf(uint32_t section) const;
+  ZOLT_HIDDEN HKEY ReportedKey(HKEY key) const;
+  ZOLT_HIDDEN HKEY KeyOf(uint32_t section) const;
 
   HKEY key_ = 0;
 };

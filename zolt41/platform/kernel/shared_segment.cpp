@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <mutex>
 #include <new>
 #include <string>
@@ -74,7 +75,8 @@ Segment *Attach() {
   if (!attachment.tried) {
     attachment.tried = true;
     SharedFile::Format const format{0x315F474553535A5A, 1, sizeof(Segment)};
-    if (attachment.file.Attach(SegmentPath(), format, Reset) == Failure::none &&
+    if (attachment.file.Attach(SegmentPath(), SharedFile::Owner::self, format, Reset) ==
+            Failure::none &&
         attachment.file.ForeignNamespace()) {
       attachment.file.Detach();
     }
@@ -90,7 +92,11 @@ Segment *Attach() {
 
 std::string SegmentPath() {
   uint64_t hash = 0xCBF29CE484222325;
-  for (char const c : ResolveHomes().user) {
+  // A home that is reached through links is the same home.
+  std::error_code failed;
+  std::string const home = ResolveHomes().user;
+  std::string const resolved = std::filesystem::weakly_canonical(home, failed).string();
+  for (char const c : failed ? home : resolved) {
     hash = (hash ^ static_cast<uint8_t>(c)) * 0x100000001B3;
   }
   char name[64];

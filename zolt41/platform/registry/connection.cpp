@@ -45,8 +45,8 @@ constexpr std::array<char const *, static_cast<size_t>(Sql::count)> kStatements 
     "DELETE FROM value WHERE key=?1",
     "SELECT place,name FROM value WHERE key=?1 ORDER BY place LIMIT ?3 OFFSET ?2",
     "SELECT place,name FROM value WHERE key=?1 AND place>?2 ORDER BY place LIMIT ?3",
-    "SELECT id,name FROM key WHERE parent=?1 ORDER BY id LIMIT ?3 OFFSET ?2",
-    "SELECT id,name FROM key WHERE parent=?1 AND id>?2 ORDER BY id LIMIT ?3",
+    "SELECT id,name FROM key WHERE parent=?1 AND name<>'' ORDER BY id LIMIT ?3 OFFSET ?2",
+    "SELECT id,name FROM key WHERE parent=?1 AND id>?2 AND name<>'' ORDER BY id LIMIT ?3",
 };
 
 struct ResultRow {

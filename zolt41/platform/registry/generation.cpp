@@ -39,7 +39,7 @@ Failure Generation::Attach(std::string const &path) {
                 offsetof(Block, words) == 768 && sizeof(Block) == 33600);
   static_assert(std::atomic<uint64_t>::is_always_lock_free);
   SharedFile::Format const format{0x315F434E59535A5A, 1, sizeof(Block)};
-  return file_.Attach(path, format, [](void *memory, bool kept) {
+  return file_.Attach(path, SharedFile::Owner::of_directory, format, [](void *memory, bool kept) {
     auto *fresh = static_cast<Block *>(memory);
     Identity const identity = kept ? fresh->identity : Identity{};
     std::memset(static_cast<char *>(memory) + sizeof(SharedHeader), 0,

@@ -64,9 +64,11 @@ class Hive {
 
   int32_t NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name);
 
-  int32_t Begin();
-  int32_t Commit();
-  void Rollback();
+  // A transaction of the calling thread. The serial tells it from a later one: it may have been
+  // lost in a fork.
+  int32_t Begin(uint64_t *serial);
+  int32_t Commit(uint64_t serial);
+  void Rollback(uint64_t serial);
 
   // Whether the tree can be written, as far as can be told without writing. It was opened before.
   int32_t CheckWritable();
@@ -77,6 +79,9 @@ class Hive {
   // Changes whenever the words that vouch for the tree may have changed; for handles on keys that
   // do not exist yet.
   Stamp KeysStamp() const;
+
+  // Leaves a failure of this tree for ZOLTLastFailure.
+  void TellFailure(Failure failure);
 
   // Leaves the reason why the tree could not be opened when that was last tried.
   void ReportFailure();
@@ -120,6 +125,7 @@ class Hive {
   Failure AttachWords();
   bool MapMachineWords();
   void Watch(StampSource const &source);
+  void SetPath(std::string path);
   void Retire();
   void CountFile();
   void CloseConnections();
@@ -149,6 +155,8 @@ class Hive {
   void FillWritten();
   Failure OpenWriter();
   void AfterCommit();
+  bool IsOpen(uint64_t serial) const;
+  void Abandon();
   void EndTransaction();
 
   // How long to wait for a lock; and what comes of a wait that ended in vain or was over in time.
@@ -174,6 +182,7 @@ class Hive {
 
   // Changed with both locks held, so either of them is enough to look.
   State state_ = State::closed;
+  std::atomic<uint64_t> openings_{0};
   Failure writeFailure_ = Failure::none;
   Homes homes_{};
   std::string path_;
@@ -194,6 +203,7 @@ class Hive {
   Connection writer_;
   std::unique_ptr<Writing> transaction_;
   std::atomic<uint64_t> transactionOwner_{0};
+  uint64_t transactionSerial_ = 0;
   Failure transactionFailure_ = Failure::none;
   std::bitset<kValueWords + 1> dirty_;
   std::vector<uint16_t> dirtyList_;

@@ -32,9 +32,12 @@ Failure Hive::Reading::Enter(bool opening, bool *missing) {
   hive_.reader_.SetWait(hive_.Patience());
   // A writer may have died in the middle: then the log is to be mended, which only the owner of the
   // mutex may do. If the writer only stands still, what it had not committed is not seen.
-  if (hive_.state_ == State::shared && hive_.words_->ChangeNoted() &&
-      hive_.words_->Lock(hive_.Patience())) {
-    held_ = hive_.words_.get();
+  if (hive_.state_ == State::shared && hive_.words_->ChangeNoted()) {
+    if (hive_.words_->Lock(hive_.Patience())) {
+      held_ = hive_.words_.get();
+    } else {
+      hive_.LosePatience();
+    }
   }
   return Failure::none;
 }
@@ -62,7 +65,10 @@ Failure Hive::Writing::OpenForWriting() {
 Failure Hive::Writing::Enter() {
   write_ = std::unique_lock(hive_.writeLock_, std::chrono::milliseconds(hive_.Patience()));
   if (!write_.owns_lock()) return hive_.TimedOut();
-  if (hive_.OwnTransaction()) return hive_.transactionFailure_;
+  if (hive_.OwnTransaction()) {
+    if (hive_.transactionFailure_ != Failure::none) hive_.TellFailure(hive_.transactionFailure_);
+    return hive_.transactionFailure_;
+  }
   for (int attempt = 0; attempt < 3; attempt++) {
     if (Failure failure = OpenForWriting(); failure != Failure::none) return failure;
     if (hive_.state_ == State::shared) {

@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <new>
+#include <utility>
 
 #include "zolt41/platform/registry/hive_guards.h"
 
@@ -48,8 +50,19 @@ void Hive::LosePatience() {
 
 Failure Hive::TimedOut() {
   LosePatience();
-  SetFailure(Failure::locked, path_);
+  TellFailure(Failure::locked);
   return Failure::locked;
+}
+
+void Hive::TellFailure(Failure failure) {
+  std::lock_guard const guard(failureLock_);
+  SetFailure(failure, failedPath_);
+}
+
+void Hive::SetPath(std::string path) {
+  path_ = std::move(path);
+  std::lock_guard const guard(failureLock_);
+  failedPath_ = path_;
 }
 
 void Hive::NotTimedOut() {
@@ -107,6 +120,7 @@ void Hive::Watch(StampSource const &source) {
 
 Failure Hive::Open(bool create) {
   CloseConnections();
+  openings_.fetch_add(1, std::memory_order_relaxed);
   homes_ = ResolveHomes();
   ClearFailure();
   Failure const failure = kind_ == Kind::user ? OpenUser(create) : OpenMachine(create);
@@ -123,7 +137,6 @@ Failure Hive::Open(bool create) {
   // A tree that is not there, or that is there for reading only, reads well; why it cannot be
   // written is told when it is written.
   openFailure_ = failure;
-  failedPath_ = path_;
   return failure;
 }
 
@@ -142,7 +155,7 @@ Failure Hive::MakeFile(std::string const &directory, bool isPublic, bool create,
   if (!create) return Failure::none;
   writeFailure_ = EnsureDirectory(directory, isPublic);
   if (writeFailure_ == Failure::none) {
-    path_ = ResolveHivePath(path_);
+    SetPath(ResolveHivePath(path_));
     if (Failure failure = InspectHive(path_, access); failure != Failure::none) return failure;
     writeFailure_ = MakeHiveFile(path_, isPublic ? 0644 : 0600);
   }
@@ -169,7 +182,7 @@ Failure Hive::AttachWords() {
 }
 
 Failure Hive::OpenUser(bool create) {
-  path_ = ResolveHivePath(homes_.user + "/user.hive");
+  SetPath(ResolveHivePath(homes_.user + "/user.hive"));
   HiveAccess access = HiveAccess::missing;
   if (Failure failure = MakeFile(homes_.user, false, create, &access); failure != Failure::none) {
     return failure;
@@ -263,7 +276,7 @@ bool Hive::MapMachineWords() {
 }
 
 Failure Hive::OpenMachine(bool create) {
-  path_ = ResolveHivePath(homes_.machine + "/machine.hive");
+  SetPath(ResolveHivePath(homes_.machine + "/machine.hive"));
   HiveAccess access = HiveAccess::missing;
   if (Failure failure = MakeFile(homes_.machine, homes_.machineIsPublic, create, &access);
       failure != Failure::none) {
@@ -315,7 +328,12 @@ int32_t Hive::CheckWritable() {
 
 Stamp Hive::KeysStamp() const {
   StampSource const *source = source_.load(std::memory_order_acquire);
-  return source == nullptr ? Stamp{} : source->Read(kKeysWord);
+  if (source != nullptr) return source->Read(kKeysWord);
+  // Nothing vouches for a tree that is missing, or that a copy is read of: it is looked at anew at
+  // every opening, and otherwise once a second.
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return {openings_.load(std::memory_order_relaxed), static_cast<uint64_t>(now.tv_sec)};
 }
 
 void Hive::ReportFailure() {
@@ -334,7 +352,7 @@ void Hive::Leave() {
   std::unique_lock const write(writeLock_, std::chrono::milliseconds(Patience()));
   if (!write.owns_lock()) return;
   std::lock_guard const read(readLock_);
-  Rollback();
+  Abandon();
   bool const locked = state_ == State::shared && words_->Lock(Patience());
   if (locked && LogSize(path_) > kLongLog && words_->TakeAlone()) {
     if (writer_.open() || OpenWriter() == Failure::none)
@@ -350,7 +368,7 @@ void Hive::PrepareFork() {
   readLock_.lock();
   failureLock_.lock();
   // SQLite's locks belong to the process that took them, so a child must inherit no connection.
-  Rollback();
+  Abandon();
   bool const locked = state_ == State::shared && words_->Lock(LockWait());
   CloseConnections();
   atFork_ = StateOfHive(path_);

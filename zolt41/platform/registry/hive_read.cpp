@@ -95,11 +95,10 @@ int32_t Hive::LookUpKey(int64_t parent, std::string_view name, int64_t *key) {
 
 // What the list of keys says while the words vouch for it needs no look at the file.
 KeyIndex::Result Hive::FindListedKey(int64_t parent, std::string_view name, int64_t *key) {
+  if (OwnTransaction()) return KeyIndex::Result::unknown;
   Stamp now{};
   std::lock_guard const read(readLock_);
-  if (OwnTransaction() || !Vouched(kKeysWord, &now) || !keys_.Current(now)) {
-    return KeyIndex::Result::unknown;
-  }
+  if (!Vouched(kKeysWord, &now) || !keys_.Current(now)) return KeyIndex::Result::unknown;
   return keys_.Find(parent, StoredName(name).text(), key);
 }
 
@@ -124,9 +123,10 @@ int32_t Hive::FindKey(HiveKey parent, std::string_view name, HiveKey *key) {
 // What a list says while the words vouch for it needs no look at the file.
 bool Hive::NameFromList(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name,
                         int32_t *result) {
+  if (OwnTransaction()) return false;
   Stamp now{};
   std::lock_guard const read(readLock_);
-  if (OwnTransaction() || Stale(key) || !Vouched(ShapeWord(key.id), &now)) return false;
+  if (Stale(key) || !Vouched(ShapeWord(key.id), &now)) return false;
   NameLists::List const &list = lists_.Get(key.id, kind, now);
   std::string const *found = list.good ? list.At(index) : nullptr;
   if (found != nullptr) *name = LocalNameOf(*found);

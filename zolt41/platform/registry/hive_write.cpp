@@ -56,7 +56,10 @@ int32_t Hive::Change(std::initializer_list<uint16_t> words, bool all, Run run) {
   if (OwnTransaction()) {
     // After some errors SQLite has rolled back by itself, and a statement would stand alone.
     if (sqlite3_get_autocommit(writer_.database()) != 0) transactionFailure_ = Failure::io;
-    if (transactionFailure_ != Failure::none) return Give(transactionFailure_);
+    if (transactionFailure_ != Failure::none) {
+      SetFailure(transactionFailure_, path_);
+      return Give(transactionFailure_);
+    }
     for (uint16_t const word : words) {
       if (!dirty_[word]) dirtyList_.push_back(word);
       dirty_.set(word);
@@ -121,16 +124,17 @@ void Hive::AfterCommit() {
 template <typename Body>
 int32_t Hive::AsTransaction(Body body) {
   if (OwnTransaction()) return body();
-  if (int32_t const begun = Begin(); begun != ERROR_SUCCESS) return begun;
+  uint64_t serial = 0;
+  if (int32_t const begun = Begin(&serial); begun != ERROR_SUCCESS) return begun;
   int32_t const result = body();
   if (result != ERROR_SUCCESS) {
-    Rollback();
+    Rollback(serial);
     return result;
   }
-  return Commit();
+  return Commit(serial);
 }
 
-int32_t Hive::Begin() {
+int32_t Hive::Begin(uint64_t *serial) {
   auto writing = std::make_unique<Writing>(*this);
   if (Failure failure = writing->Enter(); failure != Failure::none) return Give(failure);
   if (OwnTransaction()) return ERROR_INVALID_PARAMETER;
@@ -138,12 +142,17 @@ int32_t Hive::Begin() {
   if (Failure failure = writer_.Run(Sql::begin); failure != Failure::none) return Give(failure);
   transaction_ = std::move(writing);
   transactionFailure_ = Failure::none;
+  *serial = ++transactionSerial_;
   transactionOwner_.store(ThreadMark(), std::memory_order_relaxed);
   return ERROR_SUCCESS;
 }
 
-int32_t Hive::Commit() {
-  if (!OwnTransaction()) return ERROR_INVALID_PARAMETER;
+bool Hive::IsOpen(uint64_t serial) const {
+  return OwnTransaction() && transactionSerial_ == serial;
+}
+
+int32_t Hive::Commit(uint64_t serial) {
+  if (!IsOpen(serial)) return ERROR_INVALID_PARAMETER;
   Failure failure = transactionFailure_;
   if (failure == Failure::none) {
     if (kind_ == Kind::user) words_->BeginChange(dirtyList_, dirtyAll_);
@@ -154,7 +163,7 @@ int32_t Hive::Commit() {
     }
   }
   if (failure != Failure::none) {
-    Rollback();
+    Rollback(serial);
     SetFailure(failure, path_);
     return Give(failure);
   }
@@ -164,7 +173,11 @@ int32_t Hive::Commit() {
   return ERROR_SUCCESS;
 }
 
-void Hive::Rollback() {
+void Hive::Rollback(uint64_t serial) {
+  if (IsOpen(serial)) Abandon();
+}
+
+void Hive::Abandon() {
   if (!OwnTransaction()) return;
   if (sqlite3_get_autocommit(writer_.database()) == 0) writer_.Run(Sql::rollback);
   EndTransaction();
@@ -182,6 +195,10 @@ void Hive::EndTransaction() {
 
 int32_t Hive::WriteValue(HiveKey key, std::string_view name, uint32_t type, void const *data,
                          uint32_t size) {
+  // The machine's tree has no mutex that would keep others from between two statements.
+  if (kind_ == Kind::machine && !OwnTransaction()) {
+    return AsTransaction([&] { return WriteValue(key, name, type, data, size); });
+  }
   Writing writing(*this);
   if (Failure failure = writing.Enter(); failure != Failure::none) return Give(failure);
   if (Stale(key)) return kStaleKey;
@@ -208,6 +225,7 @@ int32_t Hive::WriteValue(HiveKey key, std::string_view name, uint32_t type, void
 int32_t Hive::DeleteValue(HiveKey key, std::string_view name) {
   Writing writing(*this);
   if (Failure failure = writing.Enter(); failure != Failure::none) return Give(failure);
+  if (Stale(key)) return kStaleKey;
   StoredName const stored(name);
   int32_t const result = Change(
       {Word(ValueWord(key.id, name)), Word(ShapeWord(key.id))}, false,

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,7 @@ namespace {
 
 constexpr size_t kLongestKeyName = 255;
 constexpr size_t kLongestValueName = 16383;
+constexpr ptrdiff_t kDeepestKey = 512;
 constexpr uint32_t kWriteBits = KEY_WRITE & ~KEY_READ;
 
 bool Predefined(HKEY key) {
@@ -71,8 +73,23 @@ int32_t Resolve(Hives &hives, HKEY handle, OpenKey *open) {
 // For a key that is not there, or a handle for reading: says why, as far as the tree itself is to
 // blame.
 int32_t RefuseWriting(Hive &hive) {
-  hive.CheckWritable();
+  if (hive.CheckWritable() == ERROR_SUCCESS) hive.TellFailure(Failure::denied);
   return ERROR_ACCESS_DENIED;
+}
+
+int32_t KeyIsGone(Hive &hive) {
+  hive.TellFailure(Failure::io);
+  return ERROR_KEY_DELETED;
+}
+
+// What needs memory and finds none says so instead of throwing.
+template <typename Work>
+int32_t WithinMemory(Work work) {
+  try {
+    return work();
+  } catch (std::bad_alloc const &) {
+    return ERROR_NOT_ENOUGH_MEMORY;
+  }
 }
 
 enum class Purpose { reading, writing };
@@ -90,11 +107,13 @@ int32_t WithKey(HKEY handle, Purpose purpose, int32_t absent, Work work) {
     Hive &hive = hives.At(open.hive);
     if (purpose == Purpose::writing) {
       if ((open.access & kWriteBits) == 0) return RefuseWriting(hive);
-      if (open.key.id == kNoKey) return ERROR_KEY_DELETED;
+      if (open.key.id == kNoKey) return KeyIsGone(hive);
     } else if (open.key.id == kNoKey) {
       return absent;
     }
-    if (int32_t const result = work(hive, open); result != Hive::kStaleKey) return result;
+    int32_t const result = WithinMemory([&] { return work(hive, open); });
+    if (result == ERROR_KEY_DELETED) return KeyIsGone(hive);
+    if (result != Hive::kStaleKey) return result;
   }
   return ERROR_LOCK_VIOLATION;
 }
@@ -127,9 +146,11 @@ int32_t Create(HKEY parentHandle, char const *givenName, uint32_t access, HKEY *
   Hives &hives = TheHives();
   std::string_view const name = NameOf(givenName);
   *made = false;
+  ClearFailure();
   if (key == nullptr || name.size() > kLongestKeyName) return ERROR_INVALID_PARAMETER;
   *key = 0;
-  ClearFailure();
+  std::string const above = hives.handles.PathOf(parentHandle);
+  if (std::ranges::count(above, '\0') >= kDeepestKey) return ERROR_INVALID_PARAMETER;
   if (Predefined(parentHandle)) FollowEnvironment(hives);
   int32_t result = Hive::kStaleKey;
   OpenKey open{};
@@ -200,7 +221,7 @@ bool SameKey(HKEY a, HKEY b) {
 HiveTransaction::HiveTransaction(HKEY root) : root_(root) {}
 
 HiveTransaction::~HiveTransaction() {
-  if (open_) HiveOf(root_)->Rollback();
+  if (open_) HiveOf(root_)->Rollback(serial_);
 }
 
 int32_t HiveTransaction::Begin() {
@@ -208,7 +229,7 @@ int32_t HiveTransaction::Begin() {
   if (hive == nullptr || open_) return ERROR_INVALID_HANDLE;
   ClearFailure();
   FollowEnvironment(TheHives());
-  int32_t const result = hive->Begin();
+  int32_t const result = WithinMemory([&] { return hive->Begin(&serial_); });
   open_ = result == ERROR_SUCCESS;
   return result;
 }
@@ -217,7 +238,7 @@ int32_t HiveTransaction::Commit() {
   if (!open_) return ERROR_INVALID_HANDLE;
   open_ = false;
   ClearFailure();
-  return HiveOf(root_)->Commit();
+  return HiveOf(root_)->Commit(serial_);
 }
 
 }  // namespace zolt
@@ -244,6 +265,7 @@ int32_t RegCreateKeyA(HKEY parent, char const *name, HKEY *key) {
 }
 
 int32_t RegOpenKeyA(HKEY parent, char const *name, HKEY *key) {
+  zolt::ClearFailure();
   if (key == nullptr) return ERROR_INVALID_PARAMETER;
   *key = 0;
   if (zolt::Predefined(parent)) zolt::FollowEnvironment(TheHives());
@@ -269,6 +291,7 @@ int32_t RegCloseKey(HKEY key) {
 
 int32_t RegQueryValueExA(HKEY key, char const *name, uint32_t *, uint32_t *type, uint8_t *data,
                          uint32_t *size) {
+  zolt::ClearFailure();
   if (data != nullptr && size == nullptr) return ERROR_INVALID_PARAMETER;
   uint32_t foundType = 0;
   uint32_t foundSize = 0;
@@ -286,7 +309,10 @@ int32_t RegQueryValueExA(HKEY key, char const *name, uint32_t *, uint32_t *type,
 }
 
 int32_t ZOLTQueryText(HKEY key, char const *name, char *data, uint32_t *size) {
-  if (data == nullptr || size == nullptr) return ERROR_INVALID_PARAMETER;
+  if (data == nullptr || size == nullptr) {
+    zolt::ClearFailure();
+    return ERROR_INVALID_PARAMETER;
+  }
   return zolt::WithKey(key, Purpose::reading, ERROR_FILE_NOT_FOUND,
                        [&](Hive &hive, OpenKey const &open) {
                          uint32_t type = ValueCache::kText;
@@ -297,6 +323,7 @@ int32_t ZOLTQueryText(HKEY key, char const *name, char *data, uint32_t *size) {
 int32_t RegSetValueExA(HKEY key, char const *name, uint32_t, uint32_t type, uint8_t const *data,
                        uint32_t size) {
   std::string_view const text = zolt::NameOf(name);
+  zolt::ClearFailure();
   if (text.size() > zolt::kLongestValueName || (data == nullptr && size != 0)) {
     return ERROR_INVALID_PARAMETER;
   }
@@ -312,6 +339,7 @@ int32_t RegDeleteValueA(HKEY key, char const *name) {
 }
 
 int32_t RegDeleteKeyA(HKEY key, char const *name) {
+  zolt::ClearFailure();
   if (name == nullptr || *name == '\0') return ERROR_INVALID_PARAMETER;
   return zolt::WithKey(key, Purpose::writing, 0, [&](Hive &hive, OpenKey const &open) {
     return hive.DeleteKey(open.key, name);

@@ -11,16 +11,17 @@
 //
 // Names of keys and values are bytes in the local code page, ended by a NUL. They compare without
 // ASCII case and keep the spelling that they were first written with. A backslash or a colon in a
-// name is an ordinary character. A key name has at most 255 bytes, a value name at most 16,383;
-// the empty value name (or null) is the key's unnamed value.
+// name is an ordinary character. A key name has at most 255 bytes, a value name at most 16,383, and
+// a tree is at most 512 keys deep; the empty value name (or null) is the key's unnamed value.
 //
 // All functions give 0 (ERROR_SUCCESS) or one of the error numbers below, and leave the reason of
-// a failure for ZOLTLastFailure. They may be called from any thread at any time. Values that were
-// read before are read again without a system call or an allocation until somebody changes them.
+// a failure for ZOLTLastFailure. They may be called from any thread at any time. Values of up to
+// 512 bytes, with names of up to 259, that were read before are read again without a system call or
+// an allocation until somebody changes them; not so in a home that may not be written.
 //
-// After fork, parent and child may both go on using the registry and all handles that were open;
-// a HiveTransaction that was open at that moment is lost in both. After vfork, or a clone that
-// shares memory, the child may only call exec or _exit.
+// After fork, parent and child may both go on using the registry and all handles that were open. A
+// HiveTransaction of the forking thread is lost in both; fork waits for the end of another
+// thread's. After vfork, or a clone that shares memory, the child may only call exec or _exit.
 
 using HKEY = uintptr_t;
 
@@ -58,8 +59,11 @@ inline constexpr int32_t ERROR_UNSUPPORTED_TYPE = 1630;
 // empty name opens `parent` once more. `*key` is owned by the caller, who closes it.
 //
 // Where the key does not exist and cannot be made because the caller may not write the tree, the
-// call gives a handle for reading on an empty key; it shows the key's content once another
-// process has made it.
+// call gives a handle for reading on an empty key; it shows the key's content within a second after
+// another process has made it.
+//
+// A handle names a place in the tree: when the hive is replaced by another file, it stands for the
+// key of the same path there.
 ZOLT_API int32_t RegCreateKeyA(HKEY parent, char const *name, HKEY *key);
 
 // The same with the access asked for: KEY_WRITE on a tree that cannot be written gives
@@ -98,8 +102,9 @@ ZOLT_API int32_t RegSetValueExA(HKEY key, char const *name, uint32_t reserved, u
 ZOLT_API int32_t RegDeleteValueA(HKEY key, char const *name);
 
 // Deletes a subkey with its values. One that has subkeys itself is refused with
-// ERROR_ACCESS_DENIED. Handles that are still open on it read nothing and give ERROR_KEY_DELETED
-// on a write, also when a key of that name is made again.
+// ERROR_ACCESS_DENIED, and an empty name with ERROR_INVALID_PARAMETER. Handles that are still open
+// on it read nothing and give ERROR_KEY_DELETED when a value is set, also when a key of that name
+// is made again; ZOLTLastFailure then says 6.
 ZOLT_API int32_t RegDeleteKeyA(HKEY key, char const *name);
 
 // Gives the name of the value or subkey at position `index`, in the order of first writing.
@@ -134,6 +139,7 @@ class ZOLT_API HiveTransaction {
 
  private:
   HKEY root_;
+  uint64_t serial_ = 0;
   bool open_ = false;
 };
 

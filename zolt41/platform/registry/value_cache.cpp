@@ -85,9 +85,9 @@ struct ValueCache::Slot {
     return static_cast<uint64_t>(size) << 32 | static_cast<uint64_t>(nameLength) << 16 | word;
   }
 
-  // Whether it is this value's, as it stands at this moment.
-  bool Holds(uint64_t wanted, std::string_view name) const {
-    auto const length = static_cast<uint16_t>(lengths.load(std::memory_order_acquire) >> 16);
+  // Whether it is this value's, as it stands at this moment, with the lengths given.
+  bool Holds(uint64_t packed, uint64_t wanted, std::string_view name) const {
+    auto const length = static_cast<uint16_t>(packed >> 16);
     return owner.load(std::memory_order_acquire) == wanted && length == name.size() && NameIs(name);
   }
 
@@ -110,8 +110,9 @@ ValueCache::Result ValueCache::Slot::Read(uint64_t wanted, std::string_view name
                                           StampSource const &source, uint32_t *foundType,
                                           void *data, uint32_t *size) const {
   uint64_t const before = sequence.load(std::memory_order_acquire);
-  if ((before & 1) != 0 || !Holds(wanted, name)) return Result::miss;
+  // Loaded once: the two lengths in it belong together, so what they span lies within the slot.
   uint64_t const packed = lengths.load(std::memory_order_acquire);
+  if ((before & 1) != 0 || !Holds(packed, wanted, name)) return Result::miss;
   Stamp const stamp{stampWord.load(std::memory_order_acquire),
                     stampEpoch.load(std::memory_order_acquire)};
   auto const length = static_cast<uint32_t>(packed >> 32);
@@ -210,7 +211,9 @@ ValueCache::Slot *ValueCache::FindSlot(uint64_t hash, Key const &key) const {
   for (Bucket const *bucket : table_.load(std::memory_order_relaxed)->For(hash)) {
     for (auto const &place : bucket->slots) {
       Slot *slot = place.load(std::memory_order_relaxed);
-      if (slot != nullptr && slot->hash == hash && slot->Holds(OwnerOf(key), key.name)) return slot;
+      if (slot != nullptr && slot->hash == hash &&
+          slot->Holds(slot->lengths.load(std::memory_order_relaxed), OwnerOf(key), key.name))
+        return slot;
     }
   }
   return nullptr;

@@ -21,8 +21,8 @@ struct Homes {
 // /var/lib/zolt41. The environment is not heeded in a program that runs with raised rights.
 Homes ResolveHomes();
 
-// Makes the directory `path`, and those above it that are missing, with mode 0700 (the last one
-// 0755 if `isPublic`). What a privileged process makes below another user's directory belongs
+// Makes the directory `path`, and those above it that are missing, with mode 0700
+// (0755 if `isPublic`). What a privileged process makes below another user's directory belongs
 // to that user. Gives none if the directory is there afterwards.
 Failure EnsureDirectory(std::string const &path, bool isPublic);
 

@@ -51,6 +51,18 @@ Failure FailureFromErrno(int error) {
   return Failure::io;
 }
 
+void FirstFailure::Note() {
+  if (kept_ || last.failure == Failure::none) return;
+  kept_ = true;
+  failure_ = last.failure;
+  length_ = last.length;
+  std::memcpy(subject_, last.subject, length_);
+}
+
+void FirstFailure::Restore() const {
+  SetFailure(failure_, {subject_, length_});
+}
+
 uint32_t LockWait() {
   return lockWait.load(std::memory_order_relaxed);
 }

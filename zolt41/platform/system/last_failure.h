@@ -18,9 +18,11 @@
 //   5  newer: the file was written by a newer version of the library
 //   6  another I/O failure
 //   7  a time-out
-// If `subject` is not null, the path of the file or the name of the key that the failure concerns
-// is copied into it, cut to `size` - 1 bytes and ended with a NUL; it is empty with result 0.
-// Each thread has a word of its own; no call of another thread changes it.
+// Of an operation that is made of several, the first that failed counts, also where a later one
+// gave what was asked for. If `subject` is not null, the path of the file or the name of the key
+// that the failure concerns is copied into it, cut to `size` - 1 bytes, and to 256, and ended with
+// a NUL; it is empty with result 0. Each thread has a word of its own; no call of another thread
+// changes it.
 ZOLT_API int32_t ZOLTLastFailure(char *subject, uint32_t size);
 
 // How long, in milliseconds, the process waits for a lock that another process holds before an
@@ -47,6 +49,28 @@ void SetFailure(Failure failure, std::string_view subject);
 Failure FailureFromErrno(int error);
 
 uint32_t LockWait();
+
+// The first failure among several operations that are one to the caller: noted after each of them,
+// and left for ZOLTLastFailure at the end.
+class FirstFailure {
+ public:
+  FirstFailure() : kept_(false) {}
+  ~FirstFailure() {
+    if (kept_) Restore();
+  }
+  FirstFailure(FirstFailure const &) = delete;
+  FirstFailure &operator=(FirstFailure const &) = delete;
+
+  void Note();
+
+ private:
+  void Restore() const;
+
+  bool kept_;
+  Failure failure_;
+  uint32_t length_;
+  char subject_[256];
+};
 
 }  // namespace zolt
 

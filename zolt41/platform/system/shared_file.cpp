@@ -62,20 +62,30 @@ Failure SharedFile::Fail(Failure failure) const {
 }
 
 Failure SharedFile::OpenFile() {
-  bool const wasThere = access(path_.c_str(), F_OK) == 0;
-  descriptor_ = open(path_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+  constexpr int kFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW;
+  descriptor_ = open(path_.c_str(), kFlags);
+  if (descriptor_ < 0 && errno == ENOENT) {
+    // Made by nobody else, so it is ours; a loser of this race opens the winner's.
+    descriptor_ = open(path_.c_str(), kFlags | O_CREAT | O_EXCL, 0600);
+    if (descriptor_ >= 0) {
+      if (owner_ == Owner::of_directory) GiveToOwnerOfParent(path_);
+    } else if (errno == EEXIST) {
+      descriptor_ = open(path_.c_str(), kFlags);
+    }
+  }
   if (descriptor_ < 0) return Fail(FailureFromErrno(errno));
-  if (!wasThere) GiveToOwnerOfParent(path_);
   return CheckOwner();
 }
 
 Failure SharedFile::CheckOwner() const {
   struct stat found {};
   if (fstat(descriptor_, &found) != 0) return Fail(FailureFromErrno(errno));
-  bool const ours = found.st_uid == geteuid() || geteuid() == 0;
+  bool const lent = owner_ == Owner::of_directory && geteuid() == 0;
+  bool const ours = found.st_uid == geteuid() || lent;
   bool const closed = (found.st_mode & 077) == 0;
-  if (!S_ISREG(found.st_mode) || !ours || !closed || found.st_nlink > 1)
+  if (!S_ISREG(found.st_mode) || !ours || !closed || found.st_nlink > 1) {
     return Fail(Failure::denied);
+  }
   return Failure::none;
 }
 
@@ -139,10 +149,11 @@ Failure SharedFile::AttachShared(Format const &format, bool *again) {
   return Failure::none;
 }
 
-Failure SharedFile::Attach(std::string const &path, Format const &format,
+Failure SharedFile::Attach(std::string const &path, Owner owner, Format const &format,
                            std::function<void(void *, bool)> const &reset) {
   Detach();
   path_ = path;
+  owner_ = owner;
   auto const deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(LockWait());
   Failure failure = Failure::none;
   for (;;) {
@@ -201,9 +212,13 @@ void SharedFile::ReattachInChild() {
       mmap(block_, size_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, own, 0) == block_) {
     close(descriptor_);
     descriptor_ = own;
-  } else if (own >= 0) {
-    close(own);
+    return;
   }
+  // The lock stays the parent's to give up. Without a descriptor the file counts as moved, and is
+  // attached to anew at the next need.
+  if (own >= 0) close(own);
+  close(descriptor_);
+  descriptor_ = -1;
 }
 
 bool SharedFile::ForeignNamespace() const {

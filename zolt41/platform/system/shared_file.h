@@ -33,6 +33,10 @@ class SharedFile {
     uint32_t size;
   };
 
+  // Who may have made the file: this user alone, or whoever owns the directory that it lies in, for
+  // a privileged process that works on another user's home.
+  enum class Owner { self, of_directory };
+
   SharedFile() = default;
   ~SharedFile() { Detach(); }
   SharedFile(SharedFile const &) = delete;
@@ -43,7 +47,7 @@ class SharedFile {
   // around the call. Fails with denied (no right to it, another user's file, open to others, a
   // link), newer (in use by another layout), locked (the reset takes longer than the wait),
   // full or io. Not safe against a second thread.
-  Failure Attach(std::string const &path, Format const &format,
+  Failure Attach(std::string const &path, Owner owner, Format const &format,
                  std::function<void(void *block, bool kept)> const &reset);
 
   // Gives up lock and mapping.
@@ -88,6 +92,7 @@ class SharedFile {
   SharedHeader *Map(uint32_t size, Failure *failure);
 
   std::string path_;
+  Owner owner_ = Owner::self;
   int descriptor_ = -1;
   void *block_ = nullptr;
   uint32_t size_ = 0;
