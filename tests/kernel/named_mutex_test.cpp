@@ -108,7 +108,7 @@ TEST_F(NamedMutexTest, TheSegmentIsForItsUserAloneAndGoesWithTheLast) {
   WaitForSingleObject(mutex_, 0);
   ReleaseMutex(mutex_);
   EXPECT_EQ(std::filesystem::status(SegmentPath()).permissions(), std::filesystem::perms(0600));
-  Child other([this](Child::Pipe &) {
+  Child other([](Child::Pipe &) {
     DetachSegment();
     return std::filesystem::exists(SegmentPath()) ? 0 : 1;
   });

@@ -311,7 +311,7 @@ TEST_F(HiveFileTest, AFullDiskLosesNothingThatWasKept) {
 
 TEST_F(HiveFileTest, AFullDiskAtTheFirstStartIsFullAndLeavesNothingInTheWay) {
   // Whichever file meets the end of the space first.
-  for (rlim_t const size : {0, 1000, 8192, 20000, 33600, 40000, 60000, 80000}) {
+  for (rlim_t const size : {0u, 1000u, 8192u, 20000u, 33600u, 40000u, 60000u, 80000u}) {
     Child first([&](Child::Pipe &) {
       signal(SIGXFSZ, SIG_IGN);
       rlimit const limit{size, size};

@@ -102,6 +102,7 @@ Failure Connection::Fail(int result) {
 Failure Connection::Open(std::string const &path, Mode mode, Journal journal, uint32_t wait) {
   Close();
   unfilled_ = false;
+  logged_ = false;
   path_ = path;
   int const access = mode == Mode::read ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   int const result = sqlite3_open_v2(path.c_str(), &database_,
@@ -117,6 +118,10 @@ Failure Connection::Open(std::string const &path, Mode mode, Journal journal, ui
     sqlite3_wal_autocheckpoint(database_, 0);
     if (mode == Mode::copy) failure = Execute("PRAGMA locking_mode=EXCLUSIVE");
     if (failure == Failure::none) failure = CheckLayout(mode, journal);
+    bool const writes = mode == Mode::write || mode == Mode::create;
+    if (failure == Failure::none && writes && !unfilled_ && journal == Journal::log) {
+      failure = SwitchLogOn();
+    }
   }
   if (failure != Failure::none) Close();
   return failure;
@@ -151,6 +156,20 @@ Failure Connection::CheckLayout(Mode mode, Journal journal) {
   if (ReadLayout(&found) == Failure::none && found) return Failure::none;
   SetFailure(making, path_);
   return making;
+}
+
+// A foreign program may have switched it off. A commit survives the end of the process at once, and
+// a power cut from the next checkpoint on.
+Failure Connection::SwitchLogOn() {
+  auto const keep = [](void *to, int, char **columns, char **) {
+    *static_cast<bool *>(to) = columns[0] != nullptr && std::string_view(columns[0]) == "wal";
+    return 0;
+  };
+  int result = sqlite3_exec(database_, "PRAGMA journal_mode=WAL", keep, &logged_, nullptr);
+  if (result == SQLITE_OK) {
+    result = sqlite3_exec(database_, "PRAGMA synchronous=NORMAL", nullptr, nullptr, nullptr);
+  }
+  return result == SQLITE_OK ? Failure::none : Fail(result);
 }
 
 Failure Connection::MakeTables(Journal journal) {
@@ -197,6 +216,8 @@ sqlite3_stmt *Connection::Prepare(Sql sql) {
 }
 
 uint64_t Connection::LogState() {
+  // Without a log SQLite would make an index for it here and never take it away.
+  if (!logged_) return 0;
   // The head of the log's index, in SQLite's own mapping of it; the third word counts commits, and
   // the salt two words of the log tell one log from the next.
   if (file_ == nullptr) {

@@ -85,10 +85,12 @@ class Connection {
   Failure MakeTables(Journal journal);
   Failure CheckLayout(Mode mode, Journal journal);
   Failure ReadLayout(bool *found);
+  Failure SwitchLogOn();
 
   sqlite3 *database_ = nullptr;
   sqlite3_file *file_ = nullptr;
   bool unfilled_ = false;
+  bool logged_ = false;
   std::string path_;
   std::array<sqlite3_stmt *, static_cast<size_t>(Sql::count)> statements_{};
 };

@@ -309,13 +309,7 @@ Failure Hive::OpenWriter() {
   if (writer_.open()) return Failure::none;
   auto const journal =
       kind_ == Kind::user ? Connection::Journal::log : Connection::Journal::rollback;
-  Failure failure = writer_.Open(path_, Connection::Mode::write, journal, Patience());
-  if (failure == Failure::none && kind_ == Kind::user) {
-    // A foreign program may have switched the log off. A commit survives the end of the process at
-    // once, and a power cut from the next checkpoint on.
-    failure = writer_.Execute("PRAGMA journal_mode=WAL;PRAGMA synchronous=NORMAL");
-  }
-  return failure;
+  return writer_.Open(path_, Connection::Mode::write, journal, Patience());
 }
 
 int32_t Hive::CheckWritable() {
@@ -355,8 +349,7 @@ void Hive::Leave() {
   Abandon();
   bool const locked = state_ == State::shared && words_->Lock(Patience());
   if (locked && LogSize(path_) > kLongLog && words_->TakeAlone()) {
-    if (writer_.open() || OpenWriter() == Failure::none)
-      words_->Checkpointed(writer_.Checkpoint(true));
+    if (OpenWriter() == Failure::none) words_->Checkpointed(writer_.Checkpoint(true));
     words_->Share();
   }
   CloseFiles();
