@@ -59,16 +59,6 @@ TEST_F(HiveFileTest, IsMadeForItsUserAlone) {
   EXPECT_EQ(fs::status(home_.path() + "/machine").permissions(), fs::perms(0700));
 }
 
-TEST_F(HiveFileTest, CanBeReadByAnySqliteTool) {
-  Prepare();
-  RawHive raw(home_.UserHive());
-  EXPECT_EQ(raw.Run("SELECT hex(v.data) FROM value v JOIN key k ON k.id=v.key"
-                    " WHERE k.name='test' AND v.name='V' AND v.type=1"),
-            "6F6C6400");
-  EXPECT_EQ(raw.Run("SELECT layout||' '||code_page FROM hive"), "1 1252");
-  EXPECT_EQ(raw.Run("PRAGMA application_id"), "1515146324");
-}
-
 TEST_F(HiveFileTest, StoresNamesAsUtf8) {
   {
     Key const key(HKEY_CURRENT_USER,
@@ -164,12 +154,6 @@ TEST_F(HiveFileTest, DamagedPagesNeverGiveAWrongValue) {
     }
     LeaveHives();
   }
-}
-
-TEST_F(HiveFileTest, AnEmptyFileIsFilled) {
-  Write(home_.UserHive(), "");
-  Key const key(HKEY_CURRENT_USER);
-  EXPECT_EQ(key.Set("v", "1"), ERROR_SUCCESS);
 }
 
 TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {

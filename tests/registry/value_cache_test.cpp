@@ -60,14 +60,6 @@ TEST_F(ValueCacheTest, KeepsNothingThatIsTooLong) {
   EXPECT_EQ(Find("grows"), Result::miss) << "the small value is out of date";
 }
 
-TEST_F(ValueCacheTest, TellsHivesKeysAndSpellingsApart) {
-  Fill("Name", "value");
-  EXPECT_EQ(Find("name"), Result::miss);
-  EXPECT_EQ(Find("Name", nullptr, 1), Result::miss);
-  EXPECT_EQ(Find("Name", nullptr, 0, 6), Result::miss);
-  EXPECT_EQ(Find("Name"), Result::hit);
-}
-
 TEST_F(ValueCacheTest, ForgetsWhenAWordMoves) {
   Fill("a", "1", 1, 10);
   Fill("b", "2", 1, 11);
