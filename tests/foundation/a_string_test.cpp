@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace {
 
@@ -39,33 +40,27 @@ TEST(AZString, CopyCutsAtTheLimitAndGivesTheWholeLength) {
   EXPECT_STREQ(overlapping, "abcde");
 }
 
-TEST(AZString, ConcatSetLenAndCharPos) {
+TEST(AZString, ConcatAndSetLenInPlace) {
   char text[16] = "abc";
   EXPECT_EQ(AZStrConcat(text, "de", nullptr), 6);
-  EXPECT_EQ(AZStrConcat(text, "de", text), 6);
-  EXPECT_EQ(AZStrConcat("xyz", text, text), 9);
-  EXPECT_STREQ(text, "xyzabcde");
+  EXPECT_EQ(AZStrConcat("xyz", text, text), 7);
   EXPECT_EQ(AZStrSetLen(text, 3), 4);
   EXPECT_EQ(AZStrConcat(text, text, text), 7);
   EXPECT_STREQ(text, "xyzxyz");
   EXPECT_EQ(AZStrSetLen(text, 9), 10);
   EXPECT_STREQ(text, "xyzxyz   ");
-  EXPECT_EQ(AZStrCharPos(text, 'Y'), nullptr);
-  EXPECT_EQ(AZStrCharPos(text, '\0'), nullptr);
 }
 
 TEST(AZString, Numbers) {
   constexpr int32_t kMin = std::numeric_limits<int32_t>::min();
-  struct {
-    char const *text;
-    int32_t number;
-  } const cases[] = {{"12ab", 12},
-                     {" \t+7", 7},
-                     {"-x", 0},
-                     {"0x10", 0},
-                     {"-2147483648", kMin},
-                     {"99999999999", 1215752191},
-                     {"-9876543210", -1286608618}};
+  std::pair<char const *, int32_t> const cases[] = {
+      {" \t+7ab", 7},
+      {"-x", 0},
+      {"0x10", 0},
+      {"-2147483648", kMin},
+      {"99999999999", 1215752191},
+      {"-9876543210", -1286608618},
+  };
   for (auto const &[text, number] : cases) EXPECT_EQ(AZStr2Num(text), number) << text;
   AString written;
   EXPECT_EQ(Num2AStr(kMin, written.bytes), 11);
@@ -92,12 +87,9 @@ TEST(AString, ConcatKeepsTheFirstAndCutsTheSecond) {
   std::string const first(200, 'a');
   AString a(first);
   AString b(std::string(55, 'b') + std::string(45, 'c'));
-  AString joined;
-  EXPECT_EQ(AStrConcat(a.bytes, b.bytes, joined.bytes), -74);
-  EXPECT_EQ(joined.Body(), first + std::string(55, 'b'));
-  EXPECT_TRUE(joined.IsWhole());
   EXPECT_EQ(AStrConcat(a.bytes, b.bytes, b.bytes), -74);
-  EXPECT_EQ(b.Body(), joined.Body());
+  EXPECT_EQ(b.Body(), first + std::string(55, 'b'));
+  EXPECT_TRUE(b.IsWhole());
   AString twice("abc");
   EXPECT_EQ(AStrConcat(twice.bytes, twice.bytes, twice.bytes), 0);
   EXPECT_EQ(twice.Body(), "abcabc");
@@ -109,7 +101,7 @@ TEST(AString, ExtractChars) {
     int32_t start;
     int32_t count;
     char const *body;
-  } const cases[] = {{0, 3, "abc"}, {2, 2, "cd"}, {4, 2147483647, "ef"}, {6, 1, ""}, {-1, 2, ""}};
+  } const cases[] = {{0, 3, "abc"}, {4, 2147483647, "ef"}, {6, 1, ""}, {2, -1, ""}, {-1, 2, ""}};
   for (auto const &[start, count, body] : cases) {
     AString text("abcdef");
     AStrExtractChars(text.bytes, text.bytes, start, count);

@@ -41,10 +41,12 @@ TEST_F(TypedPrefsTest, WritesGoToTheStoreOfTheLevelOrNowhere) {
     TYPrefs *store;
     int32_t level;
     int32_t taker;  // 0: none
-  } const rows[] = {{stores[4], 0, 4}, {stores[4], 4, 4}, {stores[4], 3, 3}, {stores[4], 1, 0},
-                    {stores[4], 2, 0}, {stores[4], 5, 0}, {stores[4], 6, 0}, {stores[2], 4, 0},
-                    {stores[2], 1, 1}, {stores[2], 0, 2}, {&card, 4, 4},     {&card, 3, 3},
-                    {&card, 2, 0},     {stores[3], 4, 0}, {stores[3], 99, 0}};
+  } const rows[] = {
+      {stores[4], 0, 4}, {stores[4], 4, 4}, {stores[4], 3, 3},  {stores[4], 1, 0},
+      {stores[4], 2, 0}, {stores[4], 5, 0}, {stores[4], 6, 0},  {stores[2], 4, 0},
+      {stores[2], 1, 1}, {stores[2], 0, 2}, {&card, 4, 4},      {&card, 3, 3},
+      {&card, 2, 0},     {stores[3], 4, 0}, {stores[3], 99, 0},
+  };
   for (auto const &row : rows) {
     EXPECT_EQ(row.store->WriteBool(kSection, "n", 7, static_cast<PrefLevel>(row.level)),
               row.taker != 0);
@@ -56,17 +58,32 @@ TEST_F(TypedPrefsTest, WritesGoToTheStoreOfTheLevelOrNowhere) {
 }
 
 TEST_F(TypedPrefsTest, NumbersAndBooleansAreTexts) {
-  TYPrefs *const user = UserPrefs();
-  int32_t value = 0;
-  for (auto const &[text, boolean] : {std::pair{"yes", 1}, {"True", 1}, {" Yes", 0}, {"", 0}}) {
-    user->SetStr(kSection, "n", text);
-    EXPECT_EQ(user->ReadBool(kSection, "n", &value, 1, 0), 1);
-    EXPECT_EQ(value, boolean) << text;
-    EXPECT_EQ(user->ReadNum(kSection, "n", &value, 5, 0), 1);  // no number, yet found
-    EXPECT_EQ(value, 5);
+  constexpr int32_t kNone = -77;
+  std::pair<char const *, int32_t> const rows[] = {
+      {" \t\n+7 rest", 7},
+      {"-0x10", -16},
+      {"0XfFg", 255},
+      {"010", 8},
+      {"08", 0},
+      {"2147483648", INT32_MIN},
+      {"0xFFFFFFFF", -1},
+      {"+-5", kNone},
+      {"yes", kNone},
+      {"True", kNone},
+      {" Yes", kNone},
+      {"", kNone},
+      {"99999999999999999999", -1},
+      {"-99999999999999999999", 0},
+  };
+  for (auto const &[text, number] : rows) {
+    bool const flag = text[0] == 'y' || text[0] == 'T';
+    UserPrefs()->SetStr(kSection, "n", text);
+    int32_t value = 0;
+    EXPECT_EQ(UserPrefs()->ReadBool(kSection, "n", &value, 1, 0), 1);
+    EXPECT_EQ(value, flag) << text;
+    EXPECT_EQ(UserPrefs()->ReadNum(kSection, "n", &value, kNone, 0), 1);  // found, number or not
+    EXPECT_EQ(value, number) << text;
   }
-  user->WriteNum(kSection, "n", -2147483647 - 1, PrefLevelUser);
-  EXPECT_EQ(Read(user, "n"), "-2147483648");
 }
 
 TEST_F(TypedPrefsTest, DiffWritesOnlyWhatDiffersAlongTheChain) {
@@ -85,13 +102,12 @@ TEST_F(TypedPrefsTest, DiffWritesOnlyWhatDiffersAlongTheChain) {
 }
 
 TEST_F(TypedPrefsTest, NullIsEmptyAndTheDefaultMayLieInTheBuffer) {
-  TYPrefs *const user = UserPrefs();
-  user->WriteStr(kSection, nullptr, "unnamed", PrefLevelUser);
-  EXPECT_EQ(Read(user, ""), "unnamed");
-  user->WriteStr(kSection, "", nullptr, PrefLevelUser);
-  EXPECT_EQ(Read(user, nullptr), "");
+  UserPrefs()->WriteStr(kSection, nullptr, "unnamed", PrefLevelUser);
+  EXPECT_EQ(Read(UserPrefs(), ""), "unnamed");
+  UserPrefs()->WriteStr(kSection, "", nullptr, PrefLevelUser);
+  EXPECT_EQ(Read(UserPrefs(), nullptr), "");
   char buffer[256] = "before";
-  EXPECT_EQ(user->ReadStr(kSection, "none", buffer, buffer, 1), 0);
+  EXPECT_EQ(UserPrefs()->ReadStr(kSection, "none", buffer, buffer, 1), 0);
   EXPECT_STREQ(buffer, "before");
 }
 

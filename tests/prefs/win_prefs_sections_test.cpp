@@ -19,10 +19,7 @@ TEST_F(SectionsTest, TheNewestOfAnIdIsFoundAndAnOlderOneShowsAgain) {
   EXPECT_STREQ(user.SectionName(7, 0), "First");
   user.UnRegisterSection(7, third);  // gone already
   user.UnRegisterSection(7, 0);
-  UnRegisterPrefSection(7, 0);
   EXPECT_EQ(user.GetSectionFromID(7), nullptr);
-  user.SetStr(7, "n", "v");
-  EXPECT_EQ(InUserTree("Third", "n"), "no value");
 }
 
 TEST_F(SectionsTest, EveryStoreHasItsTreeAndItsBits) {
@@ -49,21 +46,18 @@ TEST_F(SectionsTest, EveryStoreHasItsTreeAndItsBits) {
   }
 }
 
-TEST_F(SectionsTest, AnIdIsAHashOfTheName) {
+TEST_F(SectionsTest, AnIdIsAHashOfTheNamesNearestParentFirst) {
   struct {
     std::string name;
+    int32_t parent;
     uint32_t id;
-  } const rows[] = {{"CHAT", 0x44148435},
-                    {"cab", 0x42414300},
-                    {"Caf\xE9", 0x9464143C},
-                    {std::string(260, 'a'), 0x14141414}};
-  for (auto const &[name, id] : rows)
-    EXPECT_EQ(static_cast<uint32_t>(user.GetIDFromString(name.c_str(), 0)), id);
-}
-
-TEST_F(SectionsTest, ANestedIdIsMadeOfTheNamesNearestParentFirst) {
-  int32_t const chat = SectionNameHash("Chat");
-  EXPECT_EQ(static_cast<uint32_t>(user.GetIDFromString("Private", chat)), 0xF1DA71FC);
+  } const rows[] = {{"CHAT", 0, 0x44148435},
+                    {"cab", 0, 0x42414300},
+                    {"Caf\xE9", 0, 0x9464143C},
+                    {std::string(260, 'a'), 0, 0x14141414},
+                    {"Private", SectionNameHash("Chat"), 0xF1DA71FC}};
+  for (auto const &[name, parent, id] : rows)
+    EXPECT_EQ(static_cast<uint32_t>(user.GetIDFromString(name.c_str(), parent)), id);
   EXPECT_EQ(user.RegisterSection("Private", 12345), 0U);
   // A section under its own id is its own ancestor; names fill the buffer or never do.
   user.RegisterSection(kAudio, kAudio, "Audio", 0);
@@ -82,7 +76,6 @@ TEST_F(SectionsTest, NamesAreKeptTo63CharactersButKeysBearThemWhole) {
             SectionNameHash(name.c_str()));
   EXPECT_EQ(user.SectionID((std::string(62, 'n') + "i").c_str(), 0), -1);  // all 8 bits count
   EXPECT_EQ(InUserTree(name, ""), "no value");
-
   EXPECT_NE(user.RegisterSection(5, std::string(256, 'k').c_str()), 0U);  // no key has such a name
   EXPECT_EQ(user.IsReadable(5) + user.IsWritable(5), 0);
   user.SetStr(5, "n", "v");

@@ -1,24 +1,21 @@
 #include "tests/support/run_tool.h"
 
 #include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <spawn.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <array>
+#include <iterator>
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/support/child.h"
+
 namespace zolt::testing {
 namespace {
-
-constexpr int kDeadline = 60000;
 
 class Descriptor {
  public:
@@ -44,18 +41,13 @@ int MemoryFile(std::string const &content) {
 }
 
 // A terminal's master; what is written to the other side comes out unchanged.
-int Terminal(std::string *slave) {
+int Terminal() {
   int const master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-  std::array<char, 128> name{};
-  if (grantpt(master) != 0 || unlockpt(master) != 0 ||
-      ptsname_r(master, name.data(), name.size()) != 0) {
-    throw std::runtime_error("no terminal");
-  }
+  if (unlockpt(master) != 0) throw std::runtime_error("no terminal");
   termios modes{};
   tcgetattr(master, &modes);
   cfmakeraw(&modes);
   tcsetattr(master, TCSANOW, &modes);
-  *slave = name.data();
   return master;
 }
 
@@ -66,20 +58,16 @@ int PipeWithoutReader() {
   return ends[1];
 }
 
-int OutputFor(ToolOutput output, std::string *slave) {
-  switch (output) {
-    case ToolOutput::terminal:
-      return Terminal(slave);
-    case ToolOutput::fullDevice:
-      return open("/dev/full", O_WRONLY | O_CLOEXEC);
-    case ToolOutput::brokenPipe:
-      return PipeWithoutReader();
-    default:
-      return MemoryFile("");
-  }
+int OutputFor(ToolOutput output) {
+  if (output == ToolOutput::terminal) return Terminal();
+  if (output == ToolOutput::brokenPipe) return PipeWithoutReader();
+  if (output == ToolOutput::fullDevice) return open("/dev/full", O_WRONLY | O_CLOEXEC);
+  return MemoryFile("");
 }
 
-std::string ReadAll(int file) {
+// All that was written, or "" where nothing can be read.
+std::string Captured(int file) {
+  lseek(file, 0, SEEK_SET);
   std::string content;
   std::array<char, 65536> block{};
   for (;;) {
@@ -89,80 +77,38 @@ std::string ReadAll(int file) {
   }
 }
 
-std::string Captured(int file) {
-  lseek(file, 0, SEEK_SET);
-  return ReadAll(file);
-}
-
-int WaitFor(pid_t id) {
-  Descriptor const handle(static_cast<int>(syscall(SYS_pidfd_open, id, 0)));
-  pollfd wait{handle.number(), POLLIN, 0};
-  bool const ended = poll(&wait, 1, kDeadline) == 1;
-  if (!ended) kill(id, SIGKILL);
-  int status = 0;
-  waitpid(id, &status, 0);
-  if (!ended) return -1000;
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-}
-
-template <typename Texts>
-std::vector<char *> Pointers(Texts &texts) {
-  std::vector<char *> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string &text : texts) pointers.push_back(text.data());
-  return pointers;
-}
-
-std::string ToolPath() {
-  char const *const path = getenv("ZOLT_TOOL");
-  return path == nullptr ? ZOLT_TOOL : path;
+// Puts the tool in the place of this process.
+int Become(std::vector<std::string> words, std::vector<std::string> environment) {
+  std::string path = ZOLT_TOOL;
+  std::vector<char *> argv = {path.data()};
+  for (std::string &word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  for (std::string &entry : environment) putenv(entry.data());
+  execv(argv[0], argv.data());
+  return 127;
 }
 
 }  // namespace
 
 ToolResult RunTool(std::vector<std::string> const &arguments, ToolSetting const &setting) {
-  std::string slave;
   Descriptor const in(MemoryFile(setting.input));
-  Descriptor const out(OutputFor(setting.output, &slave));
+  Descriptor const out(OutputFor(setting.output));
   Descriptor const err(MemoryFile(""));
-
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, in.number(), 0);
-  posix_spawn_file_actions_adddup2(&actions, err.number(), 2);
-  if (setting.output == ToolOutput::closed) {
-    posix_spawn_file_actions_addclose(&actions, 1);
-  } else if (slave.empty()) {
-    posix_spawn_file_actions_adddup2(&actions, out.number(), 1);
-  } else {
-    posix_spawn_file_actions_addopen(&actions, 1, slave.c_str(), O_RDWR | O_NOCTTY, 0);
-  }
-
-  std::vector<std::string> words = arguments;
-  words.insert(words.begin(), ToolPath());
-  std::vector<char *> argv = Pointers(words);
-  argv.push_back(nullptr);
-  // The first of two of one name counts.
-  std::vector<std::string> added = setting.environment;
-  std::vector<char *> environment = Pointers(added);
-  for (char **entry = environ; *entry != nullptr; entry++) environment.push_back(*entry);
-  environment.push_back(nullptr);
-
-  pid_t id = 0;
-  int const failed =
-      posix_spawn(&id, words[0].c_str(), &actions, nullptr, argv.data(), environment.data());
-  posix_spawn_file_actions_destroy(&actions);
-  if (failed != 0) throw std::runtime_error("the tool cannot be started");
-  int const code = WaitFor(id);
-  return {code, slave.empty() ? Captured(out.number()) : ReadAll(out.number()),
-          Captured(err.number())};
+  Child tool([&](Child::Pipe &) {
+    bool const terminal = setting.output == ToolOutput::terminal;
+    dup2(in.number(), 0);
+    dup2(terminal ? ioctl(out.number(), TIOCGPTPEER, O_RDWR | O_NOCTTY) : out.number(), 1);
+    dup2(err.number(), 2);
+    if (setting.output == ToolOutput::closed) close(1);
+    return Become(arguments, setting.environment);
+  });
+  int const code = tool.Wait();
+  return {code, Captured(out.number()), Captured(err.number())};
 }
 
 std::vector<std::string> Words(std::string const &line) {
   std::istringstream stream(line);
-  std::vector<std::string> words;
-  for (std::string word; stream >> word;) words.push_back(word);
-  return words;
+  return {std::istream_iterator<std::string>(stream), {}};
 }
 
 }  // namespace zolt::testing

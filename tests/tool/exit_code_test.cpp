@@ -25,48 +25,43 @@ class ExitCodeTest : public ToolTest {
     EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);
   }
 
-  void ExpectAllFail(int code, std::string const &path) {
-    for (std::string const line :
-         {"prefs get Audio V", "prefs set Audio V 1", "prefs unset Audio V", "prefs list",
-          "prefs explain Audio V", "-L shared-user prefs get Audio V"}) {
-      ExpectFailure(line, code, path);
-    }
-  }
-
   static void WriteFile(std::string const &path, std::string const &content) {
     std::ofstream(path, std::ios::binary) << content;
   }
 };
 
-TEST_F(ExitCodeTest, ADamagedHiveIs4AndStays) {
-  WriteFile(home_.UserHive(), "this is no hive");
-  ExpectAllFail(4, home_.UserHive());
+TEST_F(ExitCodeTest, ADamagedOrNewerHiveIs4AndStays) {
+  Set({"Audio", "V", "1"});
+  for (bool const newer : {true, false}) {
+    if (newer) {
+      ASSERT_EQ(RawHive(home_.UserHive()).Run("update hive set layout = layout + 1"), "");
+      EXPECT_NE(Run("prefs get Audio V").err.find("newer version"), std::string::npos);
+    } else {
+      WriteFile(home_.UserHive(), "this is no hive");
+    }
+    for (std::string const line :
+         {"prefs get Audio V", "prefs set Audio V 1", "prefs unset Audio V", "prefs list",
+          "prefs explain Audio V", "-L shared-user prefs get Audio V"}) {
+      ExpectFailure(line, 4, home_.UserHive());
+    }
+  }
   EXPECT_EQ(std::filesystem::file_size(home_.UserHive()), 15u);
-  // The machine's stores are whole.
-  EXPECT_EQ(Run("-L system prefs set Audio V 1").code, 0);
+  EXPECT_EQ(Run("-L system prefs set Audio V 1").code, 0) << "the machine's stores are whole";
 }
 
 TEST_F(ExitCodeTest, ADamagedMachineHiveConcernsWhoNeedsIt) {
   Set({"Audio", "V", "1"});
   WriteFile(home_.MachineHive(), "this is no hive");
-  EXPECT_EQ(Run("prefs get Audio V").out, "1\n");
-  EXPECT_EQ(Run("prefs set Audio V 2").code, 0);
+  Expect({{"prefs get Audio V", 0, "1\n", ""}, {"-q prefs set Audio V 2", 0, "", ""}});
   ExpectFailure("prefs get Audio W", 4, home_.MachineHive());
   ExpectFailure("-L system prefs set Audio W 1", 4, home_.MachineHive());
-}
-
-TEST_F(ExitCodeTest, AHiveOfANewerVersionIs4) {
-  Set({"Audio", "V", "1"});
-  ASSERT_EQ(RawHive(home_.UserHive()).Run("update hive set layout = layout + 1"), "");
-  ExpectAllFail(4, home_.UserHive());
-  EXPECT_NE(Run("prefs get Audio V").err.find("newer version"), std::string::npos);
 }
 
 TEST_F(ExitCodeTest, AHomeThatIsNoDirectoryIs3) {
   WriteFile(home_.path() + "/file", "");
   std::string const home = "--home " + home_.path() + "/file ";
-  for (std::string const line : {"prefs get Audio V", "prefs set Audio V 1", "prefs list"})
-    ExpectFailure(home + line, 3, home_.path() + "/file/user.hive");
+  ExpectFailure(home + "prefs get Audio V", 3, home_.path() + "/file/user.hive");
+  ExpectFailure(home + "prefs set Audio V 1", 3, home_.path() + "/file/user.hive");
 }
 
 TEST_F(ExitCodeTest, AHiveThatIsAKeptLockIs5) {
@@ -79,7 +74,6 @@ TEST_F(ExitCodeTest, AHiveThatIsAKeptLockIs5) {
     return 0;
   });
   ASSERT_EQ(holder.pipe().Hear(), "held");
-  ExpectFailure("--wait 0 prefs set Audio V 2", 5, home_.UserHive());
   ExpectFailure("--wait 0.05 prefs unset Audio V", 5, home_.UserHive());
   ExpectFailure("--wait 0 prefs set New:Section V 2", 5, home_.UserHive());
   EXPECT_EQ(Run("--wait 0 prefs get Audio V").out, "1\n");
@@ -97,18 +91,16 @@ TEST_F(ExitCodeTest, AFailedOutputIs3AndAClosedPipeSilent) {
     SCOPED_TRACE(line);
     ToolResult const full = Run(line, {.output = ToolOutput::fullDevice});
     EXPECT_EQ(full.code, 3);
-    if (line[2] != 'j') {
-      EXPECT_EQ(full.err, "zolt: standard output: No space left on device\n");
-    }
+    EXPECT_NE(full.err.find("No space left on device"), std::string::npos);
     EXPECT_EQ(Run(line, {.output = ToolOutput::closed}).code, 3);
     ToolResult const broken = Run(line, {.output = ToolOutput::brokenPipe});
     EXPECT_EQ(broken.code, -SIGPIPE);
     EXPECT_EQ(broken.err, "");
   }
   EXPECT_EQ(Run("prefs set Audio V 2", {.output = ToolOutput::closed}).code, 0);
-  EXPECT_EQ(Run("prefs get -o /dev/full Audio V").code, 3);
-  EXPECT_EQ(Run("prefs get -o /nowhere/file Audio V").code, 3);
-  EXPECT_EQ(Run("prefs set Audio --from /nowhere/file V").code, 3);
+  for (std::string const line : {"get -o /dev/full Audio V", "get -o /nowhere/file Audio V",
+                                 "set Audio --from /nowhere/file V"})
+    EXPECT_EQ(Run("prefs " + line).code, 3) << line;
   // A closed output never becomes the hive's descriptor.
   EXPECT_EQ(Run("prefs get Audio V").out, "2\n");
 }
@@ -117,18 +109,17 @@ TEST_F(ExitCodeTest, FourLoopsOfTenIncrementsEndAt40) {
   Set({"Audio", "N", "0"});
   auto const count = [] {
     for (int done = 0; done < 10;) {
-      std::string old = Run("prefs get Audio N").out;
-      old.pop_back();
+      std::string const old = Run("prefs get Audio N").out;
       std::string const next = std::to_string(std::stoi(old) + 1);
-      ToolResult const result = RunTool({"prefs", "set", "Audio", "N", next, "--if", old});
+      ToolResult const result = Run("prefs set Audio N " + next + " --if " + old);
       ASSERT_TRUE(result.code == 0 || result.code == 1) << result.err;
       if (result.code == 0) done++;
     }
   };
-  std::vector<std::thread> loops;
-  loops.reserve(4);
-  for (int i = 0; i < 4; i++) loops.emplace_back(count);
-  for (std::thread &loop : loops) loop.join();
+  {
+    std::jthread const loops[] = {std::jthread(count), std::jthread(count), std::jthread(count),
+                                  std::jthread(count)};
+  }
   EXPECT_EQ(Run("prefs get Audio N").out, "40\n");
 }
 

@@ -54,7 +54,7 @@ uint32_t LockWait();
 // and left for ZOLTLastFailure at the end.
 class FirstFailure {
  public:
-  FirstFailure() : kept_(false) {}
+  FirstFailure() = default;
   ~FirstFailure() {
     if (kept_) Restore();
   }
@@ -66,10 +66,10 @@ class FirstFailure {
  private:
   void Restore() const;
 
-  bool kept_;
-  Failure failure_;
-  uint32_t length_;
-  char subject_[256];
+  bool kept_ = false;
+  Failure failure_ = Failure::none;
+  uint32_t length_ = 0;
+  char subject_[256];  // `length_` of it
 };
 
 }  // namespace zolt
