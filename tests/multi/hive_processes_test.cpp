@@ -169,6 +169,13 @@ TEST_F(HiveProcessesTest, AStoppedWriterCostsTheWaitAndReadsGoOn) {
     return transaction.Commit();
   });
   ASSERT_EQ(writer.pipe().Hear(), "in the middle");
+  Child newcomer([](Child::Pipe &) {
+    auto const opening = Clock::now();
+    Key const mine(HKEY_CURRENT_USER);
+    bool const read = mine.Get("cached") == "1" && mine.Get("uncached") == "1";
+    return read && Clock::now() - opening < std::chrono::seconds(2) ? 0 : 1;
+  });
+  EXPECT_EQ(newcomer.Wait(), 0) << "who only reads hardly waits";
   ZOLTSetLockWait(1000);
   auto const start = Clock::now();
   EXPECT_EQ(key.Get("cached"), "1");

@@ -204,7 +204,7 @@ TEST_F(PrefsTest, AListShowsSectionsBelow) {
       {"prefs list -r Conferencing", 0,
        "Conferencing:Chat\tC\t1\ttext\tuser\nConferencing:Chat:Deep\tE\t3\ttext\tuser\n", ""},
       {"prefs get :Audio Other", 0, "4\n", ""},
-      {"prefs list Conferencing", 0, "", ""},
+      {"prefs list Conferencing:Chat", 0, "C\t1\ttext\tuser\nDeep\t\tsection\tuser\n", ""},
   });
   std::string const top = Run("prefs list").out;
   EXPECT_EQ(top.substr(0, top.find("Components")),

@@ -26,12 +26,13 @@ std::vector<Holding> ReadHoldings(std::span<SectionKey const> keys, std::string 
   if (any == holdings.end()) return holdings;
   any->answersBytes = true;
   auto const text = std::ranges::find_if(holdings, isText);
-  (text != holdings.end() ? text : any)->answers = true;
+  if (text != holdings.end()) text->answers = true;
   return holdings;
 }
 
 Holding const *Answer(std::span<Holding const> holdings) {
-  auto const found = std::ranges::find_if(holdings, &Holding::answers);
+  auto found = std::ranges::find_if(holdings, &Holding::answers);
+  if (found == holdings.end()) found = std::ranges::find_if(holdings, &Holding::answersBytes);
   return found == holdings.end() ? nullptr : &*found;
 }
 

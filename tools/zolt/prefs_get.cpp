@@ -58,13 +58,15 @@ class Search {
 };
 
 // A number or a boolean as a client reads it.
-void Interpret(Wanted const &wanted, StoredValue *value) {
+void Interpret(Wanted const &wanted, Entry *entry) {
+  StoredValue *value = &entry->value;
   if (wanted.type == ValueType::boolean) value->data = BooleanText(ClientBoolean(value->data));
   if (wanted.type != ValueType::number) return;
   if (std::optional<int32_t> const number = ClientNumber(value->data)) {
     value->data = std::to_string(*number);
   } else if (wanted.otherwise) {
     *value = *wanted.otherwise;
+    entry->level = nullptr;
   } else {
     throw ToolError(kNo, "type", Subject(wanted.path, wanted.name),
                     Describe(*value) + " is no number of 32 bits");
@@ -80,7 +82,7 @@ void Interpret(Wanted const &wanted, StoredValue *value) {
 Entry Read(Wanted const &wanted, bool json) {
   Search search(wanted);
   if (Entry *const entry = search.Run()) {
-    Interpret(wanted, &entry->value);
+    Interpret(wanted, entry);
     return *entry;
   }
   if (wanted.otherwise) return {wanted.path, wanted.name, nullptr, *wanted.otherwise};

@@ -41,6 +41,8 @@ void AddSections(SectionPath const &path, std::vector<SectionKey> const &keys, E
 
 void AddTree(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
   AddValues(path, keys, entries);
+  // No program makes a deeper tree.
+  if (path.names().size() >= 512) return;
   VisitNames(keys, &SectionKey::SectionNames, [&](std::string const &name, Level const &) {
     std::vector<SectionKey> below;
     below.reserve(keys.size());
@@ -55,7 +57,7 @@ Entries EntriesOf(SectionPath const &path, std::vector<SectionKey> const &keys, 
     AddTree(path, keys, &entries);
   } else {
     AddValues(path, keys, &entries);
-    if (path.top()) AddSections(path, keys, &entries);
+    AddSections(path, keys, &entries);
   }
   return entries;
 }
@@ -104,9 +106,9 @@ Verb const kPrefsList = {
     .run = List,
     .description =
         "Lists name, value, kind (text, bytes or unreadable) and the level that answers. Without\n"
-        "SECTION it lists the top of the tree: its values, and the sections that exist there. "
-        "With\n"
-        "-r it also lists what lies below, and each line begins with the section.",
+        "SECTION it lists the top of the tree. The sections in it follow, of kind section; with "
+        "-r\n"
+        "what lies below is listed instead, and each line begins with the section.",
     .examples =
         "  zolt prefs list Audio\n"
         "  zolt prefs list -r Conferencing\n"

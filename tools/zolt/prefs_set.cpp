@@ -71,9 +71,23 @@ std::optional<StoredValue> Expected(ValueType type, Arguments const &arguments) 
   return StoredValue{Kind::text, ToLocal(old)};
 }
 
+// Whoever reads it second would find nothing.
+void RefuseTwoReadersOfInput(ValueType type, Call const &call) {
+  Arguments const &arguments = call.arguments;
+  int readers = arguments.Has(OptionId::from) && arguments.Value(OptionId::from) == "-" ? 1 : 0;
+  if (type == ValueType::bytes) {
+    bool const expects =
+        arguments.Has(OptionId::ifValue) && arguments.Value(OptionId::ifValue) == "-";
+    readers += expects ? 1 : 0;
+    for (size_t i = 2; i < call.operands.size(); i += 2) readers += call.operands[i] == "-" ? 1 : 0;
+  }
+  if (readers > 1) Refuse("-", "standard input is named twice");
+}
+
 Plan PlanOf(Call const &call) {
   Arguments const &arguments = call.arguments;
   ValueType const type = TypeFrom(arguments);
+  RefuseTwoReadersOfInput(type, call);
   Plan plan;
   plan.path = SectionPath::FromOperand(call.operands[0]);
   plan.expected = Expected(type, arguments);

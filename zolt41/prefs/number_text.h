@@ -6,8 +6,8 @@
 namespace zolt {
 
 // Reads the number that `text` begins with: white space, a sign, then hexadecimal digits behind 0x,
-// octal ones behind 0, else decimal ones. What follows is ignored, and a number that 32 bits do
-// not hold becomes the nearest that they do. Gives false, and leaves `*number`, if there is none.
+// octal ones behind 0, else decimal ones. What follows is ignored. Of a number that 32 bits do not
+// hold the low 32 bits of its 64 are taken. Gives false, and leaves `*number`, if there is none.
 bool ScanNumber(char const *text, int32_t *number);
 
 inline constexpr uint32_t kNumberTextSize = 16;

@@ -74,8 +74,9 @@ class ZOLT_API TYPrefs {
   // `buffer` must hold 256 bytes and the default with its NUL, which is copied whole.
   int32_t ReadStr(uint32_t section, char const *name, char *buffer, char const *defaultValue,
                   int32_t parentFirst);
-  // Decimal, hexadecimal behind 0x, octal behind 0; what 32 bits do not hold becomes the nearest
-  // that they do. A text that is no number counts as found and gives the default.
+  // Decimal, hexadecimal behind 0x, octal behind 0; of a number that 32 bits do not hold the low 32
+  // bits of its 64 are taken, so 0xFFFFFFFF is -1. A text that is no number counts as found and
+  // gives the default.
   int32_t ReadNum(uint32_t section, char const *name, int32_t *value, int32_t defaultValue,
                   int32_t parentFirst);
   // 1 for a text that begins with Y or T in either case, 0 for any other.
@@ -85,7 +86,8 @@ class ZOLT_API TYPrefs {
   int32_t ReadFree(uint32_t section, char const *name, uint32_t type, uint8_t *data, uint32_t &size,
                    int32_t parentFirst);
 
-  // A number is stored as decimal text, a boolean as "Yes" or "No".
+  // A number is stored as decimal text, a boolean as "Yes" or "No". A text of more than 255 bytes
+  // is stored and reads as absent; a write into a section that is not registered is lost.
   int32_t WriteStr(uint32_t section, char const *name, char const *value, PrefLevel level);
   int32_t WriteNum(uint32_t section, char const *name, int32_t value, PrefLevel level);
   int32_t WriteBool(uint32_t section, char const *name, int32_t value, PrefLevel level);

@@ -1,10 +1,12 @@
 #include "zolt41/prefs/win_prefs.h"
 
+#include <cstdio>
 #include <new>
 
 #include "zolt41/foundation/a_string.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/system/codepage.h"
+#include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/string_table.h"
 #include "zolt41/prefs/empty_key.h"
 #include "zolt41/prefs/enum_prefs.h"
@@ -53,6 +55,17 @@ HKEY WinPrefs::ReportedKey(HKEY key) const {
   return key;
 }
 
+// For a write: into a section that nobody registered it is lost, which a reader would call absent.
+HKEY WinPrefs::KeyToWrite(uint32_t section) const {
+  HKEY const key = KeyOf(section);
+  if (key == 0 && ZOLTLastFailure(nullptr, 0) == 0) {
+    char subject[32];
+    std::snprintf(subject, sizeof subject, "section 0x%08X", section);
+    zolt::SetFailure(zolt::Failure::io, subject);
+  }
+  return key;
+}
+
 HKEY WinPrefs::KeyOf(uint32_t section) const {
   if (section == 0) return ReportedKey(key_);
   Section const *const record = zolt::sectionList.Find(static_cast<int32_t>(section));
@@ -72,7 +85,7 @@ int32_t WinPrefs::GetStr(uint32_t section, char const *name, char *buffer) {
 }
 
 void WinPrefs::SetStr(uint32_t section, char const *name, char const *value) {
-  HKEY const key = KeyOf(section);
+  HKEY const key = KeyToWrite(section);
   if (key == 0) return;
   char const *const text = zolt::TextOrEmpty(value);
   char old[kOldTextSize] = "";
@@ -95,18 +108,18 @@ int32_t WinPrefs::GetFree(uint32_t section, char const *name, uint32_t /*type*/,
 
 void WinPrefs::SetFree(uint32_t section, char const *name, uint32_t type, uint8_t const *data,
                        uint32_t size) {
-  HKEY const key = KeyOf(section);
+  HKEY const key = KeyToWrite(section);
   if (key == 0) return;
   RegSetValueExA(key, name, 0, type, data, data == nullptr ? 0 : size);
 }
 
 void WinPrefs::Remove(uint32_t section, char const *name) {
-  HKEY const key = KeyOf(section);
+  HKEY const key = KeyToWrite(section);
   if (key != 0) RegDeleteKeyA(key, zolt::TextOrEmpty(name));
 }
 
 void WinPrefs::RemoveValue(uint32_t section, char const *name) {
-  HKEY const key = KeyOf(section);
+  HKEY const key = KeyToWrite(section);
   if (key != 0) RegDeleteValueA(key, name);
 }
 

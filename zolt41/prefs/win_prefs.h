@@ -88,6 +88,7 @@ class ZOLT_API WinPrefs : public TYPrefs {
  private:
   ZOLT_HIDDEN HKEY ReportedKey(HKEY key) const;
   ZOLT_HIDDEN HKEY KeyOf(uint32_t section) const;
+  ZOLT_HIDDEN HKEY KeyToWrite(uint32_t section) const;
 
   HKEY key_ = 0;
 };

@@ -189,6 +189,7 @@ class Hive {
   Generation::Identity identity_{};  // of the file that copies in this process are good for
   Generation::Identity lastFile_{};  // of the file that was met last
   CopyState copied_{};
+  int64_t copyUntil_ = 0;
   CopyState atFork_{};
   std::unique_ptr<Generation> words_;
   Connection reader_;

@@ -21,6 +21,10 @@ constexpr uint64_t kLongLog = 256u << 10;
 // How long to wait, in milliseconds, shortly after a full wait was in vain.
 constexpr uint32_t kShortWait = 10;
 
+// How long to wait, in milliseconds, where a copy will do as well; and how long it then does.
+constexpr uint32_t kReadWait = 100;
+constexpr int64_t kCopyTime = 1000;
+
 // Where SQLite's file format keeps the counter that every commit in rollback mode changes. The
 // four bytes behind it, the size of the file in pages, change with it.
 constexpr size_t kChangeCounter = 24;
@@ -75,8 +79,8 @@ bool Hive::NeedsOpening(DirectoryWatch &watch) const {
   if (state_ == State::closed) return true;
   if (state_ == State::missing) return false;
   if (state_ == State::copy) {
-    // A copy that was taken because somebody kept the lock is given up as soon as waiting is due.
-    bool const due = writeFailure_ == Failure::locked && Patience() == LockWait();
+    // A copy that was taken because somebody kept the lock is not kept long.
+    bool const due = writeFailure_ == Failure::locked && Milliseconds() >= copyUntil_;
     return due || StateOfHive(path_) != copied_;
   }
   if (watch.Unchanged()) return false;
@@ -193,12 +197,13 @@ Failure Hive::OpenUser(bool create) {
   if (failure == Failure::denied || failure == Failure::full) return OpenCopy(failure);
   if (failure != Failure::none) return failure;
   if (words_->ForeignNamespace()) return OpenCopy(Failure::denied);
-  if (!words_->Lock(Patience())) {
+  if (!words_->Lock(create ? Patience() : std::min(Patience(), kReadWait))) {
     // Somebody who stands still in the middle of a change keeps nobody from reading.
-    TimedOut();
+    if (create) LosePatience();
+    copyUntil_ = Milliseconds() + kCopyTime;
     return OpenCopy(Failure::locked);
   }
-  NotTimedOut();
+  if (create) NotTimedOut();
   Failure const opened = OpenUnderMutex(create);
   words_->Unlock();
   return opened;

@@ -325,6 +325,7 @@ int32_t RegSetValueExA(HKEY key, char const *name, uint32_t, uint32_t type, uint
   std::string_view const text = zolt::NameOf(name);
   zolt::ClearFailure();
   if (text.size() > zolt::kLongestValueName || (data == nullptr && size != 0)) {
+    zolt::SetFailure(zolt::Failure::io, text);
     return ERROR_INVALID_PARAMETER;
   }
   return zolt::WithKey(key, Purpose::writing, 0, [&](Hive &hive, OpenKey const &open) {
