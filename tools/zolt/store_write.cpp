@@ -11,9 +11,10 @@ namespace zolt::tool {
 
 namespace {
 
-// Opens the section as a client does, which makes its keys; gives its id.
-int32_t Register(Level const &level, SectionPath const &path) {
-  if (path.standard()) return path.id();
+// Opens the section as a client does, which makes its keys; gives the one of the level.
+HKEY Register(Level const &level, SectionPath const &path) {
+  // The section was there a moment ago, so the stores were not started.
+  if (level.store() == nullptr) throw StoreFailure(path.Text());
   SectionPath above;
   for (std::string const &name : path.names()) {
     SectionPath const section = above.Below(name);
@@ -27,28 +28,20 @@ int32_t Register(Level const &level, SectionPath const &path) {
     }
     above = section;
   }
-  if (level.store()->SectionKey(path.id(), 0) == 0) {
-    level.store()->Exists(static_cast<uint32_t>(path.id()), "");
-    throw StoreFailure(path.Text());
-  }
-  return path.id();
+  HKEY const key = level.store()->SectionKey(path.id(), 0);
+  if (key != 0) return key;
+  // An operation on the missing key leaves why it is missing.
+  level.store()->Exists(static_cast<uint32_t>(path.id()), "");
+  throw StoreFailure(path.Text());
 }
 
-void WriteValue(Level const &level, int32_t id, Change const &change) {
-  WinPrefs &store = *level.store();
-  auto const section = static_cast<uint32_t>(id);
+void WriteValue(HKEY key, Change const &change) {
+  // A text goes with its NUL.
+  bool const text = change.after.kind != Kind::bytes;
   std::string const &data = change.after.data;
-  auto const *const bytes = reinterpret_cast<uint8_t const *>(data.c_str());
-  char const *const name = change.name.c_str();
-  if (change.after.kind == Kind::bytes) {
-    store.WriteFree(section, name, REG_BINARY, bytes, static_cast<uint32_t>(data.size()),
-                    PrefLevelThis);
-  } else if (data.empty() && change.before.kind != Kind::text) {
-    // The store takes what it cannot read as text for the empty text, and would write nothing.
-    RegSetValueExA(store.SectionKey(id, 0), name, 0, REG_SZ, bytes, 1);
-  } else {
-    store.WriteStr(section, name, data.c_str(), PrefLevelThis);
-  }
+  RegSetValueExA(key, change.name.c_str(), 0, text ? REG_SZ : REG_BINARY,
+                 reinterpret_cast<uint8_t const *>(data.c_str()),
+                 static_cast<uint32_t>(data.size()) + (text ? 1 : 0));
 }
 
 void CheckLastFailure(Change const &change) {
@@ -56,10 +49,11 @@ void CheckLastFailure(Change const &change) {
 }
 
 void WriteAll(Level const &level, SectionPath const &path, std::vector<Change> const &changes) {
-  int32_t const id = Register(level, path);
+  SectionKey const found(level, path, SectionKey::Role::first);
+  HKEY const key = found.key() != 0 ? found.key() : Register(level, path);
   for (Change const &change : changes) {
     if (!change.changes()) continue;
-    WriteValue(level, id, change);
+    WriteValue(key, change);
     CheckLastFailure(change);
   }
 }
