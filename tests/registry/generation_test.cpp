@@ -22,23 +22,6 @@ class GenerationTest : public ::testing::Test {
   Generation words_;
 };
 
-TEST_F(GenerationTest, WordsAreOddDuringAChangeAndNewAfterIt) {
-  ASSERT_EQ(words_.Attach(home_.UserSync()), Failure::none);
-  ASSERT_TRUE(words_.Lock(0));
-  std::vector<uint16_t> const changed = {3, 4096};
-  Stamp const before = words_.Words().Read(3);
-  words_.BeginChange(changed, false);
-  EXPECT_TRUE(words_.ChangeNoted());
-  EXPECT_EQ(words_.Words().Read(3).word & 1, 1u);
-  EXPECT_EQ(words_.Words().Read(kKeysWord).word & 1, 1u);
-  EXPECT_EQ(words_.Words().Read(4).word & 1, 0u);
-  words_.EndChange();
-  EXPECT_FALSE(words_.ChangeNoted());
-  EXPECT_EQ(words_.Words().Read(3).word, before.word + 2);
-  EXPECT_EQ(words_.Words().Read(3).epoch, before.epoch);
-  words_.Unlock();
-}
-
 TEST_F(GenerationTest, WhatADeadWriterLeftIsMendedByTheNextOwner) {
   ASSERT_EQ(words_.Attach(home_.UserSync()), Failure::none);
   struct Case {
@@ -64,23 +47,6 @@ TEST_F(GenerationTest, WhatADeadWriterLeftIsMendedByTheNextOwner) {
     EXPECT_EQ(after.epoch != before.epoch, c.epochMoves);
     words_.Unlock();
   }
-}
-
-TEST_F(GenerationTest, AStoppedOwnerCostsTheWaitAndNoMore) {
-  ASSERT_EQ(words_.Attach(home_.UserSync()), Failure::none);
-  Child holder([&](Child::Pipe &pipe) {
-    if (!words_.Lock(1000)) return 1;
-    pipe.Say("got");
-    pipe.Hear();
-    words_.Unlock();
-    return 0;
-  });
-  ASSERT_EQ(holder.pipe().Hear(), "got");
-  EXPECT_FALSE(words_.Lock(0));
-  EXPECT_FALSE(words_.Lock(20));
-  holder.pipe().Say("go");
-  EXPECT_EQ(holder.Wait(), 0);
-  EXPECT_TRUE(words_.Lock(0));
 }
 
 TEST_F(GenerationTest, MadeAnewOnlyWhenNobodyIsAttached) {

@@ -52,68 +52,6 @@ TEST_F(ValueCacheTest, GivesBackEveryLengthOfNameAndData) {
   }
 }
 
-TEST_F(ValueCacheTest, KeepsNothingThatIsTooLong) {
-  Fill(std::string(260, 'n'), "x");
-  EXPECT_EQ(Find(std::string(260, 'n')), Result::miss);
-  Fill("grows", "small");
-  Fill("grows", std::string(513, 'x'));
-  EXPECT_EQ(Find("grows"), Result::miss) << "the small value is out of date";
-}
-
-TEST_F(ValueCacheTest, ForgetsWhenAWordMoves) {
-  Fill("a", "1", 1, 10);
-  Fill("b", "2", 1, 11);
-  words_[10] = 1;
-  EXPECT_EQ(Find("a"), Result::miss);
-  EXPECT_EQ(Find("b"), Result::hit);
-  words_[10] = 2;
-  EXPECT_EQ(Find("a"), Result::miss) << "even again, but changed";
-  epoch_ = 2;
-  EXPECT_EQ(Find("b"), Result::miss);
-}
-
-TEST_F(ValueCacheTest, RemembersAbsenceUntilFlushed) {
-  cache_.Fill({0, 5, "none"}, 3, Source().Read(3), 0, "", ValueCache::kAbsent);
-  EXPECT_EQ(Find("none"), Result::absent);
-  Fill("none", "now");
-  EXPECT_EQ(Find("none"), Result::hit);
-  cache_.Flush(1);
-  EXPECT_EQ(Find("none"), Result::hit) << "another hive";
-  cache_.Flush(0);
-  EXPECT_EQ(Find("none"), Result::miss);
-}
-
-TEST_F(ValueCacheTest, CopiesTextOnlyIfItFitsWithItsEnd) {
-  struct Case {
-    std::string stored;
-    uint32_t room;
-    Result result;
-    uint32_t size;
-    std::string data;
-  };
-  using namespace std::string_literals;
-  for (Case const &c :
-       {Case{"abc\0"s, 4, Result::hit, 4, "abc\0"s}, Case{"abc"s, 4, Result::hit, 4, "abc\0"s},
-        Case{"abc"s, 3, Result::too_small, 4, "####"s},
-        Case{"abc\0"s, 3, Result::too_small, 4, "####"s}, Case{""s, 1, Result::hit, 1, "\0###"s},
-        Case{""s, 0, Result::too_small, 1, "####"s}}) {
-    Fill("t", c.stored);
-    std::string buffer = "####";
-    uint32_t type = ValueCache::kText;
-    uint32_t size = c.room;
-    EXPECT_EQ(cache_.Find({0, 5, "t"}, Source(), &type, buffer.data(), &size), c.result);
-    EXPECT_EQ(size, c.size);
-    EXPECT_EQ(buffer.substr(0, c.data.size()), c.data);
-  }
-  Fill("t", "abc", 3);
-  std::string buffer = "####";
-  uint32_t type = ValueCache::kText;
-  uint32_t size = 4;
-  EXPECT_EQ(cache_.Find({0, 5, "t"}, Source(), &type, buffer.data(), &size), Result::wrong_type);
-  EXPECT_EQ(type, 3u);
-  EXPECT_EQ(buffer, "####");
-}
-
 TEST_F(ValueCacheTest, HoldsAllOfAnyModerateNumber) {
   // With one bucket for each value about one in 25 would be missing for ever, at nearly any size.
   for (int const count : {240, 600, 2500, 10000}) {

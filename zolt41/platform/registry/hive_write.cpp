@@ -138,7 +138,6 @@ int32_t Hive::Begin(uint64_t *serial) {
   auto writing = std::make_unique<Writing>(*this);
   if (Failure failure = writing->Enter(); failure != Failure::none) return Give(failure);
   if (OwnTransaction()) return ERROR_INVALID_PARAMETER;
-  writer_.SetWait(Patience());
   if (Failure failure = writer_.Run(Sql::begin); failure != Failure::none) return Give(failure);
   transaction_ = std::move(writing);
   transactionFailure_ = Failure::none;
