@@ -5,6 +5,7 @@
 
 #include "zolt41/library/store_set.h"
 #include "zolt41/notify/channel_objects.h"
+#include "zolt41/notify/notify_thread.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/last_failure.h"
@@ -94,6 +95,7 @@ void InitPrefs(char const *path) {
     TearDown();
     Build(path);
   }
+  zolt::StartNotificationThread();
   initialised = true;
   for (HKEY const root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
     zolt::ReportHiveFailure(root);
@@ -104,6 +106,7 @@ void InitPrefs(char const *path) {
 void DisposeZOLT() {
   if (--useCount != 0) return;
   if (initialised) {
+    zolt::StopNotificationThread();
     TearDown();
     initialised = false;
   }

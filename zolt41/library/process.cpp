@@ -1,4 +1,5 @@
 #include "zolt41/notify/channel_objects.h"
+#include "zolt41/notify/notify_thread.h"
 #include "zolt41/platform/registry/hive_status.h"
 
 // What a process holds from the moment that it loads the library until it ends or unloads it.
@@ -10,6 +11,7 @@ namespace {
 }
 
 [[gnu::destructor]] void DetachProcess() {
+  zolt::StopNotificationThread();
   zolt::CloseChannelObjects();
   zolt::LeaveHives();
 }

@@ -6,10 +6,9 @@ namespace zolt {
 
 namespace {
 
-constexpr uint32_t kChannelWait = 1000;
-
 constinit HANDLE subscriberMutex = 0;
 constinit HANDLE channelMutex = 0;
+constinit HANDLE notifyEvent = 0;
 
 void Close(HANDLE *handle) {
   CloseHandle(*handle);
@@ -21,11 +20,13 @@ void Close(HANDLE *handle) {
 void OpenChannelObjects() {
   subscriberMutex = CreateMutexA(nullptr, 0, "/ZO/ZOLT/SECURE1");
   channelMutex = CreateMutexA(nullptr, 0, "/ZO/ZOLT/SECURE2");
+  notifyEvent = CreateEventA(nullptr, 1, 0, "ZOPref_EndPrefsNotify");
 }
 
 void CloseChannelObjects() {
   Close(&subscriberMutex);
   Close(&channelMutex);
+  Close(&notifyEvent);
   DetachSegment();
 }
 
@@ -37,9 +38,18 @@ HANDLE ChannelMutex() {
   return channelMutex;
 }
 
-ChannelGuard::ChannelGuard() {
-  uint32_t const result = WaitForSingleObject(channelMutex, kChannelWait);
+HANDLE NotifyEvent() {
+  return notifyEvent;
+}
+
+ChannelArea *Channel() {
+  return static_cast<ChannelArea *>(SegmentArea());
+}
+
+ChannelGuard::ChannelGuard(uint32_t milliseconds) {
+  uint32_t const result = WaitForSingleObject(channelMutex, milliseconds);
   held_ = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
+  timedOut_ = result == WAIT_TIMEOUT;
 }
 
 ChannelGuard::~ChannelGuard() {

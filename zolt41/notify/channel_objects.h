@@ -1,29 +1,48 @@
 #ifndef ZOLT41_NOTIFY_CHANNEL_OBJECTS_H_
 #define ZOLT41_NOTIFY_CHANNEL_OBJECTS_H_
 
+#include "zolt41/notify/channel_layout.h"
+#include "zolt41/platform/kernel/named_event.h"
 #include "zolt41/platform/kernel/named_mutex.h"
 
 namespace zolt {
 
-// The two mutexes that the processes of one user and home share. Where both are taken, the
-// subscriber mutex is taken first. They are open from the attach of the process to its detach;
-// outside of that the handles are 0, and waits on them fail.
+// What the processes of one user and home share. The handles are open from the attach of the
+// process to its detach; outside of that they are 0, and waits on them fail.
 void OpenChannelObjects();
 void CloseChannelObjects();
+
+// Bears its name for all to see, but what guards the subscribers of a process is a lock of that
+// process alone, so that one which is stopped stops no other.
 HANDLE SubscriberMutex();
+
+// Whoever announces holds it, and InitPrefs and the changes of the tree do.
 HANDLE ChannelMutex();
 
-// Holds the channel mutex for as long as it lives, if it could be had within a second. If not, the
-// work goes on without it: a stopped process must not keep every other one from starting.
+// Pulsed at each announcement.
+HANDLE NotifyEvent();
+
+// Null if the segment cannot be had: then nobody hears of a change. The first call attaches the
+// process to it.
+ChannelArea *Channel();
+
+// Holds the channel mutex for as long as it lives, if it could be had in time. If not, a caller
+// that can do without goes on: a stopped process must not keep every other one from starting.
 class ChannelGuard {
  public:
-  ChannelGuard();
+  static constexpr uint32_t kWait = 1000;
+
+  explicit ChannelGuard(uint32_t milliseconds = kWait);
   ~ChannelGuard();
   ChannelGuard(ChannelGuard const &) = delete;
   ChannelGuard &operator=(ChannelGuard const &) = delete;
 
+  bool held() const { return held_; }
+  bool timedOut() const { return timedOut_; }
+
  private:
   bool held_;
+  bool timedOut_;
 };
 
 }  // namespace zolt

@@ -3,6 +3,7 @@
 #include <new>
 
 #include "zolt41/foundation/a_string.h"
+#include "zolt41/prefs/ascii_case.h"
 
 namespace zolt {
 
@@ -10,18 +11,6 @@ namespace {
 
 constexpr PrefLevel kOpenOrder[] = {PrefLevelSystem, PrefLevelUser, PrefLevelSharedSystem,
                                     PrefLevelSharedUser};
-
-char FoldAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-}
-
-bool EqualButForAsciiCase(char const *a, char const *b) {
-  while (*a != '\0' && FoldAscii(*a) == FoldAscii(*b)) {
-    ++a;
-    ++b;
-  }
-  return FoldAscii(*a) == FoldAscii(*b);
-}
 
 HKEY OpenKey(HKEY parent, char const *name, uint32_t access) {
   HKEY key = 0;

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "zolt41/foundation/a_string.h"
+#include "zolt41/notify/change_table.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/system/codepage.h"
 #include "zolt41/platform/system/last_failure.h"
@@ -93,6 +94,7 @@ void WinPrefs::SetStr(uint32_t section, char const *name, char const *value) {
   if (lstrcmpA(old, text) == 0) return;
   RegSetValueExA(key, name, 0, REG_SZ, reinterpret_cast<uint8_t const *>(text),
                  static_cast<uint32_t>(AZStrLen(text)) + 1);
+  zolt::AppendChange(name, old, text);
 }
 
 int32_t WinPrefs::GetFree(uint32_t section, char const *name, uint32_t /*type*/, uint8_t *data,
@@ -111,6 +113,7 @@ void WinPrefs::SetFree(uint32_t section, char const *name, uint32_t type, uint8_
   HKEY const key = KeyToWrite(section);
   if (key == 0) return;
   RegSetValueExA(key, name, 0, type, data, data == nullptr ? 0 : size);
+  zolt::AppendChange(name, "", "");
 }
 
 void WinPrefs::Remove(uint32_t section, char const *name) {
@@ -120,7 +123,9 @@ void WinPrefs::Remove(uint32_t section, char const *name) {
 
 void WinPrefs::RemoveValue(uint32_t section, char const *name) {
   HKEY const key = KeyToWrite(section);
-  if (key != 0) RegDeleteValueA(key, name);
+  if (key == 0) return;
+  RegDeleteValueA(key, name);
+  zolt::AppendChange(name, "", "");
 }
 
 int32_t WinPrefs::Exists(uint32_t section, char const *name) {

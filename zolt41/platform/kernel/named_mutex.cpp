@@ -18,8 +18,7 @@ constexpr NameRow kNames[] = {
     {"/ZO/ZOLT/SECURE2", SegmentMutex::channel},
 };
 
-// A handle is the mutex's place in the table and one: the names are few and known, so all handles
-// on one name are the same number and closing one has nothing to give back.
+// A handle is the mutex's place in the table and one.
 bool Known(HANDLE handle) {
   return handle >= 1 && handle <= std::size(kNames);
 }
@@ -54,5 +53,5 @@ int32_t ReleaseMutex(HANDLE handle) {
 }
 
 int32_t CloseHandle(HANDLE handle) {
-  return zolt::Known(handle) ? 1 : 0;
+  return zolt::Known(handle) || handle == zolt::kEventHandle ? 1 : 0;
 }

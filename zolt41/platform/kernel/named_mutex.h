@@ -28,7 +28,16 @@ uint32_t WaitForSingleObject(HANDLE handle, uint32_t milliseconds);
 // 1, or 0 if the calling thread does not own the mutex.
 int32_t ReleaseMutex(HANDLE handle);
 
-// Closes the handle; a mutex that the calling thread owns stays owned. 1, or 0 for no handle.
+// Closes the handle of a mutex or event; a mutex that the calling thread owns stays owned. 1, or 0
+// for no handle.
 int32_t CloseHandle(HANDLE handle);
+
+namespace zolt {
+
+// The names are few and known, so all handles on one name are the same number, and closing one has
+// nothing to give back. The mutexes begin at 1.
+inline constexpr HANDLE kEventHandle = 16;
+
+}  // namespace zolt
 
 #endif  // ZOLT41_PLATFORM_KERNEL_NAMED_MUTEX_H_

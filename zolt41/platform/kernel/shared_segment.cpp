@@ -23,8 +23,11 @@ constexpr uint32_t kMutexes = static_cast<uint32_t>(SegmentMutex::count);
 struct Segment {
   SharedHeader header;
   alignas(64) std::array<RobustMutex, kMutexes> mutexes;
+  alignas(64) std::array<RobustMutex, kSegmentPlaces> places;
+  alignas(64) std::atomic<uint32_t> event;
+  alignas(4096) std::array<char, kSegmentAreaSize> area;
 };
-static_assert(sizeof(Segment) == 192);
+static_assert(sizeof(Segment) == 0x3000 + kSegmentAreaSize);
 
 struct Attachment {
   std::mutex lock;
@@ -60,11 +63,14 @@ Attachment &TheAttachment() {
   return *attachment;
 }
 
-void Reset(void *block, bool) {
+void Reset(void *block, bool kept) {
   auto *segment = static_cast<Segment *>(block);
-  std::memset(static_cast<char *>(block) + sizeof(SharedHeader), 0,
-              sizeof(Segment) - sizeof(SharedHeader));
+  if (kept) {
+    std::memset(static_cast<char *>(block) + sizeof(SharedHeader), 0,
+                sizeof(Segment) - sizeof(SharedHeader));
+  }
   for (RobustMutex &mutex : segment->mutexes) InitRobustMutex(&mutex);
+  for (RobustMutex &mutex : segment->places) InitRobustMutex(&mutex);
 }
 
 Segment *Attach() {
@@ -74,18 +80,25 @@ Segment *Attach() {
   std::lock_guard const guard(attachment.lock);
   if (!attachment.tried) {
     attachment.tried = true;
-    SharedFile::Format const format{0x315F474553535A5A, 1, sizeof(Segment)};
+    // The stores work without it, so its failures are none of theirs, and hide none of theirs.
+    FirstFailure before;
+    before.Note();
+    SharedFile::Format const format{0x315F474553535A5A, 2, sizeof(Segment)};
     if (attachment.file.Attach(SegmentPath(), SharedFile::Owner::self, format, Reset) ==
             Failure::none &&
         attachment.file.ForeignNamespace()) {
       attachment.file.Detach();
     }
-    // The stores work without it, so this is no failure of theirs.
     ClearFailure();
     segment = static_cast<Segment *>(attachment.file.block());
     attachment.segment.store(segment, std::memory_order_release);
   }
   return attachment.segment.load(std::memory_order_relaxed);
+}
+
+bool Took(RobustMutex *mutex) {
+  MutexWait const wait = LockRobustMutex(mutex, 0);
+  return wait == MutexWait::got || wait == MutexWait::abandoned;
 }
 
 }  // namespace
@@ -124,6 +137,45 @@ bool UnlockInSegment(SegmentMutex mutex) {
   TheAttachment().owned.fetch_sub(1, std::memory_order_relaxed);
   UnlockRobustMutex(&Attach()->mutexes[index]);
   return true;
+}
+
+void *SegmentArea() {
+  Segment *segment = Attach();
+  return segment == nullptr ? nullptr : segment->area.data();
+}
+
+std::atomic<uint32_t> *SegmentEvent() {
+  Segment *segment = Attach();
+  return segment == nullptr ? nullptr : &segment->event;
+}
+
+uint32_t TakeSegmentPlace() {
+  Segment *segment = Attach();
+  if (segment == nullptr) return kSegmentPlaces;
+  uint32_t place = 0;
+  while (place < kSegmentPlaces && !Took(&segment->places[place])) place++;
+  if (place < kSegmentPlaces) TheAttachment().owned.fetch_add(1, std::memory_order_relaxed);
+  return place;
+}
+
+void LeaveSegmentPlace(uint32_t place) {
+  if (place >= kSegmentPlaces) return;
+  UnlockRobustMutex(&Attach()->places[place]);
+  TheAttachment().owned.fetch_sub(1, std::memory_order_relaxed);
+}
+
+bool SegmentPlaceHeld(uint32_t place) {
+  Segment *segment = Attach();
+  if (segment == nullptr || place >= kSegmentPlaces) return false;
+  if (!Took(&segment->places[place])) return true;
+  UnlockRobustMutex(&segment->places[place]);
+  return false;
+}
+
+uint32_t SegmentMutexOwner(SegmentMutex mutex) {
+  Segment *segment = Attach();
+  if (segment == nullptr) return 0;
+  return ProcessOfThread(RobustMutexOwner(&segment->mutexes[static_cast<size_t>(mutex)]));
 }
 
 void DetachSegment() {

@@ -1,6 +1,7 @@
 #ifndef ZOLT41_PLATFORM_KERNEL_SHARED_SEGMENT_H_
 #define ZOLT41_PLATFORM_KERNEL_SHARED_SEGMENT_H_
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -9,19 +10,46 @@
 namespace zolt {
 
 // The memory that all processes of one user and home share, a file in /dev/shm that no other user
-// may open. It guards nothing of the stores: without it they work, and nobody waits for anybody.
+// may open. It guards nothing of the stores: without it they work, nobody waits for anybody, and
+// nobody hears of a change. Another process of the same user can harm it: one that cuts the file
+// short makes us fault.
+//
+// The first use attaches the process, to the segment of the home that the environment then names.
+// It cannot be had where another user's file is in its place, where there is no memory, or where a
+// process of another id namespace made it.
 enum class SegmentMutex : uint32_t { subscribers, channel, count };
+
+// Places for processes. A thread that holds one until its end shows that its process is alive.
+inline constexpr uint32_t kSegmentPlaces = 256;
+
+// What the layers above keep in the segment: all zero when it is made.
+inline constexpr uint32_t kSegmentAreaSize = 0x14A000;
 
 // The file of the home that the environment names. Two homes have two; the name tells no path.
 std::string SegmentPath();
 
-// Waits for a mutex of the segment of the home that the environment names at the first call, which
-// attaches the process. `failed` if the segment cannot be had: another user's file in its place, no
-// memory, or a process of another id namespace made it.
+// Null if the segment cannot be had. Nothing that is read from it may be trusted.
+void *SegmentArea();
+
+// The words that processes sleep on to hear of each other; null if the segment cannot be had.
+std::atomic<uint32_t> *SegmentEvent();
+
+// `failed` if the segment cannot be had.
 [[nodiscard]] MutexWait LockInSegment(SegmentMutex mutex, uint32_t milliseconds);
 
 // False if the calling thread does not own it. A child of fork owns none.
 bool UnlockInSegment(SegmentMutex mutex);
+
+// Takes a place for the calling thread, one that nobody holds or whose holder died, and gives its
+// number; kSegmentPlaces if all are held. Given back by the same thread.
+uint32_t TakeSegmentPlace();
+void LeaveSegmentPlace(uint32_t place);
+
+// A living thread holds the place.
+bool SegmentPlaceHeld(uint32_t place);
+
+// The process that owns the mutex, as far as can be told without waiting; 0 if none does.
+uint32_t SegmentMutexOwner(SegmentMutex mutex);
 
 // Gives the segment up, for the end of the process; the last one to do so removes the file. Kept if
 // this process still owns one of its mutexes, since the kernel then writes to it when the process

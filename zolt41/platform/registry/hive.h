@@ -15,6 +15,7 @@
 #include "zolt41/platform/registry/directory_watch.h"
 #include "zolt41/platform/registry/generation.h"
 #include "zolt41/platform/registry/hive_file.h"
+#include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/key_index.h"
 #include "zolt41/platform/registry/name_lists.h"
 #include "zolt41/platform/registry/private_copy.h"
@@ -85,6 +86,8 @@ class Hive {
 
   // Leaves the reason why the tree could not be opened when that was last tried.
   void ReportFailure();
+
+  HiveStatus Inspect();
 
   // Closes the files; the next use opens them again, where the environment says then.
   void Leave();

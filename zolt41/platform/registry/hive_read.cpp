@@ -60,6 +60,21 @@ int32_t Hive::ReadFile(HiveKey key, std::string_view name, uint32_t *type, void 
   return kResults[static_cast<size_t>(result)];
 }
 
+HiveStatus Hive::Inspect() {
+  HiveStatus status;
+  Reading reading(*this);
+  bool missing = false;
+  status.failure = reading.Enter(true, &missing);
+  status.path = status.failure == Failure::none ? path_ : failedPath_;
+  status.present = !missing && status.failure == Failure::none;
+  if (!status.present) return status;
+  status.writable = writable_.load(std::memory_order_relaxed);
+  Use layout(Readable(), Sql::get_layout);
+  if (layout.Row()) status.layout = static_cast<uint32_t>(layout.Number(0));
+  status.failure = layout.failure();
+  return status;
+}
+
 void Hive::NoticeForeignEdit() {
   if (state_ != State::shared || OwnTransaction() || words_->ChangeNoted()) return;
   if (reader_.LogState() == words_->LogState() || !words_->Lock(0)) return;

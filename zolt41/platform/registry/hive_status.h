@@ -1,9 +1,23 @@
 #ifndef ZOLT41_PLATFORM_REGISTRY_HIVE_STATUS_H_
 #define ZOLT41_PLATFORM_REGISTRY_HIVE_STATUS_H_
 
+#include <cstdint>
+#include <string>
+
 #include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/last_failure.h"
 
 namespace zolt {
+
+// What can be told of a hive by trying to read it, which makes nothing.
+struct HiveStatus {
+  std::string path;  // of its file
+  bool present = false;
+  bool writable = false;
+  uint32_t layout = 0;              // 0 where there is none, or it could not be read
+  Failure failure = Failure::none;  // why it cannot be read
+};
+HiveStatus InspectHive(HKEY root);
 
 // Leaves for ZOLTLastFailure why the tree of `root` could not be opened when it was last tried,
 // or "none" if it could. For operations on keys that were never got.

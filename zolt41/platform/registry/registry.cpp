@@ -209,6 +209,12 @@ void ReportHiveFailure(HKEY root) {
   if (Hive *hive = HiveOf(root); hive != nullptr) hive->ReportFailure();
 }
 
+HiveStatus InspectHive(HKEY root) {
+  ClearFailure();
+  Hive *const hive = HiveOf(root);
+  return hive == nullptr ? HiveStatus{} : hive->Inspect();
+}
+
 bool SameKey(HKEY a, HKEY b) {
   Hives &hives = TheHives();
   OpenKey first{};

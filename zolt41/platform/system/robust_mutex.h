@@ -28,6 +28,13 @@ void InitRobustMutex(RobustMutex *mutex);
 // The calling thread must be the owner.
 void UnlockRobustMutex(RobustMutex *mutex);
 
+// The system's id of the thread that owns it at this moment, or owned it when it died; 0 if none
+// does.
+uint32_t RobustMutexOwner(RobustMutex const *mutex);
+
+// The process that a thread of the system belongs to; 0 if there is no such thread.
+uint32_t ProcessOfThread(uint32_t thread);
+
 }  // namespace zolt
 
 #endif  // ZOLT41_PLATFORM_SYSTEM_ROBUST_MUTEX_H_

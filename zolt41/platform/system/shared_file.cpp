@@ -103,8 +103,8 @@ SharedHeader *SharedFile::Map(uint32_t size, Failure *failure) {
 Failure SharedFile::Reset(Format const &format, std::function<void(void *, bool)> const &reset) {
   struct stat found {};
   if (fstat(descriptor_, &found) != 0) return Fail(FailureFromErrno(errno));
-  bool kept = found.st_size == static_cast<off_t>(format.size);
-  if (!kept && ftruncate(descriptor_, 0) != 0) return Fail(FailureFromErrno(errno));
+  bool const sized = found.st_size == static_cast<off_t>(format.size);
+  if (!sized && ftruncate(descriptor_, 0) != 0) return Fail(FailureFromErrno(errno));
   // Every page gets its place on the disk now: a write to a mapping has no way to report a full
   // disk but a signal.
   if (int const error = posix_fallocate(descriptor_, 0, format.size); error != 0) {
@@ -113,10 +113,11 @@ Failure SharedFile::Reset(Format const &format, std::function<void(void *, bool)
   Failure failure = Failure::none;
   SharedHeader *header = Map(format.size, &failure);
   if (header == nullptr) return failure;
-  kept = kept && header->magic.load(std::memory_order_acquire) == format.magic &&
-         header->layout == format.layout && header->size == format.size;
+  bool const kept = sized && header->magic.load(std::memory_order_acquire) == format.magic &&
+                    header->layout == format.layout && header->size == format.size;
   header->magic.store(0, std::memory_order_release);
-  if (!kept) {
+  // What was cut off and allocated anew is zero, and touching it would only cost time.
+  if (sized && !kept) {
     std::memset(static_cast<char *>(block_) + sizeof(uint64_t), 0, format.size - sizeof(uint64_t));
   }
   reset(block_, kept);

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-using HINSTANCE = uintptr_t;
+#include "zolt41/platform/system/instance.h"
 
 namespace zolt {
 

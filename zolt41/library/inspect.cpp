@@ -1,0 +1,74 @@
+#include "zolt41/library/inspect.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
+
+#include "zolt41/notify/channel_status.h"
+#include "zolt41/platform/kernel/shared_segment.h"
+#include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/file_status.h"
+#include "zolt41/platform/system/home.h"
+
+namespace {
+
+template <size_t size>
+void CopyText(std::string_view text, char (&field)[size]) {
+  field[text.copy(field, size - 1)] = '\0';
+}
+
+void Fill(std::string const &path, ZOLTFileState *state) {
+  zolt::FileStatus const found = zolt::StatusOf(path);
+  CopyText(path, state->path);
+  state->present = found.present ? 1 : 0;
+  state->owner = found.owner;
+  state->mode = found.mode;
+}
+
+void Fill(HKEY root, std::string const &home, char const *name, ZOLTHiveState *state) {
+  zolt::HiveStatus const found = zolt::InspectHive(root);
+  Fill(home, &state->directory);
+  Fill(home + name, &state->file);
+  state->failure = static_cast<int32_t>(found.failure);
+  state->layout = found.layout;
+  state->writable = found.writable ? 1 : 0;
+}
+
+ZOLTProcessKind KindOf(zolt::ListenerStatus const &listener) {
+  if (listener.lagging) return ZOLTProcessLagging;
+  return listener.listening ? ZOLTProcessListening : ZOLTProcessIdle;
+}
+
+void FillChannel(ZOLTState *state) {
+  ZOLTChannelState &channel = state->channel;
+  Fill(zolt::SegmentPath(), &channel.file);
+  // To look must not make it.
+  channel.usable = 1;
+  if (channel.file.present == 0) return;
+  zolt::ChannelStatus const found = zolt::InspectChannel();
+  channel.usable = found.usable ? 1 : 0;
+  channel.announcements = found.announcements;
+  channel.holder = found.holder;
+  if (found.holder != 0) CopyText(zolt::ProgramOf(found.holder), channel.holderProgram);
+  for (zolt::ListenerStatus const &listener : found.listeners) {
+    if (state->processCount == std::size(state->processes)) break;
+    ZOLTProcessState &process = state->processes[state->processCount++];
+    process.process = listener.process;
+    process.kind = KindOf(listener);
+    process.missed = listener.missed;
+    CopyText(zolt::ProgramOf(listener.process), process.program);
+  }
+}
+
+}  // namespace
+
+int32_t ZOLTInspect(ZOLTState *out) {
+  if (out == nullptr) return 0;
+  *out = {};
+  zolt::Homes const homes = zolt::ResolveHomes();
+  Fill(HKEY_CURRENT_USER, homes.user, "/user.hive", &out->user);
+  Fill(HKEY_LOCAL_MACHINE, homes.machine, "/machine.hive", &out->machine);
+  FillChannel(out);
+  return 1;
+}

@@ -1,0 +1,60 @@
+#ifndef ZOLT41_LIBRARY_INSPECT_H_
+#define ZOLT41_LIBRARY_INSPECT_H_
+
+#include <cstdint>
+
+#include "zolt41/platform/system/api.h"
+
+// What the library finds at this moment, for diagnosis. Failures are the numbers of
+// ZOLTLastFailure; texts end with a NUL and are cut to their fields.
+
+struct ZOLTFileState {
+  char path[1024];
+  int32_t present;
+  uint32_t owner;  // the user's id
+  uint32_t mode;   // the lower nine bits
+};
+
+struct ZOLTHiveState {
+  ZOLTFileState directory;
+  ZOLTFileState file;
+  int32_t failure;   // why it cannot be read; 0 also where there is no file yet
+  uint32_t layout;   // 0 where there is no file, or it could not be read
+  int32_t writable;  // as far as can be told without writing
+};
+
+// A process that has started the library (InitPrefs).
+enum ZOLTProcessKind : int32_t {
+  ZOLTProcessIdle = 0,       // it has no subscribers
+  ZOLTProcessListening = 1,  // it has, and answers
+  ZOLTProcessLagging = 2,    // it let a writer wait in vain: stopped, or out of time
+};
+
+struct ZOLTProcessState {
+  uint32_t process;
+  char program[16];
+  ZOLTProcessKind kind;
+  uint32_t missed;  // announcements that it lost
+};
+
+struct ZOLTChannelState {
+  ZOLTFileState file;      // not present while no process uses the channel
+  int32_t usable;          // this process is or could be attached
+  uint32_t announcements;  // how many there were, modulo 2^32
+  uint32_t holder;         // the process that holds the channel mutex, or 0
+  char holderProgram[16];
+};
+
+struct ZOLTState {
+  ZOLTHiveState user;
+  ZOLTHiveState machine;
+  ZOLTChannelState channel;
+  uint32_t processCount;
+  ZOLTProcessState processes[256];
+};
+
+// Fills in `*out` and gives 1; 0 for null. Needs no InitPrefs, makes no file, and waits only as
+// long as any read does. Each part is as true as it was when it was looked at.
+ZOLT_API int32_t ZOLTInspect(ZOLTState *out);
+
+#endif  // ZOLT41_LIBRARY_INSPECT_H_

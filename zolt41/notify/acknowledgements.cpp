@@ -1,0 +1,110 @@
+#include "zolt41/notify/acknowledgements.h"
+
+#include <sched.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "zolt41/notify/announcement_ring.h"
+#include "zolt41/platform/kernel/futex.h"
+
+namespace zolt {
+namespace {
+
+using std::chrono::steady_clock;
+
+constexpr auto kPause = std::chrono::milliseconds(50);
+constexpr uint32_t kYields = 502;
+// An answer that comes at all mostly comes within this time, and to fall asleep costs as much.
+constexpr auto kSpin = std::chrono::microseconds(20);
+
+constexpr uint64_t Open(uint32_t number, uint32_t remaining) {
+  return uint64_t{number} << 32 | remaining;
+}
+
+bool AllAnswered(ChannelArea const &channel, uint32_t number) {
+  uint64_t const open = channel.answers.open.load();
+  return open >> 32 != number || static_cast<uint32_t>(open) == 0;
+}
+
+template <typename Visit>
+void ForEachSlot(ChannelArea *channel, Visit visit) {
+  uint32_t const used = std::min(channel->slotsUsed.load(), kSegmentPlaces);
+  for (uint32_t i = 0; i < used; i++) {
+    if (channel->slots[i].listening.load() != 0) visit(i, &channel->slots[i]);
+  }
+}
+
+void SleepUntilAnswered(ChannelArea *channel, uint32_t number, steady_clock::time_point end) {
+  std::atomic<uint32_t> &sleeps = channel->answers.writerSleeps;
+  for (;;) {
+    auto const left = end - steady_clock::now();
+    if (left.count() <= 0) break;
+    sleeps.store(1);
+    if (AllAnswered(*channel, number)) break;
+    SleepOn(&sleeps, 1, left);
+    if (AllAnswered(*channel, number)) break;
+  }
+  sleeps.store(0);
+}
+
+void PassOverWhoDidNotAnswer(ChannelArea *channel, uint32_t number) {
+  ForEachSlot(channel, [number](uint32_t place, ProcessSlot *slot) {
+    if (slot->awaited.load() != number || slot->acknowledged.load() == number) return;
+    if (SegmentPlaceHeld(place)) {
+      slot->lagging.store(1);
+    } else {
+      slot->listening.store(0);
+    }
+  });
+}
+
+}  // namespace
+
+void ExpectAnswers(ChannelArea *channel, uint32_t number) {
+  uint32_t expected = 0;
+  ForEachSlot(channel, [&](uint32_t place, ProcessSlot *slot) {
+    if (slot->lagging.load() != 0) return;
+    if (!SegmentPlaceHeld(place)) {
+      slot->listening.store(0);
+      return;
+    }
+    slot->awaited.store(number);
+    expected++;
+  });
+  channel->answers.open.store(Open(number, expected));
+  channel->block.pendingAcks.store(expected);
+}
+
+void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause) {
+  auto const start = steady_clock::now();
+  if (pause == Pause::full) {
+    std::this_thread::sleep_until(start + kPause);
+  } else {
+    while (!AllAnswered(*channel, number) && steady_clock::now() < start + kSpin) {
+    }
+    if (!AllAnswered(*channel, number)) SleepUntilAnswered(channel, number, start + kPause);
+  }
+  for (uint32_t i = 0; i < kYields && !AllAnswered(*channel, number); i++) sched_yield();
+  if (!AllAnswered(*channel, number)) PassOverWhoDidNotAnswer(channel, number);
+}
+
+void AnswerFor(ChannelArea *channel, uint32_t slot, uint32_t number) {
+  if (slot >= kSegmentPlaces) return;
+  ProcessSlot &own = channel->slots[slot];
+  own.acknowledged.store(number);
+  if (own.lagging.load() != 0 && LastAnnouncement(channel->ring) == number) own.lagging.store(0);
+  if (own.awaited.load() != number) return;
+  uint64_t open = channel->answers.open.load();
+  while (open >> 32 == number && static_cast<uint32_t>(open) != 0) {
+    if (!channel->answers.open.compare_exchange_weak(open, open - 1)) continue;
+    channel->block.pendingAcks.store(static_cast<uint32_t>(open) - 1);
+    if (static_cast<uint32_t>(open) != 1) return;
+    std::atomic<uint32_t> &sleeps = channel->answers.writerSleeps;
+    if (sleeps.exchange(0) != 0) WakeSleepers(&sleeps, 1);
+    return;
+  }
+}
+
+}  // namespace zolt

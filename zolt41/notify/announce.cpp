@@ -1,0 +1,17 @@
+#include "zolt41/notify/announce.h"
+
+#include "zolt41/notify/announcement_ring.h"
+#include "zolt41/notify/channel_objects.h"
+
+namespace zolt {
+
+void Announce(Announcement const &announcement, Pause pause) {
+  ChannelArea *const channel = Channel();
+  if (channel == nullptr) return;
+  ExpectAnswers(channel, LastAnnouncement(channel->ring) + 1);
+  uint32_t const number = Publish(&channel->ring, announcement);
+  PulseEvent(NotifyEvent());
+  AwaitAnswers(channel, number, pause);
+}
+
+}  // namespace zolt

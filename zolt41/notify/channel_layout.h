@@ -1,0 +1,81 @@
+#ifndef ZOLT41_NOTIFY_CHANNEL_LAYOUT_H_
+#define ZOLT41_NOTIFY_CHANNEL_LAYOUT_H_
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+
+#include "zolt41/notify/notification_info.h"
+#include "zolt41/platform/kernel/shared_segment.h"
+
+namespace zolt {
+
+// What the channel keeps in the shared segment. Any process of the user can write anything here at
+// any time, so nothing that is read is trusted.
+
+// 40 bytes that all users of the library share.
+struct SharedBlock {
+  std::atomic<uint32_t> componentServer[3];
+  // The open transaction of a Begin function.
+  std::atomic<uint32_t> sectionId;
+  std::atomic<uint32_t> extra;
+  std::atomic<uint32_t> level;
+  std::atomic<uint32_t> recordCount;  // how many records of the table are reserved
+  std::atomic<uint32_t> pendingAcks;  // for diagnosis; Acknowledgements has what counts
+  std::atomic<uint32_t> threadCount;
+  std::atomic<uint32_t> transactionType;
+};
+static_assert(sizeof(SharedBlock) == 40 && offsetof(SharedBlock, sectionId) == 12 &&
+              offsetof(SharedBlock, recordCount) == 24 &&
+              offsetof(SharedBlock, transactionType) == 36);
+
+inline constexpr uint32_t kTableRecords = 128;
+
+// The table of the open transaction, and beside each record who writes it; see change_table.h.
+struct Table {
+  std::atomic<uint32_t> epoch;  // counts the Begin functions
+  alignas(64) std::atomic<uint64_t> marks[kTableRecords];
+  NotificationInfo records[kTableRecords];
+};
+
+// The announcements, oldest overwritten; see announcement_ring.h.
+struct Ring {
+  static constexpr uint32_t kWords = 0x20000;
+
+  std::atomic<uint64_t> published;
+  std::atomic<uint32_t> reserved;
+  alignas(64) std::atomic<uint64_t> words[kWords];
+};
+
+// A process that listens. Its notification thread holds the segment's place of the same number.
+struct ProcessSlot {
+  std::atomic<uint32_t> process;
+  std::atomic<uint32_t> listening;     // it hears announcements
+  std::atomic<uint32_t> acknowledged;  // the last announcement that it has dealt with
+  std::atomic<uint32_t> awaited;       // the announcement for which it was counted
+  std::atomic<uint32_t> lagging;       // it let a writer wait in vain
+  std::atomic<uint32_t> missed;        // announcements that were overwritten before it came
+};
+
+// Who has still to answer; see acknowledgements.h.
+struct Answers {
+  std::atomic<uint64_t> open;
+  std::atomic<uint32_t> writerSleeps;
+};
+
+struct ChannelArea {
+  SharedBlock block;
+  alignas(64) Answers answers;
+  std::atomic<uint32_t> slotsUsed;  // no slot from this one on was ever taken
+  alignas(64) ProcessSlot slots[kSegmentPlaces];
+  alignas(64) Table table;
+  alignas(64) Ring ring;
+};
+static_assert(sizeof(NotificationInfo[kTableRecords]) == 0x48000);
+static_assert(sizeof(ChannelArea) <= kSegmentAreaSize &&
+              sizeof(ChannelArea) + 4096 > kSegmentAreaSize);
+static_assert(std::atomic<uint64_t>::is_always_lock_free);
+
+}  // namespace zolt
+
+#endif  // ZOLT41_NOTIFY_CHANNEL_LAYOUT_H_

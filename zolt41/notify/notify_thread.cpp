@@ -1,0 +1,234 @@
+#include "zolt41/notify/notify_thread.h"
+
+#include <algorithm>
+#include <climits>
+#include <mutex>
+
+#include "zolt41/notify/acknowledgements.h"
+#include "zolt41/notify/announcement_ring.h"
+#include "zolt41/notify/channel_objects.h"
+#include "zolt41/notify/pref_notify.h"
+#include "zolt41/notify/subscriber_list.h"
+#include "zolt41/platform/kernel/futex.h"
+#include "zolt41/platform/kernel/thread.h"
+
+namespace zolt {
+namespace {
+
+// All but `commands` is guarded by the lock of the subscribers.
+struct Notifier {
+  bool wanted = false;   // between InitPrefs and DisposeZOLT
+  bool running = false;  // in this process: the thread is not in the child of a fork
+  bool stopping = false;
+  bool listening = false;
+  bool waits = false;  // on the event that all processes share
+  uint32_t place = kSegmentPlaces;
+  RingReader reader;
+  Thread thread;
+  std::atomic<uint32_t> commands{0};  // counts what the thread is told while it does not listen
+};
+
+Notifier &TheNotifier() {
+  static auto *const notifier = new Notifier();
+  return *notifier;
+}
+
+std::unique_lock<RecursiveMutex> Lock() {
+  return std::unique_lock(SubscriberList::The().lock());
+}
+
+ProcessSlot *OwnSlot(Notifier const &notifier) {
+  return notifier.place < kSegmentPlaces ? &Channel()->slots[notifier.place] : nullptr;
+}
+
+void ShowListening(Notifier const &notifier) {
+  if (ProcessSlot *const slot = OwnSlot(notifier)) {
+    slot->listening.store(notifier.listening ? 1 : 0);
+  }
+}
+
+void Wake(Notifier *notifier) {
+  notifier->commands.fetch_add(1);
+  WakeSleepers(&notifier->commands, INT_MAX);
+  if (notifier->waits) PulseEvent(NotifyEvent());
+}
+
+void TakePlace(Notifier *notifier) {
+  uint32_t const place = TakeSegmentPlace();
+  auto const guard = Lock();
+  ChannelArea *const channel = Channel();
+  channel->block.threadCount.fetch_add(1);
+  notifier->place = place;
+  ProcessSlot *const slot = OwnSlot(*notifier);
+  if (slot == nullptr) return;
+  slot->listening.store(0);
+  slot->lagging.store(0);
+  slot->awaited.store(0);
+  slot->missed.store(0);
+  slot->process.store(ThisProcess());
+  uint32_t used = channel->slotsUsed.load();
+  while (used <= place && !channel->slotsUsed.compare_exchange_weak(used, place + 1)) {
+  }
+  ShowListening(*notifier);
+}
+
+void LeavePlace(Notifier *notifier) {
+  auto const guard = Lock();
+  notifier->listening = false;
+  ShowListening(*notifier);
+  if (ProcessSlot *const slot = OwnSlot(*notifier)) slot->process.store(0);
+  LeaveSegmentPlace(notifier->place);
+  notifier->place = kSegmentPlaces;
+  Channel()->block.threadCount.fetch_sub(1);
+}
+
+// Hands on the next announcement, if there is one, and answers it.
+bool HearOne(Notifier *notifier) {
+  auto const guard = Lock();
+  SubscriberList &list = SubscriberList::The();
+  RingReader &reader = notifier->reader;
+  uint32_t missed = 0;
+  uint32_t lost = 0;
+  switch (reader.Read(Channel()->ring)) {
+    case RingReader::Result::none:
+      return false;
+    case RingReader::Result::heard:
+      if (reader.count() != 0) {
+        lost = list.Deliver(reader.head(), reader.records().data(),
+                            static_cast<int32_t>(reader.count()));
+      }
+      break;
+    case RingReader::Result::gap:
+      missed = std::max(reader.missed(), 1U);
+      break;
+  }
+  if (missed != 0 || lost != 0) lost += list.DeliverGap();
+  ProcessSlot *const slot = OwnSlot(*notifier);
+  if (slot != nullptr && missed + lost != 0) slot->missed.fetch_add(missed + lost);
+  AnswerFor(Channel(), notifier->place, reader.number());
+  return true;
+}
+
+// False when the thread is to end.
+bool SleepUntilTold(Notifier *notifier) {
+  uint32_t const seen = notifier->commands.load();
+  {
+    auto const guard = Lock();
+    if (notifier->stopping) return false;
+    if (notifier->listening) return true;
+  }
+  SleepOn(&notifier->commands, seen, std::chrono::nanoseconds(-1));
+  return true;
+}
+
+// Until there is nobody to hear any more, or the thread is to end.
+void Listen(Notifier *notifier) {
+  for (;;) {
+    uint32_t const seen = PulseCount(NotifyEvent());
+    while (HearOne(notifier)) {
+    }
+    {
+      auto const guard = Lock();
+      notifier->waits = notifier->listening && !notifier->stopping;
+      if (!notifier->waits) return;
+    }
+    WaitForPulse(NotifyEvent(), seen);
+    auto const guard = Lock();
+    notifier->waits = false;
+  }
+}
+
+void *Run(void *argument) {
+  auto *const notifier = static_cast<Notifier *>(argument);
+  TakePlace(notifier);
+  while (SleepUntilTold(notifier)) Listen(notifier);
+  LeavePlace(notifier);
+  return nullptr;
+}
+
+void StartIfWanted(Notifier *notifier) {
+  if (!notifier->wanted || notifier->running || Channel() == nullptr) return;
+  notifier->stopping = false;
+  notifier->listening = false;
+  notifier->running = notifier->thread.Start(Run, notifier);
+}
+
+void AfterForkInChild() {
+  SubscriberList::The().StartOverInChild();
+  Notifier &notifier = TheNotifier();
+  notifier.running = false;
+  notifier.listening = false;
+  notifier.waits = false;
+  notifier.place = kSegmentPlaces;
+}
+
+// Last to be set up is first to be asked: the lock of the subscribers comes before those of the
+// queues and of the segment.
+void PrepareForForks() {
+  static bool const prepared = [] {
+    GetCurrentThreadId();
+    Channel();
+    CallAroundForks([] { SubscriberList::The().lock().lock(); },
+                    [] { SubscriberList::The().lock().unlock(); }, AfterForkInChild);
+    return true;
+  }();
+  static_cast<void>(prepared);
+}
+
+void ListenFromNow(Notifier *notifier) {
+  StartIfWanted(notifier);
+  if (!notifier->running || notifier->listening) return;
+  notifier->reader.StartAtEnd(Channel()->ring);
+  notifier->listening = true;
+  ShowListening(*notifier);
+  Wake(notifier);
+}
+
+void StopListening(Notifier *notifier) {
+  if (!notifier->listening) return;
+  notifier->listening = false;
+  ShowListening(*notifier);
+}
+
+}  // namespace
+
+void StartNotificationThread() {
+  PrepareForForks();
+  auto const guard = Lock();
+  Notifier &notifier = TheNotifier();
+  if (notifier.wanted) return;
+  notifier.wanted = true;
+  SubscriberList::The().RemoveAll();
+  StartIfWanted(&notifier);
+}
+
+void StopNotificationThread() {
+  Notifier &notifier = TheNotifier();
+  Thread thread;
+  {
+    auto const guard = Lock();
+    notifier.wanted = false;
+    if (!notifier.running) return;
+    notifier.stopping = true;
+    thread = notifier.thread;
+    Wake(&notifier);
+  }
+  thread.Join();
+  auto const guard = Lock();
+  notifier.running = false;
+}
+
+}  // namespace zolt
+
+void AddNotificationObject(CPrefNotify *subscriber) {
+  auto const guard = zolt::Lock();
+  zolt::SubscriberList::The().Add(subscriber);
+  zolt::ListenFromNow(&zolt::TheNotifier());
+}
+
+void RemoveNotificationObject(CPrefNotify *subscriber) {
+  auto const guard = zolt::Lock();
+  zolt::SubscriberList &list = zolt::SubscriberList::The();
+  list.Remove(subscriber);
+  if (list.empty()) zolt::StopListening(&zolt::TheNotifier());
+}

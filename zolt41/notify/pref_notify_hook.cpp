@@ -1,0 +1,67 @@
+// How a queued change comes to a subscriber on its own thread.
+#include <mutex>
+
+#include "zolt41/notify/pref_notify.h"
+#include "zolt41/notify/subscriber_list.h"
+
+using zolt::SubscriberList;
+
+void CPrefNotify::Init(HINSTANCE /*instance*/, uint32_t threadId) {
+  uint32_t const thread = threadId == 0 ? GetCurrentThreadId() : threadId;
+  std::lock_guard const guard(SubscriberList::The().lock());
+  threadId_ = thread;
+  hook_ = SubscriberList::The().HookOf(thread, GetMsgProc);
+}
+
+void CPrefNotify::Dispose() {
+  SubscriberList &list = SubscriberList::The();
+  std::lock_guard const guard(list.lock());
+  if (!list.noneLives()) return;
+  list.RemoveHooks();
+  hook_ = 0;
+}
+
+intptr_t CPrefNotify::GetMsgProc(int32_t code, uintptr_t wParam, uintptr_t lParam) {
+  MSG const message = *reinterpret_cast<MSG const *>(lParam);  // NOLINT(*-int-to-ptr)
+  intptr_t const kept = CallNextHookEx(message.lParam, code, wParam, lParam);
+  if (message.message != zolt::kChangeMessage || wParam == PM_NOREMOVE || code != HC_ACTION) {
+    return kept;
+  }
+  auto *const subscriber = reinterpret_cast<CPrefNotify *>(message.wParam);  // NOLINT(*-int-to-ptr)
+  bool released = false;
+  {
+    SubscriberList &list = SubscriberList::The();
+    std::lock_guard const guard(list.lock());
+    // Anybody can post such a message; and one can outlive a subscriber that was deleted.
+    if (!list.Lives(subscriber)) return kept;
+    released = subscriber->released_ != 0;
+  }
+  if (SubscriberList::MessageIsGone(subscriber)) delete subscriber;
+  if (released) return kept;
+  if (subscriber->AckCallback() != 0) subscriber->CallBack();
+  return 1;
+}
+
+// The object may be gone when the callback comes back.
+void CPrefNotify::CallBack() {
+  switch (deliveredType_) {
+    case 0:
+      return OnKeyChanged();
+    case 1:
+      return OnKeyRemoved();
+    case 2:
+      return OnKeyCreated();
+    default:
+      return;
+  }
+}
+
+void CPrefNotify::Release() {
+  {
+    std::lock_guard const guard(SubscriberList::The().lock());
+    released_ = 1;
+    // A thread that has ended takes no message any more, and gave back those that it had.
+    if (pendingCount_ > 0 && zolt::ThreadHasQueue(threadId_)) return;
+  }
+  delete this;
+}

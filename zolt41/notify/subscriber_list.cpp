@@ -1,0 +1,117 @@
+#include "zolt41/notify/subscriber_list.h"
+
+#include <mutex>
+#include <new>
+
+#include "zolt41/platform/system/string_table.h"
+
+namespace zolt {
+namespace {
+
+void MessageDropped(MSG const &message) {
+  if (message.message != kChangeMessage) return;
+  auto *const subscriber = reinterpret_cast<CPrefNotify *>(message.wParam);  // NOLINT(*-int-to-ptr)
+  if (SubscriberList::MessageIsGone(subscriber)) delete subscriber;
+}
+
+}  // namespace
+
+SubscriberList::SubscriberList() {
+  SetDroppedMessageHandler(MessageDropped);
+}
+
+SubscriberList &SubscriberList::The() {
+  // Never destroyed: a thread may still end after the rest has gone.
+  static auto *const list = new SubscriberList();
+  return *list;
+}
+
+void SubscriberList::Remove(CPrefNotify const *subscriber) {
+  for (int32_t i = 0; i < listening_.GetSize(); i++) {
+    if (listening_.GetAt(i) != subscriber) continue;
+    listening_.RemoveAt(i, 1);
+    return;
+  }
+}
+
+// Counts the message before it is posted, and takes it all back if it cannot be: then nothing is on
+// its way that a release would wait for. `enqueue` gives false if the change could not be queued.
+template <typename Enqueue>
+uint32_t SubscriberList::Post(CPrefNotify *subscriber, Enqueue enqueue) {
+  if (!enqueue()) return 1;
+  subscriber->pendingCount_++;
+  zolt::Post const posted =
+      PostOwnMessage(subscriber->threadId_, kChangeMessage, reinterpret_cast<uintptr_t>(subscriber),
+                     subscriber->hook_);
+  if (posted == zolt::Post::done) return 0;
+  subscriber->pendingCount_--;
+  subscriber->TakeBackNewest();
+  return posted == zolt::Post::no_memory ? 1 : 0;
+}
+
+uint32_t SubscriberList::Deliver(AnnouncementHead const &head, NotificationInfo const *records,
+                                 int32_t count) {
+  uint32_t lost = 0;
+  // Nobody can come or go meanwhile: no client's code runs in here.
+  for (int32_t i = 0; i < listening_.GetSize(); i++) {
+    auto *const subscriber = static_cast<CPrefNotify *>(listening_.GetAt(i));
+    subscriber->ForEachMatch(head, [&](uint32_t id, int32_t ownType) {
+      auto const queue = [&] {
+        return subscriber->QueueCopy(static_cast<int32_t>(id), static_cast<int32_t>(head.level),
+                                     records, count, head.extra, ownType);
+      };
+      lost += Post(subscriber, queue);
+    });
+  }
+  return lost;
+}
+
+uint32_t SubscriberList::DeliverGap() {
+  uint32_t lost = 0;
+  for (int32_t i = 0; i < listening_.GetSize(); i++) {
+    auto *const subscriber = static_cast<CPrefNotify *>(listening_.GetAt(i));
+    if (subscriber->HearsAll()) lost += Post(subscriber, [&] { return subscriber->QueueGap(); });
+  }
+  return lost;
+}
+
+void SubscriberList::Died(CPrefNotify *subscriber) {
+  living_.erase(subscriber);
+  while (true) {
+    int32_t const before = listening_.GetSize();
+    Remove(subscriber);
+    if (listening_.GetSize() == before) return;
+  }
+}
+
+HHOOK SubscriberList::HookOf(uint32_t thread, HOOKPROC procedure) {
+  auto const found = hooks_.find(thread);
+  if (found != hooks_.end()) return found->second;
+  HHOOK const hook = SetWindowsHookExA(WH_GETMESSAGE, procedure, LibraryInstance(), thread);
+  if (hook != 0) hooks_.emplace(thread, hook);
+  return hook;
+}
+
+void SubscriberList::RemoveHooks() {
+  for (auto const &[thread, hook] : hooks_) UnhookWindowsHookEx(hook);
+  hooks_.clear();
+}
+
+bool SubscriberList::MessageIsGone(CPrefNotify *subscriber) {
+  SubscriberList &list = The();
+  std::lock_guard const guard(list.lock_);
+  if (!list.Lives(subscriber)) return false;
+  if (subscriber->pendingCount_ > 0) subscriber->pendingCount_--;
+  return subscriber->released_ != 0 && subscriber->pendingCount_ == 0;
+}
+
+void SubscriberList::StartOverInChild() {
+  new (&lock_) RecursiveMutex();
+  listening_.RemoveAll();
+  for (CPrefNotify *const subscriber : living_) {
+    subscriber->pendingCount_ = 0;
+    subscriber->DropAll();
+  }
+}
+
+}  // namespace zolt

@@ -1,0 +1,222 @@
+#include "zolt41/prefs/write_transaction.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "zolt41/notify/announce.h"
+#include "zolt41/notify/announcement.h"
+#include "zolt41/notify/channel_objects.h"
+#include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/last_failure.h"
+#include "zolt41/prefs/announced_ids.h"
+#include "zolt41/prefs/change_set.h"
+#include "zolt41/prefs/level_tree.h"
+#include "zolt41/prefs/stores.h"
+#include "zolt41/prefs/text_argument.h"
+
+namespace zolt {
+namespace {
+
+constexpr size_t kMostRecords = 128;
+
+struct Step {
+  enum class Kind { set, clear, expect };
+
+  Kind kind;
+  uint32_t section;
+  std::string name;
+  MaybeValue value;
+};
+
+WinPrefs *StoreOf(PrefLevel level) {
+  switch (level) {
+    case PrefLevelSharedSystem:
+      return GetSharedSystemPrefs();
+    case PrefLevelSharedUser:
+      return GetSharedUserPrefs();
+    case PrefLevelSystem:
+      return GetSystemPrefs();
+    case PrefLevelUser:
+      return GetUserPrefs();
+    default:
+      return nullptr;
+  }
+}
+
+// Why the last operation on the hive failed.
+Commit FailureOfHive() {
+  switch (static_cast<Failure>(ZOLTLastFailure(nullptr, 0))) {
+    case Failure::denied:
+      return Commit::denied;
+    case Failure::locked:
+      return Commit::locked;
+    case Failure::full:
+      return Commit::full;
+    case Failure::damaged:
+      return Commit::damaged;
+    case Failure::newer:
+      return Commit::newer;
+    case Failure::timed_out:
+      return Commit::timed_out;
+    case Failure::none:
+    case Failure::io:
+      break;
+  }
+  return Commit::io;
+}
+
+Commit Refuse(Failure failure, Commit commit, std::string_view subject) {
+  SetFailure(failure, subject);
+  return commit;
+}
+
+ChangeType TypeOf(ChangeSet::Value const &value) {
+  if (!value.after) return ChangeType::removed;
+  return value.before ? ChangeType::modified : ChangeType::created;
+}
+
+std::vector<ChangeText> TextsOf(ChangeSet::Section const &section, ChangeType type) {
+  std::vector<ChangeText> texts;
+  for (ChangeSet::Value const &value : section.values) {
+    if (value.before == value.after || TypeOf(value) != type) continue;
+    texts.push_back({value.name, value.after ? value.after->text() : std::string_view(),
+                     value.before ? value.before->text() : std::string_view()});
+  }
+  return texts;
+}
+
+void AnnounceChanges(ChangeSet const &changes, PrefLevel level, uint32_t extra) {
+  constexpr std::array kOrder = {ChangeType::removed, ChangeType::modified, ChangeType::created};
+  for (ChangeSet::Section const &section : changes.sections()) {
+    AnnouncedIds const ids = IdsToAnnounce(static_cast<int32_t>(section.id));
+    for (ChangeType const type : kOrder) {
+      AnnouncementHead const head = {static_cast<uint32_t>(ids.id),
+                                     static_cast<uint32_t>(ids.alias), static_cast<uint32_t>(level),
+                                     extra, static_cast<uint32_t>(type)};
+      std::vector<ChangeText> const texts = TextsOf(section, type);
+      for (std::span<ChangeText const> rest = texts; !rest.empty();) {
+        auto const some = rest.first(std::min(rest.size(), kMostRecords));
+        Announce({head, some}, Pause::none);
+        rest = rest.subspan(some.size());
+      }
+    }
+  }
+}
+
+}  // namespace
+
+struct Transaction::Collected {
+  std::vector<Step> steps;
+};
+
+Transaction::Transaction(PrefLevel level, uint32_t extra)
+    : level_(level), extra_(extra), collected_(std::make_unique<Collected>()) {}
+
+Transaction::~Transaction() = default;
+
+void Transaction::SetStr(uint32_t section, char const *name, char const *value) {
+  collected_->steps.push_back(
+      {Step::Kind::set, section, TextOrEmpty(name), TextValue(TextOrEmpty(value))});
+}
+
+void Transaction::SetFree(uint32_t section, char const *name, uint32_t type, void const *data,
+                          uint32_t size) {
+  collected_->steps.push_back(
+      {Step::Kind::set, section, TextOrEmpty(name), BytesValue(type, data, size)});
+}
+
+void Transaction::Remove(uint32_t section, char const *name) {
+  collected_->steps.push_back({Step::Kind::set, section, TextOrEmpty(name), {}});
+}
+
+void Transaction::Clear(uint32_t section) {
+  collected_->steps.push_back({Step::Kind::clear, section, "", {}});
+}
+
+void Transaction::Expect(uint32_t section, char const *name, char const *text) {
+  collected_->steps.push_back({Step::Kind::expect, section, TextOrEmpty(name),
+                               text == nullptr ? MaybeValue() : TextValue(text)});
+}
+
+void Transaction::ExpectFree(uint32_t section, char const *name, uint32_t type, void const *data,
+                             uint32_t size) {
+  collected_->steps.push_back(
+      {Step::Kind::expect, section, TextOrEmpty(name), BytesValue(type, data, size)});
+}
+
+Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
+  WinPrefs *const store = StoreOf(level_);
+  if (hive->Begin() != ERROR_SUCCESS) return FailureOfHive();
+  // What is expected was so before the changes, wherever it was said.
+  for (bool const expectations : {true, false}) {
+    for (Step &step : collected_->steps) {
+      if ((step.kind == Step::Kind::expect) != expectations) continue;
+      HKEY const key = store->SectionKey(static_cast<int32_t>(step.section), 0);
+      bool whole = true;
+      if (expectations) {
+        MaybeValue stored;
+        whole = changes->Read(step.section, key, step.name, &stored);
+        if (whole && stored != step.value) return Commit::mismatch;
+      } else if (step.kind == Step::Kind::clear) {
+        whole = changes->Clear(step.section, key);
+      } else {
+        whole = changes->Set(step.section, key, step.name, std::move(step.value));
+      }
+      if (!whole) return FailureOfHive();
+    }
+  }
+  if (!changes->changes()) return Commit::unchanged;
+  if (!changes->Write() || hive->Commit() != ERROR_SUCCESS) return FailureOfHive();
+  return Commit::done;
+}
+
+Commit Transaction::CheckSections() const {
+  WinPrefs *const store = StoreOf(level_);
+  if (store == nullptr) return Refuse(Failure::denied, Commit::denied, "level");
+  for (Step const &step : collected_->steps) {
+    auto const id = static_cast<int32_t>(step.section);
+    if (store->SectionKey(id, 0) != 0) continue;
+    // One that is registered is not open because the hive is not.
+    if (id == 0 || store->GetSectionFromID(id) != nullptr) {
+      ReportHiveFailure(TreeOf(level_).root);
+      if (ZOLTLastFailure(nullptr, 0) != 0) return FailureOfHive();
+    }
+    char subject[32];
+    std::snprintf(subject, sizeof subject, "section 0x%08X", step.section);
+    return Refuse(Failure::denied, Commit::denied, subject);
+  }
+  return Commit::done;
+}
+
+Commit Transaction::Write() {
+  ClearFailure();
+  Commit result = CheckSections();
+  if (result == Commit::done && collected_->steps.empty()) result = Commit::unchanged;
+  if (result == Commit::done) result = WriteAndAnnounce();
+  collected_->steps.clear();
+  return result;
+}
+
+Commit Transaction::WriteAndAnnounce() {
+  ChannelGuard const channel;
+  if (channel.timedOut()) {
+    return Refuse(Failure::timed_out, Commit::timed_out, "/ZO/ZOLT/SECURE2");
+  }
+  ChangeSet changes;
+  Commit result = Commit::io;
+  {
+    HiveTransaction hive(TreeOf(level_).root);
+    result = Apply(&changes, &hive);
+  }
+  if (result == Commit::done) AnnounceChanges(changes, level_, extra_);
+  return result;
+}
+
+}  // namespace zolt
