@@ -83,6 +83,8 @@ void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause) {
     std::this_thread::sleep_until(start + kPause);
   } else {
     while (!AllAnswered(*channel, number) && steady_clock::now() < start + kSpin) {
+      // Who is to answer may need this very processor.
+      sched_yield();
     }
     if (!AllAnswered(*channel, number)) SleepUntilAnswered(channel, number, start + kPause);
   }

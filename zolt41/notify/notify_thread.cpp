@@ -15,7 +15,7 @@
 namespace zolt {
 namespace {
 
-// All but `commands` is guarded by the lock of the subscribers.
+// All but the two words is guarded by the lock of the subscribers.
 struct Notifier {
   bool wanted = false;   // between InitPrefs and DisposeZOLT
   bool running = false;  // in this process: the thread is not in the child of a fork
@@ -25,6 +25,7 @@ struct Notifier {
   uint32_t place = kSegmentPlaces;
   RingReader reader;
   Thread thread;
+  std::atomic<uint32_t> placed{0};    // the thread can be counted among those who are to answer
   std::atomic<uint32_t> commands{0};  // counts what the thread is told while it does not listen
 };
 
@@ -141,6 +142,8 @@ void Listen(Notifier *notifier) {
 void *Run(void *argument) {
   auto *const notifier = static_cast<Notifier *>(argument);
   TakePlace(notifier);
+  notifier->placed.store(1);
+  WakeSleepers(&notifier->placed, INT_MAX);
   while (SleepUntilTold(notifier)) Listen(notifier);
   LeavePlace(notifier);
   return nullptr;
@@ -150,6 +153,7 @@ void StartIfWanted(Notifier *notifier) {
   if (!notifier->wanted || notifier->running || Channel() == nullptr) return;
   notifier->stopping = false;
   notifier->listening = false;
+  notifier->placed.store(0);
   notifier->running = notifier->thread.Start(Run, notifier);
 }
 
@@ -221,9 +225,17 @@ void StopNotificationThread() {
 }  // namespace zolt
 
 void AddNotificationObject(CPrefNotify *subscriber) {
-  auto const guard = zolt::Lock();
-  zolt::SubscriberList::The().Add(subscriber);
-  zolt::ListenFromNow(&zolt::TheNotifier());
+  zolt::Notifier &notifier = zolt::TheNotifier();
+  {
+    auto const guard = zolt::Lock();
+    zolt::SubscriberList::The().Add(subscriber);
+    zolt::ListenFromNow(&notifier);
+    if (!notifier.running) return;
+  }
+  // From here on writers wait for this process too.
+  while (notifier.placed.load() == 0) {
+    zolt::SleepOn(&notifier.placed, 0, std::chrono::nanoseconds(-1));
+  }
 }
 
 void RemoveNotificationObject(CPrefNotify *subscriber) {

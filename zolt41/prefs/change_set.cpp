@@ -78,6 +78,8 @@ ChangeSet::Value *ChangeSet::Touch(Section *section, std::string_view name) {
 bool ChangeSet::Set(uint32_t section, HKEY key, std::string_view name, MaybeValue value) {
   Value *const touched = Touch(&In(section, key), name);
   if (touched == nullptr) return false;
+  // Told under the name that it was changed by.
+  touched->name = name;
   touched->after = std::move(value);
   return true;
 }

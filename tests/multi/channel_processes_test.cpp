@@ -1,0 +1,280 @@
+// The channel between processes: who hears what, and what is left when one of them dies.
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/notify/listener.h"
+#include "tests/support/child.h"
+#include "tests/support/temp_home.h"
+#include "zolt41/platform/kernel/shared_segment.h"
+#include "zolt41/zolt41.h"
+
+namespace zolt {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using testing::Child;
+using testing::DeliverUntil;
+using testing::Listener;
+
+constexpr uint32_t kAudio = 0x41554449;
+
+class Session {
+ public:
+  Session() {
+    InitZOLT();
+    InitPrefs(nullptr);
+  }
+  ~Session() { DisposeZOLT(); }
+};
+
+Commit Write(std::string const &name, std::string const &value) {
+  Transaction transaction(PrefLevelUser);
+  transaction.SetStr(kAudio, name.c_str(), value.c_str());
+  return transaction.Write();
+}
+
+// Hears all; says so; ends when told a change of the value "end".
+int Watch(Child::Pipe &pipe) {
+  Session const session;
+  auto *const all = new Listener();
+  all->AddNotificationAll();
+  AddNotificationObject(all);
+  bool ended = false;
+  all->then = [&](Listener *self) {
+    if (self->changedRecords.GetSize() == 0) return;
+    ended = std::string(self->Record(0).name) == "end";
+    pipe.Say(std::string(self->Record(0).name) + "=" + self->Record(0).newValue);
+  };
+  pipe.Say("watching");
+  bool const heard = DeliverUntil([&] { return ended; });
+  RemoveNotificationObject(all);
+  all->Release();
+  return heard ? 0 : 1;
+}
+
+class ChannelProcessesTest : public ::testing::Test {
+ protected:
+  ChannelProcessesTest() {
+    // The first start makes the hive, and the watchers find it there.
+    Child([](Child::Pipe &) {
+      Session const session;
+      return 0;
+    }).Wait();
+  }
+
+  ~ChannelProcessesTest() override { DetachSegment(); }
+
+  Child &AddWatcher() {
+    watchers_.push_back(std::make_unique<Child>(Watch));
+    EXPECT_EQ(watchers_.back()->pipe().Hear(), "watching");
+    return *watchers_.back();
+  }
+
+  testing::TempHome home_;
+  std::vector<std::unique_ptr<Child>> watchers_;
+};
+
+TEST_F(ChannelProcessesTest, AStoppedOrKilledWatcherCostsAtMostOneTimeOut) {
+  Child &first = AddWatcher();
+  Child &stopped = AddWatcher();
+  Child &killed = AddWatcher();
+  stopped.Signal(SIGSTOP);
+  Session const session;
+  auto const start = steady_clock::now();
+  for (int i = 0; i < 100; i++) {
+    if (i == 50) killed.Signal(SIGKILL);
+    ASSERT_EQ(Write("n", std::to_string(i)), Commit::done);
+  }
+  // 100 time-outs would be five seconds.
+  EXPECT_LT(steady_clock::now() - start, milliseconds(2000));
+  stopped.Signal(SIGCONT);
+  ASSERT_EQ(Write("end", "x"), Commit::done);
+  for (Child *const watcher : {&first, &stopped}) {
+    for (int i = 0; i < 100; i++) EXPECT_EQ(watcher->pipe().Hear(), "n=" + std::to_string(i));
+    EXPECT_EQ(watcher->pipe().Hear(), "end=x");
+    EXPECT_EQ(watcher->Wait(), 0);
+  }
+  EXPECT_EQ(killed.Wait(), -SIGKILL);
+}
+
+TEST_F(ChannelProcessesTest, AWriterKilledAtAnyStepStopsNobody) {
+  Child &watcher = AddWatcher();
+  for (int round = 0; round < 40; round++) {
+    Child writer([round](Child::Pipe &pipe) {
+      Session const session;
+      pipe.Say("writing");
+      for (int i = 0;; i++) {
+        if (round % 2 == 0) {
+          if (Write("w", std::to_string(i)) != Commit::done) return 1;
+        } else {
+          BeginPrefsModify(static_cast<int32_t>(kAudio), 0, 0);
+          GetUserPrefs()->SetStr(kAudio, "w", std::to_string(i).c_str());
+          EndPrefsModify();
+        }
+      }
+    });
+    ASSERT_EQ(writer.pipe().Hear(), "writing");
+    usleep(static_cast<useconds_t>(round * 1777 % 60000));
+    writer.Signal(SIGKILL);
+    writer.Wait();
+  }
+  Child last([](Child::Pipe &) {
+    Session const session;
+    return Write("end", "x") == Commit::done ? 0 : 1;
+  });
+  EXPECT_EQ(last.Wait(), 0);
+  std::string line;
+  while (!(line = watcher.pipe().Hear()).empty() && line != "end=x")
+    EXPECT_EQ(line.substr(0, 2), "w=");
+  EXPECT_EQ(line, "end=x");
+  EXPECT_EQ(watcher.Wait(), 0);
+}
+
+TEST_F(ChannelProcessesTest, AStoppedHolderOfTheChannelLetsAWriterGoAfterASecond) {
+  Child holder([](Child::Pipe &pipe) {
+    Session const session;
+    // Stops within the pause of End, which holds the mutex.
+    BeginPrefsModify(static_cast<int32_t>(kAudio), 0, 0);
+    pipe.Say("begun");
+    pipe.Hear();
+    for (int i = 0; i < 20; i++) EndPrefsModify();
+    return 0;
+  });
+  ASSERT_EQ(holder.pipe().Hear(), "begun");
+  ZOLTState state;
+  Session const session;
+  holder.pipe().Say("end");
+  auto const deadline = steady_clock::now() + milliseconds(10000);
+  auto const held = [&] {
+    ZOLTInspect(&state);
+    return state.channel.holder == static_cast<uint32_t>(holder.id());
+  };
+  // It may let go of the mutex between the look and the signal.
+  for (;;) {
+    while (!held() && steady_clock::now() < deadline) {
+    }
+    holder.Signal(SIGSTOP);
+    if (held() || steady_clock::now() >= deadline) break;
+    holder.Signal(SIGCONT);
+  }
+  ASSERT_EQ(state.channel.holder, static_cast<uint32_t>(holder.id()));
+  EXPECT_EQ(Write("n", "1"), Commit::timed_out);
+  EXPECT_EQ(GetUserPrefs()->Exists(kAudio, "n"), 0);
+  holder.Signal(SIGCONT);
+  EXPECT_EQ(holder.Wait(), 0);
+  EXPECT_EQ(Write("n", "1"), Commit::done);
+}
+
+// Counts up, and looks that each writer's numbers come without a hole, unless a gap was told.
+int WatchStorm(Child::Pipe &pipe, int writers) {
+  Session const session;
+  auto *const all = new Listener();
+  all->AddNotificationAll();
+  AddNotificationObject(all);
+  std::map<std::string, long> last;
+  std::map<std::string, bool> mayJump;
+  int ended = 0;
+  int holes = 0;
+  all->then = [&](Listener *self) {
+    self->heard.clear();
+    if (self->changedId == -1) {
+      for (auto &[name, may] : mayJump) may = true;
+      return;
+    }
+    std::string const name = self->Record(0).name;
+    long const number = std::atol(self->Record(0).newValue);
+    if (name.ends_with("end")) {
+      ended++;
+      return;
+    }
+    bool const follows = number == last[name] + 1;
+    if (!follows && !mayJump[name]) holes++;
+    mayJump[name] = false;
+    last[name] = number;
+  };
+  pipe.Say("watching");
+  bool const heard = DeliverUntil([&] { return ended >= writers; });
+  RemoveNotificationObject(all);
+  all->Release();
+  return heard ? holes : 99;
+}
+
+int WriteStorm(int number, milliseconds length) {
+  Session const session;
+  std::string const name = "W" + std::to_string(number);
+  auto const end = steady_clock::now() + length;
+  for (long i = 1;; i++) {
+    bool const last = steady_clock::now() > end;
+    Transaction transaction(PrefLevelUser);
+    transaction.SetStr(kAudio, name.c_str(), std::to_string(i).c_str());
+    if (last) transaction.SetStr(kAudio, (name + "end").c_str(), std::to_string(i).c_str());
+    Commit const result = transaction.Write();
+    if (result == Commit::timed_out || result == Commit::locked) {
+      i--;
+      continue;
+    }
+    if (result != Commit::done) return 1;
+    if (last) return 0;
+  }
+}
+
+TEST_F(ChannelProcessesTest, AStormLosesNothing) {
+  bool const slow = std::getenv("ZOLT_SLOW") != nullptr;
+  int const watchers = slow ? 32 : 8;
+  milliseconds const length(slow ? 60000 : 1500);
+  constexpr int kWriters = 4;
+  std::vector<std::unique_ptr<Child>> children;
+  for (int i = 0; i < watchers; i++) {
+    children.push_back(
+        std::make_unique<Child>([](Child::Pipe &pipe) { return WatchStorm(pipe, kWriters); }));
+  }
+  for (auto const &child : children) ASSERT_EQ(child->pipe().Hear(), "watching");
+  for (int i = 0; i < kWriters; i++) {
+    children.push_back(
+        std::make_unique<Child>([=](Child::Pipe &) { return WriteStorm(i, length); }));
+  }
+  children[0]->Signal(SIGSTOP);
+  usleep(100000);
+  children[0]->Signal(SIGCONT);
+  for (auto const &child : children) EXPECT_EQ(child->Wait(), 0);
+}
+
+TEST_F(ChannelProcessesTest, SixtyFourProcessesComeForkAndGoAtOnce) {
+  Child &watcher = AddWatcher();
+  std::vector<std::unique_ptr<Child>> children;
+  for (int i = 0; i < 64; i++) {
+    children.push_back(std::make_unique<Child>([i](Child::Pipe &) {
+      Session const session;
+      auto *const own = new Listener();
+      own->AddNotificationAll();
+      AddNotificationObject(own);
+      pid_t const grandchild = fork();
+      if (grandchild == 0) _exit(Write("f", std::to_string(i)) == Commit::done ? 0 : 1);
+      bool const wrote = Write("p", std::to_string(i)) == Commit::done;
+      int status = -1;
+      waitpid(grandchild, &status, 0);
+      RemoveNotificationObject(own);
+      own->Release();
+      return wrote && status == 0 ? 0 : 1;
+    }));
+  }
+  for (auto const &child : children) EXPECT_EQ(child->Wait(), 0);
+  Session const session;
+  EXPECT_EQ(Write("end", "x"), Commit::done);
+  int heard = 0;
+  while (watcher.pipe().Hear() != "end=x") heard++;
+  EXPECT_EQ(heard, 128);
+}
+
+}  // namespace
+}  // namespace zolt

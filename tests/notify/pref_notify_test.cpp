@@ -1,0 +1,176 @@
+#include "zolt41/notify/pref_notify.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "tests/notify/listener.h"
+#include "tests/prefs/prefs_fixture.h"
+#include "tests/support/child.h"
+#include "zolt41/notify/subscriber_list.h"
+#include "zolt41/prefs/write_transaction.h"
+
+namespace {
+
+using zolt::testing::kAudio;
+using zolt::testing::Listener;
+
+constexpr auto kAudioId = static_cast<uint32_t>(kAudio);
+
+class Mortal : public Listener {
+ public:
+  explicit Mortal(int *deaths) : deaths_(deaths) {}
+  ~Mortal() override { (*deaths_)++; }
+
+ private:
+  int *deaths_;
+};
+
+class PrefNotifyTest : public zolt::testing::PrefsTest {
+ protected:
+  template <typename Kind>
+  static Kind *Listen(Kind *listener) {
+    listener->AddNotificationKey(0, kAudioId, 0);
+    AddNotificationObject(listener);
+    return listener;
+  }
+
+  void Change() {
+    zolt::Transaction transaction(PrefLevelUser);
+    transaction.SetStr(kAudioId, "V", std::to_string(++value_).c_str());
+    ASSERT_EQ(transaction.Write(), zolt::Commit::done);
+  }
+
+  int deaths_ = 0;
+  int value_ = 0;
+};
+
+TEST_F(PrefNotifyTest, ReleaseWaitsForWhatIsOnItsWay) {
+  auto *const mortal = Listen(new Mortal(&deaths_));
+  Change();
+  Change();
+  RemoveNotificationObject(mortal);
+  mortal->Release();
+  EXPECT_EQ(deaths_, 0);
+  EXPECT_EQ(ZOLTDeliver(), 2);
+  EXPECT_EQ(deaths_, 1);
+  auto *const idle = Listen(new Mortal(&deaths_));
+  Change();
+  ZOLTDeliver();
+  EXPECT_EQ(idle->heard.size(), 1U) << "the hook that went with the last one is there again";
+  RemoveNotificationObject(idle);
+  idle->Release();
+  EXPECT_EQ(deaths_, 2);
+}
+
+TEST_F(PrefNotifyTest, ACallbackMayReleaseAddAndRemove) {
+  auto *const victim = Listen(new Mortal(&deaths_));
+  auto *const killer = new Mortal(&deaths_);
+  Listener *late = nullptr;
+  killer->then = [&](Listener *self) {
+    RemoveNotificationObject(victim);
+    victim->Release();
+    late = Listen(new Listener());
+    Change();
+    RemoveNotificationObject(self);
+    self->Release();
+  };
+  victim->then = [](Listener *) { FAIL() << "released"; };
+  RemoveNotificationObject(victim);
+  Listen(killer);
+  AddNotificationObject(victim);
+  Change();
+  // In the queue now: the killer's, the victim's; then those of the change in the callback, which
+  // the killer itself is still told of.
+  while (ZOLTDeliver() != 0) {
+  }
+  EXPECT_EQ(deaths_, 2);
+  ASSERT_NE(late, nullptr);
+  EXPECT_EQ(late->heard.size(), 1U);
+  RemoveNotificationObject(late);
+  late->Release();
+}
+
+TEST_F(PrefNotifyTest, AThreadThatEndsLeavesNothingBehind) {
+  Mortal *released = nullptr;
+  Mortal *kept = nullptr;
+  std::thread([&] {
+    released = Listen(new Mortal(&deaths_));
+    kept = Listen(new Mortal(&deaths_));
+    Change();
+    RemoveNotificationObject(released);
+    released->Release();
+    EXPECT_EQ(deaths_, 0);
+  }).join();
+  EXPECT_EQ(deaths_, 1) << "its message went with the thread";
+  Change();  // Finds no queue.
+  RemoveNotificationObject(kept);
+  kept->Release();
+  EXPECT_EQ(deaths_, 2);
+}
+
+TEST_F(PrefNotifyTest, StrangeMessagesAreNotFollowed) {
+  Listener *const listener = Listen(new Listener());
+  uint32_t const self = GetCurrentThreadId();
+  for (uintptr_t const who : {uintptr_t{0}, uintptr_t{1}, reinterpret_cast<uintptr_t>(&deaths_),
+                              reinterpret_cast<uintptr_t>(listener)}) {
+    PostThreadMessageA(self, zolt::kChangeMessage, who, who);
+  }
+  Change();
+  ZOLTDeliver();
+  EXPECT_EQ(listener->heard.size(), 1U);
+  listener->AddNotificationKey(0, kAudioId, 0);
+  Change();
+  EXPECT_EQ(ZOLTDeliver(), 2) << "one for each key";
+  EXPECT_EQ(listener->heard.size(), 3U);
+  // Deleted with a message on its way, and not even removed.
+  Change();
+  delete listener;
+  EXPECT_EQ(ZOLTDeliver(), 2);
+  Change();
+}
+
+TEST_F(PrefNotifyTest, AThreadThatNeverPumpsCostsBoundedMemoryAndIsToldOfTheGap) {
+  auto *const all = new Listener();
+  all->AddNotificationAll();
+  AddNotificationObject(all);
+  NotificationInfo const record = {"n", "new", "old"};
+  zolt::AnnouncementHead const head = {kAudioId, 0, 4, 0, 0};
+  uint32_t lost = 0;
+  {
+    // 64 MiB are 29,127 records.
+    zolt::SubscriberList &list = zolt::SubscriberList::The();
+    std::lock_guard const guard(list.lock());
+    for (int i = 0; i < 29130; i++) lost += list.Deliver(head, &record, 1);
+    list.DeliverGap();
+  }
+  EXPECT_EQ(lost, 3U);
+  while (ZOLTDeliver() != 0) {
+  }
+  ASSERT_EQ(all->heard.size(), 29128U);
+  EXPECT_EQ(all->heard.back(), "modified FFFFFFFF 0 0");
+  RemoveNotificationObject(all);
+  all->Release();
+}
+
+TEST_F(PrefNotifyTest, AChildOfForkListensWithItsOwnObjects) {
+  Listener *const listener = Listen(new Listener());
+  Change();
+  zolt::testing::Child child([&](zolt::testing::Child::Pipe &) {
+    if (ZOLTDeliver() != 0) return 1;
+    RemoveNotificationObject(listener);
+    listener->Release();
+    Listener *const own = Listen(new Listener());
+    Change();
+    bool const heard = zolt::testing::DeliverUntil([&] { return !own->heard.empty(); });
+    RemoveNotificationObject(own);
+    own->Release();
+    return heard ? 0 : 2;
+  });
+  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_TRUE(zolt::testing::DeliverUntil([&] { return listener->heard.size() == 2; }));
+  RemoveNotificationObject(listener);
+  listener->Release();
+}
+
+}  // namespace
