@@ -1,0 +1,148 @@
+// How fast other processes hear of a change, and how many changes a second one process can tell.
+// With an argument it is one of those who listen.
+
+#include <signal.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "benchmarks/measure.h"
+#include "benchmarks/news_dconf.h"
+#include "benchmarks/news_gdbus.h"
+#include "benchmarks/news_ours.h"
+#include "benchmarks/news_sd_bus.h"
+#include "benchmarks/watchers.h"
+
+namespace {
+
+using namespace zolt::bench;
+
+constexpr int kNews = 500;
+constexpr int kFirstNews = 20;  // fill the caches and are not counted
+// Services of a peer are still at work when the listener has heard.
+constexpr auto kPause = std::chrono::milliseconds(2);
+constexpr size_t kManyWatchers = 32;
+constexpr int kRateRounds = 15;
+constexpr int kStandstillRounds = 5;
+constexpr uint32_t kSeries = 1000;
+
+struct Role {
+  char const *name;
+  void (*run)();
+};
+constexpr Role kRoles[] = {
+    {"watch_ours", WatchOurs},   {"watch_sd_bus", WatchSdBus}, {"watch_gdbus", WatchGDBus},
+    {"serve_gdbus", ServeGDBus}, {"watch_dconf", WatchDConf},
+};
+
+int Play(char const *name) {
+  for (Role const &role : kRoles) {
+    if (std::strcmp(role.name, name) == 0) {
+      role.run();
+      return 0;
+    }
+  }
+  Fail(std::string("no such role: ") + name);
+}
+
+struct Way {
+  std::string key;
+  Watchers *watchers;
+  Watchers::Send send;
+  uint32_t count = 1;
+  std::vector<double> times = {};
+};
+
+void ReportTimes(std::vector<Way> const &ways) {
+  for (Way const &way : ways) Report(way.key, Median(way.times));
+}
+
+void MeasureHearing(std::vector<Way> ways) {
+  std::mt19937 random(1);
+  std::vector<Way *> order;
+  for (Way &way : ways) {
+    way.watchers->Settle(way.send);
+    order.push_back(&way);
+  }
+  for (int i = 0; i < kFirstNews + kNews; i++) {
+    std::shuffle(order.begin(), order.end(), random);
+    for (Way *way : order) {
+      std::this_thread::sleep_for(kPause);
+      double const time = way->watchers->TimeToLast(way->send);
+      if (i >= kFirstNews) way->times.push_back(time);
+    }
+  }
+  ReportTimes(ways);
+}
+
+void MeasureRate(std::vector<Way> ways) {
+  for (Way &way : ways) way.watchers->Settle(way.send);
+  for (int i = 0; i < kRateRounds; i++) {
+    for (Way &way : ways) way.times.push_back(way.watchers->TimeToSend(way.send, way.count));
+  }
+  ReportTimes(ways);
+}
+
+double TimeOfSeries(OurNews *news) {
+  Stopwatch const watch;
+  for (uint32_t i = 0; i < kSeries; i++) news->Send(std::to_string(i).c_str());
+  return watch.Nanoseconds();
+}
+
+// What a series takes longer with a second watcher that was stopped or killed than without it.
+double TimeLostTo(int signal, OurNews *news) {
+  Watchers alone("watch_ours", 1);
+  double const undisturbed = TimeOfSeries(news);
+  Watchers other("watch_ours", 1);
+  other.Halt(0, signal);
+  return std::max(0.0, TimeOfSeries(news) - undisturbed);
+}
+
+void MeasureStandstill(std::string const &key, int signal, OurNews *news) {
+  std::vector<double> times;
+  for (int i = 0; i < kStandstillRounds; i++) times.push_back(TimeLostTo(signal, news));
+  Report(key, Median(times));
+}
+
+}  // namespace
+
+int main(int count, char **arguments) {
+  if (count > 1) return Play(arguments[1]);
+  OurNews ours;
+  SdBusNews bus;
+  DConfNews dconf;
+  auto const send_ours = [&](char const *text) { ours.Send(text); };
+  auto const send_sd_bus = [&](char const *text) { bus.Send(text); };
+  {
+    Watchers our_watcher("watch_ours", 1);
+    Watchers bus_watcher("watch_sd_bus", 1);
+    Watchers dconf_watcher("watch_dconf", 1);
+    MeasureHearing({{"heard.ours", &our_watcher, send_ours},
+                    {"heard.sd_bus", &bus_watcher, send_sd_bus},
+                    {"heard.dconf", &dconf_watcher, [&](char const *text) { dconf.Send(text); }}});
+  }
+  {
+    Watchers our_watchers("watch_ours", kManyWatchers);
+    Watchers bus_watchers("watch_sd_bus", kManyWatchers);
+    MeasureHearing({{"heard32.ours", &our_watchers, send_ours},
+                    {"heard32.sd_bus", &bus_watchers, send_sd_bus}});
+  }
+  {
+    Watchers const service("serve_gdbus", 1);
+    GDBusNews gdbus;
+    Watchers our_watcher("watch_ours", 1);
+    Watchers gdbus_watcher("watch_gdbus", 1);
+    Watchers dconf_watcher("watch_dconf", 1);
+    MeasureRate(
+        {{"rate.ours", &our_watcher, send_ours, 400},
+         {"rate.gdbus", &gdbus_watcher, [&](char const *text) { gdbus.Send(text); }, 100},
+         {"rate.dconf", &dconf_watcher, [&](char const *text) { dconf.SendAndSync(text); }, 20}});
+  }
+  MeasureStandstill("stopped.ours", SIGSTOP, &ours);
+  MeasureStandstill("killed.ours", SIGKILL, &ours);
+}
