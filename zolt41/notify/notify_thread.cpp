@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <climits>
 #include <mutex>
+#include <vector>
 
 #include "zolt41/notify/acknowledgements.h"
 #include "zolt41/notify/announcement_ring.h"
@@ -83,9 +84,8 @@ void LeavePlace(Notifier *notifier) {
   Channel()->block.threadCount.fetch_sub(1);
 }
 
-// Hands on the next announcement, if there is one, and answers it.
-bool HearOne(Notifier *notifier) {
-  auto const guard = Lock();
+// Hands on the next announcement, if there is one, and answers it. The lock is held.
+bool HandOnOne(Notifier *notifier) {
   SubscriberList &list = SubscriberList::The();
   RingReader &reader = notifier->reader;
   uint32_t missed = 0;
@@ -107,6 +107,18 @@ bool HearOne(Notifier *notifier) {
   ProcessSlot *const slot = OwnSlot(*notifier);
   if (slot != nullptr && missed + lost != 0) slot->missed.fetch_add(missed + lost);
   AnswerFor(Channel(), notifier->place, reader.number());
+  return true;
+}
+
+// The subscribers' threads are woken last: they want the lock, and the writer waits.
+bool HearOne(Notifier *notifier) {
+  std::vector<uint32_t> threads;
+  {
+    auto const guard = Lock();
+    if (!HandOnOne(notifier)) return false;
+    threads = SubscriberList::The().TakeThreadsToWake();
+  }
+  for (uint32_t const thread : threads) WakeThread(thread);
   return true;
 }
 

@@ -1,5 +1,6 @@
 #include "zolt41/notify/subscriber_list.h"
 
+#include <algorithm>
 #include <mutex>
 #include <new>
 
@@ -38,12 +39,21 @@ void SubscriberList::Remove(CPrefNotify const *subscriber) {
 // its way that a release would wait for. `enqueue` gives false if the change could not be queued.
 template <typename Enqueue>
 uint32_t SubscriberList::Post(CPrefNotify *subscriber, Enqueue enqueue) {
+  try {
+    toWake_.reserve(toWake_.size() + 1);
+  } catch (std::bad_alloc const &) {
+    return 1;
+  }
   if (!enqueue()) return 1;
   subscriber->pendingCount_++;
   zolt::Post const posted =
       PostOwnMessage(subscriber->threadId_, kChangeMessage, reinterpret_cast<uintptr_t>(subscriber),
                      subscriber->hook_);
-  if (posted == zolt::Post::done) return 0;
+  if (posted == zolt::Post::done) {
+    uint32_t const thread = subscriber->threadId_;
+    if (std::ranges::find(toWake_, thread) == toWake_.end()) toWake_.push_back(thread);
+    return 0;
+  }
   subscriber->pendingCount_--;
   subscriber->TakeBackNewest();
   return posted == zolt::Post::no_memory ? 1 : 0;

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
+#include <vector>
 
 #include "zolt41/foundation/zoltx_ptr_array.h"
 #include "zolt41/notify/announcement_ring.h"
@@ -37,6 +39,9 @@ class SubscriberList {
   uint32_t Deliver(AnnouncementHead const &head, NotificationInfo const *records, int32_t count);
   uint32_t DeliverGap();
 
+  // Takes the threads that were posted to, to be woken without the lock.
+  std::vector<uint32_t> TakeThreadsToWake() { return std::exchange(toWake_, {}); }
+
   // All that exist. A pointer that comes out of a message is one of these, or is not followed.
   void Born(CPrefNotify *subscriber) { living_.insert(subscriber); }
   void Died(CPrefNotify *subscriber);
@@ -64,6 +69,7 @@ class SubscriberList {
   ZOLTXPtrArray listening_;
   std::unordered_set<CPrefNotify *> living_;
   std::unordered_map<uint32_t, HHOOK> hooks_;
+  std::vector<uint32_t> toWake_;
 };
 
 }  // namespace zolt

@@ -55,6 +55,7 @@ Post PostTo(uint32_t thread, MSG const &message, bool own) {
   if (!own && queue->full()) return Post::no_memory;
   try {
     queue->Push(message, own);
+    if (!own) queue->arrived.notify_one();
   } catch (std::bad_alloc const &) {
     return Post::no_memory;
   }
@@ -65,6 +66,14 @@ Post PostTo(uint32_t thread, MSG const &message, bool own) {
 
 Post PostOwnMessage(uint32_t thread, uint32_t message, uintptr_t wParam, uintptr_t lParam) {
   return PostTo(thread, MakeMessage(message, wParam, lParam), true);
+}
+
+void WakeThread(uint32_t thread) {
+  MessageQueues &queues = MessageQueues::The();
+  std::lock_guard const guard(queues.lock);
+  if (MessageQueue *const queue = queues.Find(thread); queue != nullptr) {
+    queue->arrived.notify_one();
+  }
 }
 
 bool ThreadHasQueue(uint32_t thread) {

@@ -89,10 +89,13 @@ ZOLT_API int32_t ZOLTDeliver();
 namespace zolt {
 
 // Posts a message of the library itself, which does not count towards the 10,000: nobody else can
-// keep it out by flooding a queue.
+// keep it out by flooding a queue. A thread that waits for a message sleeps on until it is woken,
+// so the poster can first give back the locks that it will want.
 enum class Post { done, thread_gone, no_memory };
 [[nodiscard]] Post PostOwnMessage(uint32_t thread, uint32_t message, uintptr_t wParam,
                                   uintptr_t lParam);
+
+void WakeThread(uint32_t thread);
 
 // The thread can still take messages.
 bool ThreadHasQueue(uint32_t thread);

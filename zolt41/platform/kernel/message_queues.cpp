@@ -20,7 +20,6 @@ void MessageQueue::Push(MSG const &message, bool own) {
   messages_.push_back({message, own});
   if (!own) others_++;
   ShowInDescriptor();
-  arrived.notify_one();
 }
 
 bool MessageQueue::Take(MSG *message, uint32_t first, uint32_t last, bool remove) {

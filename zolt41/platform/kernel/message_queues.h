@@ -18,6 +18,7 @@ class MessageQueue {
  public:
   ~MessageQueue();
 
+  // Wakes nobody who waits for `arrived`.
   void Push(MSG const &message, bool own);
 
   // Copies the first message from `first` to `last`, or WM_QUIT, and takes it out if asked to.
