@@ -1,6 +1,7 @@
 #include "tools/zolt/chain_read.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "tools/zolt/errors.h"
 #include "tools/zolt/near_name.h"
@@ -28,6 +29,35 @@ std::vector<Holding> ReadHoldings(std::span<SectionKey const> keys, std::string 
   auto const text = std::ranges::find_if(holdings, isText);
   if (text != holdings.end()) text->answers = true;
   return holdings;
+}
+
+std::vector<FoundName> NamesAlong(std::span<SectionKey const> keys,
+                                  std::vector<std::string> (SectionKey::*namesIn)() const) {
+  std::vector<FoundName> found;
+  std::unordered_set<std::string> seen;
+  for (SectionKey const &key : keys) {
+    for (std::string const &name : (key.*namesIn)())
+      if (seen.insert(Folded(name)).second) found.push_back({name, &key.level()});
+  }
+  return found;
+}
+
+std::vector<SectionKey> AllBelow(std::span<SectionKey const> keys, std::string const &name) {
+  std::vector<SectionKey> below;
+  below.reserve(keys.size());
+  for (SectionKey const &key : keys) below.push_back(key.Below(name));
+  return below;
+}
+
+std::vector<Entry> ValuesAlong(SectionPath const &path, std::span<SectionKey const> keys) {
+  std::vector<Entry> entries;
+  for (FoundName const &found : NamesAlong(keys, &SectionKey::ValueNames)) {
+    std::vector<Holding> const holdings = ReadHoldings(keys, found.name);
+    // Null for a value that went while the names were read.
+    Holding const *const answer = Answer(holdings);
+    if (answer != nullptr) entries.push_back({path, found.name, answer->level, answer->value});
+  }
+  return entries;
 }
 
 Holding const *Answer(std::span<Holding const> holdings) {

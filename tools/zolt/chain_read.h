@@ -19,6 +19,20 @@ std::vector<Level const *> ReadLevels(Settings const &settings, bool parentFirst
 // text, the latter answers.
 std::vector<Holding> ReadHoldings(std::span<SectionKey const> keys, std::string const &name);
 
+// Each name once, in the order of the stores and, within one, of first writing.
+struct FoundName {
+  std::string name;
+  Level const *level;  // the first that has it
+};
+std::vector<FoundName> NamesAlong(std::span<SectionKey const> keys,
+                                  std::vector<std::string> (SectionKey::*namesIn)() const);
+
+// The section of that name below, in each of the stores.
+std::vector<SectionKey> AllBelow(std::span<SectionKey const> keys, std::string const &name);
+
+// The values of the section, each as the store that answers has it.
+std::vector<Entry> ValuesAlong(SectionPath const &path, std::span<SectionKey const> keys);
+
 // The one that answers, or null.
 Holding const *Answer(std::span<Holding const> holdings);
 

@@ -1,6 +1,8 @@
 #include "tools/zolt/documents.h"
 
+#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <nlohmann/json.hpp>
 
 #include "tools/zolt/text.h"
@@ -19,14 +21,25 @@ std::string Line(Json const &document) {
 }
 
 Json Head(SectionPath const &path, std::string const &name) {
-  char id[16];
-  std::snprintf(id, sizeof id, "0x%08X", static_cast<uint32_t>(path.id()));
   Json head;
   head["schema"] = kSchema;
   head["section"] = path.Text();
-  head["id"] = id;
+  head["id"] = IdText(path.id());
   head["name"] = ToUtf8(name);
   return head;
+}
+
+// In UTC, to the millisecond.
+std::string TimeText(std::chrono::system_clock::time_point time) {
+  auto const rest = std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch());
+  std::time_t const seconds = rest.count() / 1000;
+  std::tm parts{};
+  gmtime_r(&seconds, &parts);
+  char date[32];
+  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &parts);
+  char text[48];
+  std::snprintf(text, sizeof text, "%s.%03dZ", date, static_cast<int>(rest.count() % 1000));
+  return text;
 }
 
 void AddValue(StoredValue const &value, Json *object) {
@@ -60,6 +73,12 @@ Json Side(StoredValue const &value) {
 }
 
 }  // namespace
+
+std::string IdText(int32_t id) {
+  char text[16];
+  std::snprintf(text, sizeof text, "0x%08X", static_cast<uint32_t>(id));
+  return text;
+}
 
 std::string EntryDocument(Entry const &entry) {
   return Line(EntryObject(entry)) + "\n";
@@ -98,6 +117,45 @@ std::string ChangesDocument(SectionPath const &path, Level const &level,
     list.push_back(std::move(object));
   }
   return Line(list) + "\n";
+}
+
+std::string EventDocument(News const &news, std::optional<SectionPath> const &section) {
+  Json event;
+  event["schema"] = kSchema;
+  event["change"] = NameOf(news.kind);
+  if (news.kind != NewsKind::gap) {
+    Level const *const level = LevelOf(news.level);
+    event["section"] = section ? Json(section->Text()) : Json();
+    event["id"] = IdText(news.section);
+    event["level"] = level == nullptr ? Json() : Json(level->name);
+  }
+  event["time"] = TimeText(news.time);
+  event["changes"] = Json::array();
+  for (ValueNews const &value : news.values) {
+    Json change;
+    change["name"] = ToUtf8(value.name);
+    change["old"] = news.kind == NewsKind::created ? Json() : Json(ToUtf8(value.before));
+    change["new"] = news.kind == NewsKind::removed ? Json() : Json(ToUtf8(value.after));
+    if (value.cut) change["cut"] = true;
+    event["changes"].push_back(std::move(change));
+  }
+  return Line(event) + "\n";
+}
+
+std::string InitialDocument(Entry const &entry) {
+  Json event;
+  event["schema"] = kSchema;
+  event["change"] = "initial";
+  event["section"] = entry.section.Text();
+  event["id"] = IdText(entry.section.id());
+  event["level"] = entry.level->name;
+  event["time"] = TimeText(std::chrono::system_clock::now());
+  Json change;
+  change["name"] = ToUtf8(entry.name);
+  change["old"] = nullptr;
+  change["new"] = Side(entry.value);
+  event["changes"].push_back(std::move(change));
+  return Line(event) + "\n";
 }
 
 std::string ErrorDocument(ToolError const &error) {

@@ -1,12 +1,15 @@
 #ifndef ZOLT41_TOOLS_ZOLT_DOCUMENTS_H_
 #define ZOLT41_TOOLS_ZOLT_DOCUMENTS_H_
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/zolt/change.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/level.h"
+#include "tools/zolt/listener.h"
 #include "tools/zolt/section_path.h"
 #include "tools/zolt/stored_value.h"
 
@@ -32,12 +35,19 @@ struct Holding {
   bool answersBytes;
 };
 
+// 0x and eight digits.
+std::string IdText(int32_t id);
+
 std::string EntryDocument(Entry const &entry);
 std::string EntriesDocument(std::vector<Entry> const &entries);
 std::string HoldingsDocument(SectionPath const &path, std::string const &name,
                              std::vector<Holding> const &holdings);
 std::string ChangesDocument(SectionPath const &path, Level const &level,
                             std::vector<Change> const &changes);
+// The section is null where nobody knows to which one the id belongs.
+std::string EventDocument(News const &news, std::optional<SectionPath> const &section);
+// A value that is there when watching begins, as an event.
+std::string InitialDocument(Entry const &entry);
 std::string ErrorDocument(ToolError const &error);
 
 }  // namespace zolt::tool

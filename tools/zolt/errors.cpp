@@ -15,15 +15,7 @@ namespace {
 
 constexpr size_t kLongestSubject = 300;
 
-struct FailureRow {
-  ExitCode code;
-  char const *kind;
-  char const *message;
-  char const *hint;
-};
-
-// By the result of ZOLTLastFailure.
-constexpr FailureRow kFailures[] = {
+constexpr FailureWords kFailures[] = {
     {kFailed, "io", "cannot be used", ""},
     {kFailed, "denied", "permission denied", ""},
     {kLocked, "locked", "locked by another process", "try again, or wait longer with --wait S"},
@@ -49,10 +41,14 @@ void Refuse(std::string subject, std::string message, std::string hint) {
   throw ToolError(kUsage, "usage", std::move(subject), std::move(message), std::move(hint));
 }
 
+FailureWords const &WordsOf(int failure) {
+  auto const row = static_cast<size_t>(failure);
+  return kFailures[row < std::size(kFailures) ? row : 0];
+}
+
 ToolError StoreFailure(std::string subject) {
   char concerned[4096] = "";
-  auto failure = static_cast<size_t>(ZOLTLastFailure(concerned, sizeof concerned));
-  FailureRow const &row = kFailures[failure < std::size(kFailures) ? failure : 0];
+  FailureWords const &row = WordsOf(ZOLTLastFailure(concerned, sizeof concerned));
   if (concerned[0] != '\0') subject = concerned;
   return {row.code, row.kind, subject, row.message, row.hint};
 }

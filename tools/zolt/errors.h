@@ -35,6 +35,15 @@ class ToolError : public std::exception {
   std::string hint;  // what would help, or ""
 };
 
+// How a failure of the library is told, by the result of ZOLTLastFailure.
+struct FailureWords {
+  ExitCode code;
+  char const *kind;
+  char const *message;
+  char const *hint;
+};
+FailureWords const &WordsOf(int failure);
+
 // Wrong usage.
 [[noreturn]] void Refuse(std::string subject, std::string message, std::string hint = "");
 

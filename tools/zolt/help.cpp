@@ -43,7 +43,7 @@ std::string VerbRows(std::string_view group) {
   std::string rows;
   for (Verb const *const verb : Verbs()) {
     if (!group.empty() && verb->group != group) continue;
-    rows += Row("  " + std::string(verb->group) + " " + std::string(verb->name), verb->summary);
+    rows += Row("  " + NameOf(*verb), verb->summary);
   }
   return rows;
 }
@@ -78,7 +78,8 @@ std::string AboutAll() {
   std::vector<std::string> names;
   for (Verb const *const verb : Verbs()) {
     if (group.empty()) names.emplace_back(verb->group);
-    if (group.empty() || verb->group == group) names.emplace_back(verb->name);
+    bool const named = !verb->name.empty();
+    if (named && (group.empty() || verb->group == group)) names.emplace_back(verb->name);
   }
   Refuse(std::string(word), "no such command", DidYouMean(word, names));
 }
@@ -102,8 +103,9 @@ std::string ShortUsage() {
 }
 
 std::string UsageOf(Verb const &verb) {
-  return "zolt " + std::string(verb.group) + " " + std::string(verb.name) + " " +
-         std::string(verb.operands);
+  std::string usage = "zolt " + NameOf(verb);
+  if (!verb.operands.empty()) usage += " " + std::string(verb.operands);
+  return usage;
 }
 
 std::string HelpFor(std::span<std::string_view const> words) {
@@ -113,6 +115,8 @@ std::string HelpFor(std::span<std::string_view const> words) {
     if (text.empty()) RefuseWord(words[0], "");
     return text;
   }
+  Verb const *const alone = FindVerb(words[0], "");
+  if (alone != nullptr) return AboutVerb(*alone);
   if (words.size() == 1) {
     return "usage: zolt " + std::string(words[0]) + " VERB [OPERAND]...\n\n" + VerbRows(words[0]) +
            "\nMore: zolt help " + std::string(words[0]) + " VERB.\n";

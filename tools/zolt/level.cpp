@@ -12,12 +12,13 @@ namespace zolt::tool {
 namespace {
 
 constexpr std::array kLevels = {
-    Level{"user", PrefLevelUser, PrefLevelSystem, GetUserPrefs, HKEY_CURRENT_USER},
-    Level{"system", PrefLevelSystem, PrefLevelThis, GetSystemPrefs, HKEY_LOCAL_MACHINE},
-    Level{"shared-user", PrefLevelSharedUser, PrefLevelSharedSystem, GetSharedUserPrefs,
-          HKEY_CURRENT_USER},
-    Level{"shared-system", PrefLevelSharedSystem, PrefLevelThis, GetSharedSystemPrefs,
+    Level{"user", PrefLevelUser, PrefLevelSystem, GetUserPrefs, SetUserPrefs, HKEY_CURRENT_USER},
+    Level{"system", PrefLevelSystem, PrefLevelThis, GetSystemPrefs, SetSystemPrefs,
           HKEY_LOCAL_MACHINE},
+    Level{"shared-user", PrefLevelSharedUser, PrefLevelSharedSystem, GetSharedUserPrefs,
+          SetSharedUserPrefs, HKEY_CURRENT_USER},
+    Level{"shared-system", PrefLevelSharedSystem, PrefLevelThis, GetSharedSystemPrefs,
+          SetSharedSystemPrefs, HKEY_LOCAL_MACHINE},
 };
 
 }  // namespace
@@ -33,10 +34,15 @@ Level const &LevelNamed(std::string_view name) {
          near.empty() ? "it is user, system, shared-user or shared-system" : near);
 }
 
+Level const *LevelOf(int32_t number) {
+  auto const *const found = std::ranges::find(kLevels, number, &Level::level);
+  return found == kLevels.end() ? nullptr : found;
+}
+
 std::vector<Level const *> Chain(Level const &first) {
   std::vector<Level const *> chain = {&first};
   while (chain.back()->parent != PrefLevelThis) {
-    chain.push_back(&*std::ranges::find(kLevels, chain.back()->parent, &Level::level));
+    chain.push_back(LevelOf(chain.back()->parent));
   }
   return chain;
 }

@@ -13,12 +13,16 @@ struct Level {
   std::string_view name;
   PrefLevel level;
   PrefLevel parent;      // where a read goes on, or PrefLevelThis
-  WinPrefs *(*store)();  // between start and stop of the library
+  WinPrefs *(*store)();  // the one that the process has, or null
+  void (*setStore)(WinPrefs *store);
   HKEY root;
 };
 
 // Throws a usage error if there is none of that name.
 Level const &LevelNamed(std::string_view name);
+
+// The level of that number, or null.
+Level const *LevelOf(int32_t number);
 
 // The stores that a read asks, in its order, which begins at `first`.
 std::vector<Level const *> Chain(Level const &first);

@@ -44,6 +44,10 @@ constexpr size_t kLongestTree = 254;
 // The tree that the options name, in the local code page; empty for the default ones.
 std::string tree;
 
+char const *TreeOrDefault() {
+  return tree.empty() ? nullptr : tree.c_str();
+}
+
 std::string TreeOf(Arguments const &arguments) {
   if (!arguments.Has(OptionId::tree)) return "";
   std::string_view const path = arguments.Value(OptionId::tree);
@@ -80,11 +84,20 @@ HKEY OpenTop(Level const &level) {
 
 LibrarySession::LibrarySession() {
   InitZOLT();
-  InitPrefs(tree.empty() ? nullptr : tree.c_str());
+  InitPrefs(TreeOrDefault());
 }
 
 LibrarySession::~LibrarySession() {
   DisposeZOLT();
+}
+
+StoreSession::StoreSession(Level const &level)
+    : level_(level), store_(level.level, TreeOrDefault()) {
+  level_.setStore(&store_);
+}
+
+StoreSession::~StoreSession() {
+  level_.setStore(nullptr);
 }
 
 void SayWhoseStore(Settings const &settings) {

@@ -24,6 +24,20 @@ class LibrarySession {
   LibrarySession &operator=(LibrarySession const &) = delete;
 };
 
+// The store of one level alone, handed out to the process: much less than the whole library, for
+// sections that exist. After PrepareLibrary, and not beside a LibrarySession.
+class StoreSession {
+ public:
+  explicit StoreSession(Level const &level);
+  ~StoreSession();
+  StoreSession(StoreSession const &) = delete;
+  StoreSession &operator=(StoreSession const &) = delete;
+
+ private:
+  Level const &level_;
+  WinPrefs store_;
+};
+
 // Says whose store is written, where that is not plain: under sudo.
 void SayWhoseStore(Settings const &settings);
 

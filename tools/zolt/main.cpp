@@ -44,7 +44,7 @@ bool AsksForJson(Words words) {
 }
 
 void CheckUsage(Verb const &verb, Arguments const &arguments, size_t operands) {
-  std::string const name = std::string(verb.group) + " " + std::string(verb.name);
+  std::string const name = NameOf(verb);
   for (Option const &option : Options()) {
     if (option.global || !arguments.Has(option.id) || verb.options.Has(option.id)) continue;
     Refuse("", name + " takes no --" + std::string(option.name), "see zolt help " + name);
@@ -70,9 +70,10 @@ int Dispatch(Arguments const &arguments, Output &out) {
     WriteError(ShortUsage());
     return kUsage;
   }
-  Verb const *const verb = operands.size() < 2 ? nullptr : FindVerb(operands[0], operands[1]);
+  Verb const *verb = FindVerb(operands[0], "");
+  if (verb == nullptr && operands.size() > 1) verb = FindVerb(operands[0], operands[1]);
   if (verb == nullptr) RefuseCommand(operands);
-  Call const call = {arguments, settings, operands.subspan(2), out};
+  Call const call = {arguments, settings, operands.subspan(verb->name.empty() ? 1 : 2), out};
   CheckUsage(*verb, arguments, call.operands.size());
   return verb->run(call);
 }

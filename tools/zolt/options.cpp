@@ -40,6 +40,12 @@ constexpr std::array kOptions = {
     Option{OptionId::ifValue, 0, "if", "OLD", false, "only if this store holds exactly OLD"},
     Option{OptionId::ifAbsent, 0, "if-absent", "", false, "only if this store holds nothing"},
     Option{OptionId::recursive, 'r', "recursive", "", false, "also the sections below"},
+    Option{OptionId::initial, 0, "initial", "", false, "first the values that are there now"},
+    Option{OptionId::eventCount, 0, "count", "N", false,
+           "end after N lines; with --json after N events"},
+    Option{OptionId::timeout, 0, "timeout", "S", false, "end with 5 after S seconds"},
+    Option{OptionId::asCommands, 0, "as-commands", "", false,
+           "as commands for a shell that make the same changes"},
 };
 
 constexpr bool InOrder() {

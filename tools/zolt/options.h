@@ -33,6 +33,10 @@ enum class OptionId : uint8_t {
   ifValue,
   ifAbsent,
   recursive,
+  initial,
+  eventCount,
+  timeout,
+  asCommands,
   count,
 };
 

@@ -15,7 +15,9 @@ namespace {
 
 constexpr size_t kBlock = 65536;
 
-[[noreturn]] void EndByBrokenPipe() {
+}  // namespace
+
+void EndByBrokenPipe() {
   signal(SIGPIPE, SIG_DFL);
   sigset_t pipe;
   sigemptyset(&pipe);
@@ -24,8 +26,6 @@ constexpr size_t kBlock = 65536;
   raise(SIGPIPE);
   _exit(128 + SIGPIPE);
 }
-
-}  // namespace
 
 void HoldStandardDescriptors() {
   for (int descriptor = 0; descriptor < 3; descriptor++) {

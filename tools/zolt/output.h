@@ -19,19 +19,23 @@ class Output {
   Output &operator=(Output const &) = delete;
   ~Output() = default;
 
+  int descriptor() const { return descriptor_; }
   bool terminal() const { return terminal_; }
   void Write(std::string_view bytes);
+  // Writes what is left, for a reader who waits for it.
+  void Flush();
   // Writes what is left and closes the descriptor; what was not finished is lost.
   void Finish();
 
  private:
-  void Flush();
-
   int descriptor_;
   std::string name_;
   bool terminal_;
   std::string waiting_;
 };
+
+// Ends the process as a write to a pipe without a reader does.
+[[noreturn]] void EndByBrokenPipe();
 
 // One line, which has no line end yet, to standard error in one piece. A failure is ignored.
 void WriteError(std::string line);

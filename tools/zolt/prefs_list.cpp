@@ -1,4 +1,5 @@
-#include <unordered_set>
+#include <algorithm>
+#include <iterator>
 
 #include "tools/zolt/chain_read.h"
 #include "tools/zolt/library_session.h"
@@ -12,43 +13,19 @@ namespace {
 
 using Entries = std::vector<Entry>;
 
-using NamesIn = std::vector<std::string> (SectionKey::*)() const;
-
-// Gives each name once, in the order of the stores and, within one, of first writing.
-template <typename Visit>
-void VisitNames(std::vector<SectionKey> const &keys, NamesIn namesIn, Visit visit) {
-  std::unordered_set<std::string> seen;
-  for (SectionKey const &key : keys) {
-    for (std::string const &name : (key.*namesIn)())
-      if (seen.insert(Folded(name)).second) visit(name, key.level());
+void AddSections(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
+  for (FoundName const &found : NamesAlong(keys, &SectionKey::SectionNames)) {
+    entries->push_back({path, found.name, found.level, {}, true});
   }
 }
 
-void AddValues(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
-  VisitNames(keys, &SectionKey::ValueNames, [&](std::string const &name, Level const &) {
-    std::vector<Holding> const holdings = ReadHoldings(keys, name);
-    // Null for a value that went while the names were read.
-    Holding const *const answer = Answer(holdings);
-    if (answer != nullptr) entries->push_back({path, name, answer->level, answer->value});
-  });
-}
-
-void AddSections(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
-  VisitNames(keys, &SectionKey::SectionNames, [&](std::string const &name, Level const &level) {
-    entries->push_back({path, name, &level, {}, true});
-  });
-}
-
 void AddTree(SectionPath const &path, std::vector<SectionKey> const &keys, Entries *entries) {
-  AddValues(path, keys, entries);
+  std::ranges::move(ValuesAlong(path, keys), std::back_inserter(*entries));
   // No program makes a deeper tree.
   if (path.names().size() >= 512) return;
-  VisitNames(keys, &SectionKey::SectionNames, [&](std::string const &name, Level const &) {
-    std::vector<SectionKey> below;
-    below.reserve(keys.size());
-    for (SectionKey const &key : keys) below.push_back(key.Below(name));
-    AddTree(path.Below(name), below, entries);
-  });
+  for (FoundName const &found : NamesAlong(keys, &SectionKey::SectionNames)) {
+    AddTree(path.Below(found.name), AllBelow(keys, found.name), entries);
+  }
 }
 
 Entries EntriesOf(SectionPath const &path, std::vector<SectionKey> const &keys, bool recursive) {
@@ -56,7 +33,7 @@ Entries EntriesOf(SectionPath const &path, std::vector<SectionKey> const &keys, 
   if (recursive) {
     AddTree(path, keys, &entries);
   } else {
-    AddValues(path, keys, &entries);
+    entries = ValuesAlong(path, keys);
     AddSections(path, keys, &entries);
   }
   return entries;

@@ -3,7 +3,6 @@
 
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
-#include "tools/zolt/section_key.h"
 #include "tools/zolt/store_write.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/value_type.h"
@@ -124,9 +123,6 @@ int Set(Call const &call) {
   // What is there already needs no right to write.
   if (!call.settings.dryRun && std::ranges::any_of(changes, &Change::changes)) {
     SayWhoseStore(call.settings);
-    // Only a section that is not there yet needs the stores, which make it in all of them.
-    std::optional<LibrarySession> session;
-    if (SectionKey(level, plan.path, SectionKey::Role::first).key() == 0) session.emplace();
     changes = ChangeAtOnce(level, plan.path, plan.names, decide);
   }
   return ReportChanges(plan.path, changes, call.settings, call.out);

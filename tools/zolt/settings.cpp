@@ -25,16 +25,6 @@ When WhenOf(Arguments const &arguments, OptionId id) {
          "it is auto, always or never");
 }
 
-uint32_t WaitOf(Arguments const &arguments) {
-  if (!arguments.Has(OptionId::wait)) return kUsualWait;
-  std::string_view const word = arguments.Value(OptionId::wait);
-  double seconds = 0;
-  auto const end = std::from_chars(word.data(), word.data() + word.size(), seconds);
-  bool const whole = end.ec == std::errc() && end.ptr == word.data() + word.size();
-  if (!whole || !(seconds >= 0)) Refuse("--wait " + std::string(word), "is no number of seconds");
-  return static_cast<uint32_t>(std::ceil(std::min(seconds, kLongestWait) * 1000));
-}
-
 bool TextInEnvironment(char const *name, std::string_view text) {
   char const *const value = getenv(name);
   return value != nullptr && (text.empty() ? *value != '\0' : value == text);
@@ -46,7 +36,7 @@ Settings::Settings(Arguments const &arguments)
     : level(
           &LevelNamed(arguments.Has(OptionId::level) ? arguments.Value(OptionId::level) : "user")),
       colour(WhenOf(arguments, OptionId::color)),
-      wait(WaitOf(arguments)),
+      wait(arguments.Has(OptionId::wait) ? MillisecondsOf(arguments, OptionId::wait) : kUsualWait),
       only(arguments.Has(OptionId::only)),
       json(arguments.Has(OptionId::json)),
       quiet(arguments.Has(OptionId::quiet)),
@@ -55,6 +45,18 @@ Settings::Settings(Arguments const &arguments)
       nul(arguments.Has(OptionId::nul)) {
   // Checked all the same: no verb takes long enough for a bar.
   WhenOf(arguments, OptionId::progress);
+}
+
+uint32_t MillisecondsOf(Arguments const &arguments, OptionId id) {
+  std::string_view const word = arguments.Value(id);
+  double seconds = 0;
+  auto const end = std::from_chars(word.data(), word.data() + word.size(), seconds);
+  bool const whole = end.ec == std::errc() && end.ptr == word.data() + word.size();
+  if (!whole || !(seconds >= 0)) {
+    Refuse("--" + std::string(OptionOf(id).name) + " " + std::string(word),
+           "is no number of seconds");
+  }
+  return static_cast<uint32_t>(std::ceil(std::min(seconds, kLongestWait) * 1000));
 }
 
 bool InColour(When colour, bool terminal) {

@@ -24,6 +24,9 @@ struct Settings {
   bool nul;
 };
 
+// What an option says in seconds, in milliseconds. Throws a usage error.
+uint32_t MillisecondsOf(Arguments const &arguments, OptionId id);
+
 // Whether to write in colour to what may be a terminal.
 bool InColour(When colour, bool terminal);
 

@@ -53,16 +53,22 @@ StoredValue ReadValue(HKEY key, std::string const &name) {
   uint32_t type = 0;
   std::string bytes;
   if (!ReadRaw(key, name, &type, &bytes)) return {};
+  return Interpreted(type, bytes);
+}
+
+StoredValue Interpreted(uint32_t type, std::string const &bytes) {
   if (type != REG_SZ) return {Kind::bytes, bytes};
   size_t const length = bytes.size() - (bytes.ends_with('\0') ? 1 : 0);
   Kind const kind = length <= kLongestText ? Kind::text : Kind::unreadable;
   return {kind, bytes.substr(0, bytes.find('\0'))};
 }
 
-std::optional<std::string> ReadBytes(HKEY key, std::string const &name) {
-  uint32_t type = 0;
+std::optional<std::string> ReadBytes(HKEY key, std::string const &name, uint32_t *type) {
+  uint32_t ignored = 0;
   std::string bytes;
-  if (key == 0 || !ReadRaw(key, name, &type, &bytes)) return std::nullopt;
+  if (key == 0 || !ReadRaw(key, name, type == nullptr ? &ignored : type, &bytes)) {
+    return std::nullopt;
+  }
   return bytes;
 }
 

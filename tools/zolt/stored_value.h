@@ -32,7 +32,10 @@ inline constexpr size_t kLongestText = 255;
 // From a key that is open or 0. Throw if the store fails.
 StoredValue ReadValue(HKEY key, std::string const &name);
 // All bytes of a value of any type; a text's with its NUL.
-std::optional<std::string> ReadBytes(HKEY key, std::string const &name);
+std::optional<std::string> ReadBytes(HKEY key, std::string const &name, uint32_t *type = nullptr);
+
+// The same from what is stored, the type and all bytes, as ReadBytes gives them.
+StoredValue Interpreted(uint32_t type, std::string const &bytes);
 
 // For a message: `unset`, a text, or the first bytes.
 std::string Describe(StoredValue const &value);

@@ -7,13 +7,20 @@ namespace zolt::tool {
 namespace {
 
 constexpr Verb const *kVerbs[] = {
-    &kPrefsGet, &kPrefsSet, &kPrefsUnset, &kPrefsList, &kPrefsExplain,
+    &kPrefsGet,     &kPrefsSet,   &kPrefsUnset, &kPrefsList,
+    &kPrefsExplain, &kPrefsWatch, &kPrefsWait,  &kDoctor,
 };
 
 }  // namespace
 
 std::span<Verb const *const> Verbs() {
   return kVerbs;
+}
+
+std::string NameOf(Verb const &verb) {
+  std::string name(verb.group);
+  if (!verb.name.empty()) name += " " + std::string(verb.name);
+  return name;
 }
 
 Verb const *FindVerb(std::string_view group, std::string_view name) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <limits>
 #include <span>
+#include <string>
 #include <string_view>
 
 #include "tools/zolt/arguments.h"
@@ -26,7 +27,7 @@ inline constexpr size_t kAnyNumber = std::numeric_limits<size_t>::max();
 // What the tool can do. A verb has a file of its own and a row in the table of verbs.cpp.
 struct Verb {
   std::string_view group;
-  std::string_view name;
+  std::string_view name;      // empty: the group is a verb itself
   std::string_view operands;  // as the usage shows them
   std::string_view summary;   // a few words, for the list of verbs
   OptionSet options;          // those that it takes beside the global ones
@@ -42,8 +43,14 @@ extern Verb const kPrefsSet;
 extern Verb const kPrefsUnset;
 extern Verb const kPrefsList;
 extern Verb const kPrefsExplain;
+extern Verb const kPrefsWatch;
+extern Verb const kPrefsWait;
+extern Verb const kDoctor;
 
 std::span<Verb const *const> Verbs();
+
+// "GROUP NAME", or the group alone.
+std::string NameOf(Verb const &verb);
 
 // Null if there is none.
 Verb const *FindVerb(std::string_view group, std::string_view name);

@@ -12,7 +12,6 @@
 #include "zolt41/notify/announce.h"
 #include "zolt41/notify/announcement.h"
 #include "zolt41/notify/channel_objects.h"
-#include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/announced_ids.h"
@@ -154,6 +153,8 @@ void Transaction::ExpectFree(uint32_t section, char const *name, uint32_t type, 
 Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
   WinPrefs *const store = StoreOf(level_);
   if (hive->Begin() != ERROR_SUCCESS) return FailureOfHive();
+  // A section may not be open because the hive could not be read, which its own failure tells.
+  if (Commit const open = CheckSections(); open != Commit::done) return open;
   // What is expected was so before the changes, wherever it was said.
   for (bool const expectations : {true, false}) {
     for (Step &step : collected_->steps) {
@@ -179,15 +180,9 @@ Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
 
 Commit Transaction::CheckSections() const {
   WinPrefs *const store = StoreOf(level_);
-  if (store == nullptr) return Refuse(Failure::denied, Commit::denied, "level");
   for (Step const &step : collected_->steps) {
     auto const id = static_cast<int32_t>(step.section);
     if (store->SectionKey(id, 0) != 0) continue;
-    // One that is registered is not open because the hive is not.
-    if (id == 0 || store->GetSectionFromID(id) != nullptr) {
-      ReportHiveFailure(TreeOf(level_).root);
-      if (ZOLTLastFailure(nullptr, 0) != 0) return FailureOfHive();
-    }
     char subject[32];
     std::snprintf(subject, sizeof subject, "section 0x%08X", step.section);
     return Refuse(Failure::denied, Commit::denied, subject);
@@ -197,9 +192,12 @@ Commit Transaction::CheckSections() const {
 
 Commit Transaction::Write() {
   ClearFailure();
-  Commit result = CheckSections();
-  if (result == Commit::done && collected_->steps.empty()) result = Commit::unchanged;
-  if (result == Commit::done) result = WriteAndAnnounce();
+  Commit result = Commit::unchanged;
+  if (StoreOf(level_) == nullptr) {
+    result = Refuse(Failure::denied, Commit::denied, "level");
+  } else if (!collected_->steps.empty()) {
+    result = WriteAndAnnounce();
+  }
   collected_->steps.clear();
   return result;
 }
