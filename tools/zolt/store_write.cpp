@@ -126,6 +126,7 @@ std::vector<Change> ChangeAtOnce(Level const &level, SectionPath const &path,
   for (;;) {
     Attempt attempt(level, path);
     std::vector<Change> changes;
+    changes.reserve(names.size());
     for (std::string const &name : names) changes.push_back(attempt.Look(name));
     decide(&changes);
     if (std::ranges::none_of(changes, &Change::changes)) return changes;

@@ -28,16 +28,9 @@ intptr_t CPrefNotify::GetMsgProc(int32_t code, uintptr_t wParam, uintptr_t lPara
     return kept;
   }
   auto *const subscriber = reinterpret_cast<CPrefNotify *>(message.wParam);  // NOLINT(*-int-to-ptr)
-  bool released = false;
-  {
-    SubscriberList &list = SubscriberList::The();
-    std::lock_guard const guard(list.lock());
-    // Anybody can post such a message; and one can outlive a subscriber that was deleted.
-    if (!list.Lives(subscriber)) return kept;
-    released = subscriber->released_ != 0;
-  }
-  if (SubscriberList::MessageIsGone(subscriber)) delete subscriber;
-  if (released) return kept;
+  SubscriberList::Arrival const arrival = SubscriberList::Count(subscriber);
+  if (arrival == SubscriberList::Arrival::last) delete subscriber;
+  if (arrival != SubscriberList::Arrival::living) return kept;
   if (subscriber->AckCallback() != 0) subscriber->CallBack();
   return 1;
 }

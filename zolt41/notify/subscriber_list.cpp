@@ -12,7 +12,7 @@ namespace {
 void MessageDropped(MSG const &message) {
   if (message.message != kChangeMessage) return;
   auto *const subscriber = reinterpret_cast<CPrefNotify *>(message.wParam);  // NOLINT(*-int-to-ptr)
-  if (SubscriberList::MessageIsGone(subscriber)) delete subscriber;
+  if (SubscriberList::Count(subscriber) == SubscriberList::Arrival::last) delete subscriber;
 }
 
 }  // namespace
@@ -107,12 +107,14 @@ void SubscriberList::RemoveHooks() {
   hooks_.clear();
 }
 
-bool SubscriberList::MessageIsGone(CPrefNotify *subscriber) {
+SubscriberList::Arrival SubscriberList::Count(CPrefNotify *subscriber) {
   SubscriberList &list = The();
   std::lock_guard const guard(list.lock_);
-  if (!list.Lives(subscriber)) return false;
+  // Anybody can post such a message; and one can outlive a subscriber that was deleted.
+  if (!list.Lives(subscriber)) return Arrival::unknown;
   if (subscriber->pendingCount_ > 0) subscriber->pendingCount_--;
-  return subscriber->released_ != 0 && subscriber->pendingCount_ == 0;
+  if (subscriber->released_ == 0) return Arrival::living;
+  return subscriber->pendingCount_ == 0 ? Arrival::last : Arrival::released;
 }
 
 void SubscriberList::StartOverInChild() {

@@ -52,9 +52,10 @@ class SubscriberList {
   HHOOK HookOf(uint32_t thread, HOOKPROC procedure);
   void RemoveHooks();
 
-  // A message has come, or has been lost with its thread. True if it was the last for a subscriber
+  // A message has come, or has been lost with its thread. `last`: it was the last for a subscriber
   // that was released, which the caller then deletes.
-  static bool MessageIsGone(CPrefNotify *subscriber);
+  enum class Arrival { unknown, living, released, last };
+  static Arrival Count(CPrefNotify *subscriber);
 
   // In the child of a fork: nobody hears, and nothing is on its way.
   void StartOverInChild();
