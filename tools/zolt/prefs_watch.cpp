@@ -218,12 +218,10 @@ Verb const kPrefsWatch = {
     .run = RunWatch,
     .description =
         "Prints a line for each value that a program changes in the sections, or in any: section,\n"
-        "modified, removed or created, name, old and new text, which are empty for a value that "
-        "is\n"
-        "no text. It says that it is watching when it hears; with -L it hears of that store "
-        "alone.\n"
-        "A line `gap` stands where changes were lost: look at everything again. With --json an\n"
-        "event is one object a line.\n"
+        "modified, removed or created, name, old and new text, which are empty for a value that\n"
+        "is no text. It says that it is watching when it hears; with -L it hears of that store\n"
+        "alone. A line `gap` stands where changes were lost: look at everything again. With\n"
+        "--json an event is one object a line.\n"
         "\n"
         "--initial prints the values that a program would read now, once it hears. --as-commands\n"
         "prints what makes the same changes again, and a comment for what no command can make.\n"

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <iterator>
-#include <string_view>
+#include <string>
 
+#include "zolt41/foundation/text_field.h"
 #include "zolt41/notify/channel_status.h"
 #include "zolt41/platform/kernel/shared_segment.h"
 #include "zolt41/platform/registry/hive_status.h"
@@ -13,14 +14,9 @@
 
 namespace {
 
-template <size_t size>
-void CopyText(std::string_view text, char (&field)[size]) {
-  field[text.copy(field, size - 1)] = '\0';
-}
-
 void Fill(std::string const &path, ZOLTFileState *state) {
   zolt::FileStatus const found = zolt::StatusOf(path);
-  CopyText(path, state->path);
+  zolt::FillField(path, state->path);
   state->present = found.present ? 1 : 0;
   state->owner = found.owner;
   state->mode = found.mode;
@@ -50,14 +46,14 @@ void FillChannel(ZOLTState *state) {
   channel.usable = found.usable ? 1 : 0;
   channel.announcements = found.announcements;
   channel.holder = found.holder;
-  if (found.holder != 0) CopyText(zolt::ProgramOf(found.holder), channel.holderProgram);
+  if (found.holder != 0) zolt::FillField(zolt::ProgramOf(found.holder), channel.holderProgram);
   for (zolt::ListenerStatus const &listener : found.listeners) {
     if (state->processCount == std::size(state->processes)) break;
     ZOLTProcessState &process = state->processes[state->processCount++];
     process.process = listener.process;
     process.kind = KindOf(listener);
     process.missed = listener.missed;
-    CopyText(zolt::ProgramOf(listener.process), process.program);
+    zolt::FillField(zolt::ProgramOf(listener.process), process.program);
   }
 }
 

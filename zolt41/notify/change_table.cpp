@@ -1,8 +1,9 @@
 #include "zolt41/notify/change_table.h"
 
 #include <algorithm>
-#include <cstring>
+#include <string_view>
 
+#include "zolt41/foundation/text_field.h"
 #include "zolt41/notify/channel_objects.h"
 #include "zolt41/platform/kernel/thread.h"
 
@@ -46,16 +47,8 @@ uint32_t Reserve(ChannelArea *channel, uint64_t *mark) {
   return kTableRecords;
 }
 
-template <size_t size>
-void CopyText(char const *text, char (&field)[size]) {
-  size_t const length = text == nullptr ? 0 : strnlen(text, size - 1);
-  if (length != 0) std::memcpy(field, text, length);
-  field[length] = '\0';
-}
-
-template <size_t size>
-std::string_view TextIn(char const (&field)[size]) {
-  return {field, strnlen(field, size - 1)};
+std::string_view TextOf(char const *text) {
+  return text == nullptr ? "" : text;
 }
 
 }  // namespace
@@ -72,9 +65,9 @@ void AppendChange(char const *name, char const *oldValue, char const *newValue) 
   uint32_t const index = Reserve(channel, &mark);
   if (index >= kTableRecords) return;
   NotificationInfo &record = channel->table.records[index];
-  CopyText(name, record.name);
-  CopyText(newValue, record.newValue);
-  CopyText(oldValue, record.oldValue);
+  FillField(TextOf(name), record.name);
+  FillField(TextOf(newValue), record.newValue);
+  FillField(TextOf(oldValue), record.oldValue);
   channel->table.marks[index].store((mark & ~kStates) | kReady, std::memory_order_release);
 }
 
