@@ -104,8 +104,20 @@ TEST_F(NamedMutexTest, TheSegmentIsForItsUserAloneAndGoesWithTheLast) {
     return std::filesystem::exists(SegmentPath()) ? 0 : 1;
   });
   EXPECT_EQ(other.Wait(), 0) << "still used by its parent";
+  std::atomic<uint32_t> const *const used = SegmentEvent();
   DetachSegment();
   EXPECT_FALSE(std::filesystem::exists(SegmentPath()));
+  EXPECT_EQ(used->load(), 0U) << "a thread may be in the middle of something";
+}
+
+TEST_F(NamedMutexTest, AChildWhoseParentRemovedTheSegmentHasANewOne) {
+  ASSERT_NE(SegmentEvent(), nullptr);
+  std::filesystem::remove(SegmentPath());
+  Child child([this](Child::Pipe &) {
+    bool const got = WaitForSingleObject(mutex_, 0) == WAIT_OBJECT_0 && ReleaseMutex(mutex_) == 1;
+    return got && std::filesystem::exists(SegmentPath()) ? 0 : 1;
+  });
+  EXPECT_EQ(child.Wait(), 0);
 }
 
 }  // namespace

@@ -14,6 +14,7 @@
 #include "tests/notify/listener.h"
 #include "tests/support/child.h"
 #include "tests/support/temp_home.h"
+#include "zolt41/notify/channel_guard.h"
 #include "zolt41/platform/kernel/shared_segment.h"
 #include "zolt41/zolt41.h"
 
@@ -51,7 +52,7 @@ int Watch(Child::Pipe &pipe) {
   AddNotificationObject(all);
   bool ended = false;
   all->then = [&](Listener *self) {
-    if (self->changedRecords.GetSize() == 0) return;
+    if (self->changedRecords.GetSize() == 0) return pipe.Say("gap");
     ended = std::string(self->Record(0).name) == "end";
     pipe.Say(std::string(self->Record(0).name) + "=" + self->Record(0).newValue);
   };
@@ -134,9 +135,27 @@ TEST_F(ChannelProcessesTest, AWriterKilledAtAnyStepStopsNobody) {
   });
   EXPECT_EQ(last.Wait(), 0);
   std::string line;
-  while (!(line = watcher.pipe().Hear()).empty() && line != "end=x")
-    EXPECT_EQ(line.substr(0, 2), "w=");
+  while (!(line = watcher.pipe().Hear()).empty() && line != "end=x") {
+    EXPECT_TRUE(line == "gap" || line.starts_with("w=")) << line;
+  }
   EXPECT_EQ(line, "end=x");
+  EXPECT_EQ(watcher.Wait(), 0);
+}
+
+TEST_F(ChannelProcessesTest, WhatADeadWriterCouldNotTellIsAGap) {
+  Child &watcher = AddWatcher();
+  Child writer([](Child::Pipe &) -> int {
+    Session const session;
+    ChannelGuard const channel;
+    Announcing const announcing;
+    GetUserPrefs()->SetStr(kAudio, "n", "kept, and told to nobody");
+    return raise(SIGKILL);
+  });
+  EXPECT_EQ(writer.Wait(), -SIGKILL);
+  Session const session;
+  EXPECT_EQ(Write("end", "x"), Commit::done);
+  EXPECT_EQ(watcher.pipe().Hear(), "gap");
+  EXPECT_EQ(watcher.pipe().Hear(), "end=x");
   EXPECT_EQ(watcher.Wait(), 0);
 }
 

@@ -189,6 +189,16 @@ TEST_F(TransactionTest, AStandardSectionIsToldUnderItsNameToo) {
   }
   ZOLTDeliver();
   EXPECT_EQ(named->heard.size(), 5U) << "two each way for General, one for Audio";
+  zolt::Transaction mixed(PrefLevelUser);
+  for (char const *value : {"first", "last"}) {
+    mixed.SetStr(kGeneralId, "M", value);
+    mixed.SetStr(static_cast<uint32_t>(general), "m", value);
+  }
+  mixed.SetStr(kGeneralId, "M", "the one that counts");
+  ASSERT_EQ(mixed.Write(), zolt::Commit::done);
+  EXPECT_EQ(zolt::testing::Read(GetUserPrefs(), "M"), "the one that counts");
+  ZOLTDeliver();
+  EXPECT_EQ(named->heard.size(), 7U) << "one section, whatever it was called";
   RemoveNotificationObject(named);
   named->Release();
 }

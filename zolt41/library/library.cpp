@@ -4,7 +4,7 @@
 #include <string>
 
 #include "zolt41/library/store_set.h"
-#include "zolt41/notify/channel_objects.h"
+#include "zolt41/notify/channel_guard.h"
 #include "zolt41/notify/notify_thread.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/registry.h"

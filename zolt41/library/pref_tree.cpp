@@ -3,7 +3,7 @@
 #include <new>
 
 #include "zolt41/library/store_set.h"
-#include "zolt41/notify/channel_objects.h"
+#include "zolt41/notify/channel_guard.h"
 #include "zolt41/platform/system/string_table.h"
 #include "zolt41/prefs/level_tree.h"
 #include "zolt41/prefs/stores.h"

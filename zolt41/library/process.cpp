@@ -7,6 +7,7 @@
 namespace {
 
 [[gnu::constructor]] void AttachProcess() {
+  zolt::PrepareNotificationForForks();
   zolt::OpenChannelObjects();
 }
 

@@ -29,10 +29,17 @@ bool AllAnswered(ChannelArea const &channel, uint32_t number) {
 }
 
 template <typename Visit>
-void ForEachSlot(ChannelArea *channel, Visit visit) {
+void ForEachListener(ChannelArea *channel, Visit visit) {
   uint32_t const used = std::min(channel->slotsUsed.load(), kSegmentPlaces);
   for (uint32_t i = 0; i < used; i++) {
-    if (channel->slots[i].listening.load() != 0) visit(i, &channel->slots[i]);
+    uint32_t process = channel->slots[i].listening.load();
+    if (process == 0) continue;
+    // Not if another process has taken the place of the dead one since.
+    if (!SegmentPlaceHeld(i)) {
+      channel->slots[i].listening.compare_exchange_strong(process, 0);
+    } else {
+      visit(&channel->slots[i]);
+    }
   }
 }
 
@@ -50,13 +57,11 @@ void SleepUntilAnswered(ChannelArea *channel, uint32_t number, steady_clock::tim
 }
 
 void PassOverWhoDidNotAnswer(ChannelArea *channel, uint32_t number) {
-  ForEachSlot(channel, [number](uint32_t place, ProcessSlot *slot) {
-    if (slot->awaited.load() != number || slot->acknowledged.load() == number) return;
-    if (SegmentPlaceHeld(place)) {
-      slot->lagging.store(1);
-    } else {
-      slot->listening.store(0);
-    }
+  ForEachListener(channel, [number](ProcessSlot *slot) {
+    if (slot->awaited.load() != number) return;
+    slot->lagging.store(1);
+    // Its answer may have come between the two.
+    if (slot->awaited.load() != number) slot->lagging.store(0);
   });
 }
 
@@ -64,12 +69,8 @@ void PassOverWhoDidNotAnswer(ChannelArea *channel, uint32_t number) {
 
 void ExpectAnswers(ChannelArea *channel, uint32_t number) {
   uint32_t expected = 0;
-  ForEachSlot(channel, [&](uint32_t place, ProcessSlot *slot) {
+  ForEachListener(channel, [&](ProcessSlot *slot) {
     if (slot->lagging.load() != 0) return;
-    if (!SegmentPlaceHeld(place)) {
-      slot->listening.store(0);
-      return;
-    }
     slot->awaited.store(number);
     expected++;
   });
@@ -95,9 +96,9 @@ void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause) {
 void AnswerFor(ChannelArea *channel, uint32_t slot, uint32_t number) {
   if (slot >= kSegmentPlaces) return;
   ProcessSlot &own = channel->slots[slot];
-  own.acknowledged.store(number);
   if (own.lagging.load() != 0 && LastAnnouncement(channel->ring) == number) own.lagging.store(0);
-  if (own.awaited.load() != number) return;
+  uint32_t awaited = number;
+  if (!own.awaited.compare_exchange_strong(awaited, 0)) return;
   uint64_t open = channel->answers.open.load();
   while (open >> 32 == number && static_cast<uint32_t>(open) != 0) {
     if (!channel->answers.open.compare_exchange_weak(open, open - 1)) continue;

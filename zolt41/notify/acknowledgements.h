@@ -20,8 +20,8 @@ void ExpectAnswers(ChannelArea *channel, uint32_t number);
 enum class Pause { none, full };
 void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause);
 
-// The process of `slot` has taken all announcements up to `number`. A slot that is none answers
-// for nobody.
+// The process of `slot` has taken all announcements up to `number`, or does without them. A slot
+// that is none answers for nobody, and a second answer is none.
 void AnswerFor(ChannelArea *channel, uint32_t slot, uint32_t number);
 
 }  // namespace zolt

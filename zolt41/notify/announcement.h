@@ -30,6 +30,13 @@ struct Announcement {
   std::span<ChangeText const> changes;  // at most 128
 };
 
+// Something was to be told that nobody can tell any more.
+inline constexpr Announcement kGapAnnouncement = {{0xFFFFFFFF, 0, 0, 0, 0xFFFFFFFF}, {}};
+
+constexpr bool IsGap(AnnouncementHead const &head) {
+  return head.section == kGapAnnouncement.head.section && head.type == kGapAnnouncement.head.type;
+}
+
 }  // namespace zolt
 
 #endif  // ZOLT41_NOTIFY_ANNOUNCEMENT_H_

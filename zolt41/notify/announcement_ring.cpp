@@ -1,7 +1,9 @@
 #include "zolt41/notify/announcement_ring.h"
 
 #include <algorithm>
-#include <cstring>
+#include <new>
+
+#include "zolt41/foundation/text_field.h"
 
 namespace zolt {
 namespace {
@@ -59,8 +61,7 @@ std::vector<uint64_t> Encode(Announcement const &announcement) {
 template <size_t size>
 bool DecodeText(char const **from, char const *end, uint64_t length, char (&field)[size]) {
   if (length >= size || length > static_cast<uint64_t>(end - *from)) return false;
-  if (length != 0) std::memcpy(field, *from, length);
-  field[length] = '\0';
+  FillField({*from, length}, field);
   *from += length;
   return true;
 }
@@ -78,9 +79,10 @@ uint32_t Publish(Ring *ring, Announcement const &announcement) {
   uint32_t const start = Low(published);
   auto const size = static_cast<uint32_t>(words.size());
   words[0] = Pair(number, size);
-  // Told before the first word changes. One that died in here may have gone further than we will.
-  uint32_t const reserved = ring->reserved.load(std::memory_order_relaxed);
-  if (static_cast<int32_t>(start + size - reserved) > 0) ring->reserved.store(start + size);
+  // Told before the first word changes. One that died in here may have gone further than we will,
+  // though no further than the longest announcement.
+  uint32_t const ahead = ring->reserved.load(std::memory_order_relaxed) - start;
+  if (ahead < size || ahead > kLongest) ring->reserved.store(start + size);
   for (uint32_t i = 0; i < size; i++) {
     ring->words[(start + i) & kMask].store(words[i], std::memory_order_release);
   }
@@ -97,7 +99,11 @@ void RingReader::StartAtEnd(Ring const &ring) {
 RingReader::Result RingReader::Read(Ring const &ring) {
   uint64_t const published = ring.published.load(std::memory_order_acquire);
   if (Low(published) == position_) return Result::none;
-  if (Copy(ring, Low(published)) && Decode()) return Result::heard;
+  try {
+    if (Copy(ring, Low(published)) && Decode()) return Result::heard;
+  } catch (std::bad_alloc const &) {
+    // No memory for it: lost, like one that was overwritten.
+  }
   uint32_t const before = number_;
   StartAtEnd(ring);
   missed_ = number_ - before;

@@ -50,11 +50,10 @@ struct Ring {
 // A process that listens. Its notification thread holds the segment's place of the same number.
 struct ProcessSlot {
   std::atomic<uint32_t> process;
-  std::atomic<uint32_t> listening;     // it hears announcements
-  std::atomic<uint32_t> acknowledged;  // the last announcement that it has dealt with
-  std::atomic<uint32_t> awaited;       // the announcement for which it was counted
-  std::atomic<uint32_t> lagging;       // it let a writer wait in vain
-  std::atomic<uint32_t> missed;        // announcements that were overwritten before it came
+  std::atomic<uint32_t> listening;  // the process again if it hears announcements, else 0
+  std::atomic<uint32_t> awaited;    // the announcement that it has still to answer, else 0
+  std::atomic<uint32_t> lagging;    // it let a writer wait in vain
+  std::atomic<uint32_t> missed;     // announcements that were overwritten before it came
 };
 
 // Who has still to answer; see acknowledgements.h.
@@ -66,7 +65,8 @@ struct Answers {
 struct ChannelArea {
   SharedBlock block;
   alignas(64) Answers answers;
-  std::atomic<uint32_t> slotsUsed;  // no slot from this one on was ever taken
+  std::atomic<uint32_t> announcing;  // see Announcing
+  std::atomic<uint32_t> slotsUsed;   // no slot from this one on was ever taken
   alignas(64) ProcessSlot slots[kSegmentPlaces];
   alignas(64) Table table;
   alignas(64) Ring ring;

@@ -1,19 +1,17 @@
 #include "zolt41/notify/channel_objects.h"
 
+#include <atomic>
+
 #include "zolt41/platform/kernel/shared_segment.h"
 
 namespace zolt {
 
 namespace {
 
-constinit HANDLE subscriberMutex = 0;
-constinit HANDLE channelMutex = 0;
-constinit HANDLE notifyEvent = 0;
-
-void Close(HANDLE *handle) {
-  CloseHandle(*handle);
-  *handle = 0;
-}
+// Threads may still ask for them while the process ends.
+constinit std::atomic<HANDLE> subscriberMutex = 0;
+constinit std::atomic<HANDLE> channelMutex = 0;
+constinit std::atomic<HANDLE> notifyEvent = 0;
 
 }  // namespace
 
@@ -24,9 +22,9 @@ void OpenChannelObjects() {
 }
 
 void CloseChannelObjects() {
-  Close(&subscriberMutex);
-  Close(&channelMutex);
-  Close(&notifyEvent);
+  for (std::atomic<HANDLE> *const handle : {&subscriberMutex, &channelMutex, &notifyEvent}) {
+    CloseHandle(handle->exchange(0));
+  }
   DetachSegment();
 }
 
@@ -43,17 +41,7 @@ HANDLE NotifyEvent() {
 }
 
 ChannelArea *Channel() {
-  return static_cast<ChannelArea *>(SegmentArea());
-}
-
-ChannelGuard::ChannelGuard(uint32_t milliseconds) {
-  uint32_t const result = WaitForSingleObject(channelMutex, milliseconds);
-  held_ = result == WAIT_OBJECT_0 || result == WAIT_ABANDONED;
-  timedOut_ = result == WAIT_TIMEOUT;
-}
-
-ChannelGuard::~ChannelGuard() {
-  if (held_) ReleaseMutex(channelMutex);
+  return NotifyEvent() == 0 ? nullptr : static_cast<ChannelArea *>(SegmentArea());
 }
 
 }  // namespace zolt

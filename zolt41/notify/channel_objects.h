@@ -26,25 +26,6 @@ HANDLE NotifyEvent();
 // process to it.
 ChannelArea *Channel();
 
-// Holds the channel mutex for as long as it lives, if it could be had in time. If not, a caller
-// that can do without goes on: a stopped process must not keep every other one from starting.
-class ChannelGuard {
- public:
-  static constexpr uint32_t kWait = 1000;
-
-  explicit ChannelGuard(uint32_t milliseconds = kWait);
-  ~ChannelGuard();
-  ChannelGuard(ChannelGuard const &) = delete;
-  ChannelGuard &operator=(ChannelGuard const &) = delete;
-
-  bool held() const { return held_; }
-  bool timedOut() const { return timedOut_; }
-
- private:
-  bool held_;
-  bool timedOut_;
-};
-
 }  // namespace zolt
 
 #endif  // ZOLT41_NOTIFY_CHANNEL_OBJECTS_H_

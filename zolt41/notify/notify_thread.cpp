@@ -45,7 +45,7 @@ ProcessSlot *OwnSlot(Notifier const &notifier) {
 
 void ShowListening(Notifier const &notifier) {
   if (ProcessSlot *const slot = OwnSlot(notifier)) {
-    slot->listening.store(notifier.listening ? 1 : 0);
+    slot->listening.store(notifier.listening ? ThisProcess() : 0);
   }
 }
 
@@ -74,38 +74,45 @@ void TakePlace(Notifier *notifier) {
   ShowListening(*notifier);
 }
 
-void LeavePlace(Notifier *notifier) {
-  auto const guard = Lock();
+// A writer may have counted this process for an announcement that it does not come to hear.
+void AnswerForAll(Notifier const &notifier) {
+  AnswerFor(Channel(), notifier.place, LastAnnouncement(Channel()->ring));
+}
+
+void StopListening(Notifier *notifier) {
+  if (!notifier->listening) return;
   notifier->listening = false;
   ShowListening(*notifier);
+  AnswerForAll(*notifier);
+}
+
+void LeavePlace(Notifier *notifier) {
+  auto const guard = Lock();
+  StopListening(notifier);
   if (ProcessSlot *const slot = OwnSlot(*notifier)) slot->process.store(0);
   LeaveSegmentPlace(notifier->place);
   notifier->place = kSegmentPlaces;
   Channel()->block.threadCount.fetch_sub(1);
 }
 
+// Hands on what was heard, and gives how often something was lost on the way.
+uint32_t HandOn(RingReader *reader) {
+  SubscriberList &list = SubscriberList::The();
+  if (IsGap(reader->head())) return 1 + list.DeliverGap();
+  if (reader->count() == 0) return 0;
+  return list.Deliver(reader->head(), reader->records().data(),
+                      static_cast<int32_t>(reader->count()));
+}
+
 // Hands on the next announcement, if there is one, and answers it. The lock is held.
 bool HandOnOne(Notifier *notifier) {
-  SubscriberList &list = SubscriberList::The();
   RingReader &reader = notifier->reader;
-  uint32_t missed = 0;
-  uint32_t lost = 0;
-  switch (reader.Read(Channel()->ring)) {
-    case RingReader::Result::none:
-      return false;
-    case RingReader::Result::heard:
-      if (reader.count() != 0) {
-        lost = list.Deliver(reader.head(), reader.records().data(),
-                            static_cast<int32_t>(reader.count()));
-      }
-      break;
-    case RingReader::Result::gap:
-      missed = std::max(reader.missed(), 1U);
-      break;
-  }
-  if (missed != 0 || lost != 0) lost += list.DeliverGap();
-  ProcessSlot *const slot = OwnSlot(*notifier);
-  if (slot != nullptr && missed + lost != 0) slot->missed.fetch_add(missed + lost);
+  RingReader::Result const result = reader.Read(Channel()->ring);
+  if (result == RingReader::Result::none) return false;
+  uint32_t const lost = result == RingReader::Result::heard
+                            ? HandOn(&reader)
+                            : std::max(reader.missed(), 1U) + SubscriberList::The().DeliverGap();
+  if (ProcessSlot *const slot = OwnSlot(*notifier)) slot->missed.fetch_add(lost);
   AnswerFor(Channel(), notifier->place, reader.number());
   return true;
 }
@@ -178,38 +185,28 @@ void AfterForkInChild() {
   notifier.place = kSegmentPlaces;
 }
 
-// Last to be set up is first to be asked: the lock of the subscribers comes before those of the
-// queues and of the segment.
-void PrepareForForks() {
-  static bool const prepared = [] {
-    GetCurrentThreadId();
-    Channel();
-    CallAroundForks([] { SubscriberList::The().lock().lock(); },
-                    [] { SubscriberList::The().lock().unlock(); }, AfterForkInChild);
-    return true;
-  }();
-  static_cast<void>(prepared);
-}
-
 void ListenFromNow(Notifier *notifier) {
   StartIfWanted(notifier);
   if (!notifier->running || notifier->listening) return;
   notifier->reader.StartAtEnd(Channel()->ring);
   notifier->listening = true;
   ShowListening(*notifier);
+  AnswerForAll(*notifier);
   Wake(notifier);
-}
-
-void StopListening(Notifier *notifier) {
-  if (!notifier->listening) return;
-  notifier->listening = false;
-  ShowListening(*notifier);
 }
 
 }  // namespace
 
+// Last to be set up is first to be asked: the lock of the subscribers comes before those of the
+// queues, which their list sets up, and of the segment.
+void PrepareNotificationForForks() {
+  PrepareSegmentForForks();
+  SubscriberList::The();
+  CallAroundForks([] { SubscriberList::The().lock().lock(); },
+                  [] { SubscriberList::The().lock().unlock(); }, AfterForkInChild);
+}
+
 void StartNotificationThread() {
-  PrepareForForks();
   auto const guard = Lock();
   Notifier &notifier = TheNotifier();
   if (notifier.wanted) return;

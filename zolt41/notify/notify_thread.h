@@ -7,6 +7,10 @@
 
 namespace zolt {
 
+// Has forks cared for from now on. To be called before any hive is used: around a fork the locks of
+// the hives come first, since a thread that holds one may want those of the subscribers.
+void PrepareNotificationForForks();
+
 // Forgets all subscribers and starts the thread, unless it runs. Without the shared segment, or
 // without a thread to be had, nobody hears.
 void StartNotificationThread();

@@ -1,20 +1,10 @@
 #include "zolt41/notify/pending_change.h"
 
-#include <cstring>
 #include <new>
 
+#include "zolt41/foundation/text_field.h"
+
 namespace zolt {
-namespace {
-
-template <size_t size>
-void CopyText(char const (&from)[size], char (&to)[size]) {
-  size_t const length = strnlen(from, size - 1);
-  std::memcpy(to, from, length);
-  to[length] = '\0';
-}
-
-}  // namespace
-
 void FreeRecords(ZOLTXPtrArray *records) {
   for (int32_t i = 0; i < records->GetSize(); i++) {
     delete static_cast<NotificationInfo *>(records->GetAt(i));
@@ -34,9 +24,9 @@ std::unique_ptr<PendingChange> PendingChange::Copy(int32_t id, int32_t level,
   for (int32_t i = 0; i < count; i++) {
     auto *const copy = new NotificationInfo;
     change->records.SetAt(i, copy);
-    CopyText(records[i].name, copy->name);
-    CopyText(records[i].newValue, copy->newValue);
-    CopyText(records[i].oldValue, copy->oldValue);
+    FillField(TextIn(records[i].name), copy->name);
+    FillField(TextIn(records[i].newValue), copy->newValue);
+    FillField(TextIn(records[i].oldValue), copy->oldValue);
   }
   return change;
 } catch (std::bad_alloc const &) {

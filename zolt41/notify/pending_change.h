@@ -24,6 +24,9 @@ struct PendingChange {
                                              NotificationInfo const *records, int32_t count,
                                              uint32_t extra, int32_t type);
 
+  // In records: what holds them together counts as one more.
+  uint32_t cost() const { return static_cast<uint32_t>(records.GetSize()) + 1; }
+
   bool gap() const { return id == -1 && records.GetSize() == 0; }
 
   int32_t id = 0;

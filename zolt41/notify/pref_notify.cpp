@@ -13,8 +13,8 @@ using zolt::SubscriberList;
 
 namespace {
 
-// 64 MiB of records.
-constexpr uint32_t kMostQueuedRecords = (64U << 20) / sizeof(NotificationInfo);
+// 64 MiB of records, as PendingChange::cost counts them.
+constexpr uint32_t kMostQueued = (64U << 20) / sizeof(NotificationInfo);
 
 struct KeyEntry {
   HKEY key;
@@ -38,6 +38,7 @@ CPrefNotify::CPrefNotify(int32_t init) : queue_(256) {
 
 CPrefNotify::~CPrefNotify() {
   std::lock_guard const guard(SubscriberList::The().lock());
+  while (SubscriberList::The().Hears(this)) RemoveNotificationObject(this);
   SubscriberList::The().Died(this);
   Dispose();
   for (int32_t i = 0; i < keys_.GetSize(); i++) delete static_cast<KeyEntry *>(keys_.GetAt(i));
@@ -96,33 +97,31 @@ bool CPrefNotify::HearsAll() const {
   return false;
 }
 
-bool CPrefNotify::Queue(PendingChange *change) {
-  if (queue_.AddItem(change) == ZOLTXList::kNone) return false;
-  queuedRecords_ += static_cast<uint32_t>(change->records.GetSize());
+bool CPrefNotify::EndsInGap() const {
+  return queue_.Count() != 0 && ChangeAt(queue_, queue_.Count() - 1)->gap();
+}
+
+bool CPrefNotify::Queue(std::unique_ptr<PendingChange> change) {
+  if (change == nullptr || queue_.AddItem(change.get()) == ZOLTXList::kNone) return false;
+  queuedCost_ += change->cost();
+  static_cast<void>(change.release());
   return true;
 }
 
 bool CPrefNotify::QueueCopy(int32_t id, int32_t level, NotificationInfo const *records,
                             int32_t count, uint32_t extra, int32_t type) {
-  if (queuedRecords_ >= kMostQueuedRecords) return false;
-  std::unique_ptr<PendingChange> change =
-      PendingChange::Copy(id, level, records, count, extra, type);
-  if (change == nullptr || !Queue(change.get())) return false;
-  static_cast<void>(change.release());
-  return true;
+  return queuedCost_ < kMostQueued &&
+         Queue(PendingChange::Copy(id, level, records, count, extra, type));
 }
 
 bool CPrefNotify::QueueGap() {
-  std::unique_ptr<PendingChange> gap = PendingChange::Copy(-1, 0, nullptr, 0, 0, 0);
-  if (gap == nullptr || !Queue(gap.get())) return false;
-  static_cast<void>(gap.release());
-  return true;
+  return Queue(PendingChange::Copy(-1, 0, nullptr, 0, 0, 0));
 }
 
 void CPrefNotify::TakeBackNewest() {
   uint32_t const newest = queue_.Count() - 1;
   PendingChange *const change = ChangeAt(queue_, newest);
-  queuedRecords_ -= static_cast<uint32_t>(change->records.GetSize());
+  queuedCost_ -= change->cost();
   queue_.RemoveItem(newest);
   delete change;
 }
@@ -137,7 +136,7 @@ int32_t CPrefNotify::AckCallback() {
   zolt::FreeRecords(&changedRecords);
   std::unique_ptr<PendingChange> const change(ChangeAt(queue_, 0));
   queue_.RemoveFirstItem();
-  queuedRecords_ -= static_cast<uint32_t>(change->records.GetSize());
+  queuedCost_ -= change->cost();
   changedId = change->id;
   changedLevel = change->level;
   changedExtra = change->extra;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 
 #include "zolt41/foundation/zoltx_list.h"
 #include "zolt41/foundation/zoltx_ptr_array.h"
@@ -87,7 +88,8 @@ class ZOLT_API CPrefNotify {
   ZOLT_HIDDEN void ForEachMatch(zolt::AnnouncementHead const &head,
                                 std::function<void(uint32_t id, int32_t type)> const &match);
   ZOLT_HIDDEN bool HearsAll() const;
-  ZOLT_HIDDEN bool Queue(zolt::PendingChange *change);
+  ZOLT_HIDDEN bool EndsInGap() const;
+  ZOLT_HIDDEN bool Queue(std::unique_ptr<zolt::PendingChange> change);
   ZOLT_HIDDEN bool QueueCopy(int32_t id, int32_t level, NotificationInfo const *records,
                              int32_t count, uint32_t extra, int32_t type);
   ZOLT_HIDDEN bool QueueGap();
@@ -104,7 +106,7 @@ class ZOLT_API CPrefNotify {
   int32_t released_ = 0;
   int32_t transactionType_ = 0;
   ZOLTXList queue_;
-  uint32_t queuedRecords_ = 0;
+  uint32_t queuedCost_ = 0;
   int32_t deliveredType_ = 0;
 };
 

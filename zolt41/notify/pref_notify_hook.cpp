@@ -55,6 +55,8 @@ void CPrefNotify::Release() {
     released_ = 1;
     // A thread that has ended takes no message any more, and gave back those that it had.
     if (pendingCount_ > 0 && zolt::ThreadHasQueue(threadId_)) return;
+    // Nobody else may come to the same end meanwhile.
+    SubscriberList::The().Died(this);
   }
   delete this;
 }

@@ -1,6 +1,7 @@
 #include "zolt41/notify/subscriber_list.h"
 
 #include <algorithm>
+#include <functional>
 #include <mutex>
 #include <new>
 
@@ -27,12 +28,15 @@ SubscriberList &SubscriberList::The() {
   return *list;
 }
 
+int32_t SubscriberList::PlaceOf(CPrefNotify const *subscriber) const {
+  int32_t place = listening_.GetUpperBound();
+  while (place >= 0 && At(place) != subscriber) place--;
+  return place;
+}
+
 void SubscriberList::Remove(CPrefNotify const *subscriber) {
-  for (int32_t i = 0; i < listening_.GetSize(); i++) {
-    if (listening_.GetAt(i) != subscriber) continue;
-    listening_.RemoveAt(i, 1);
-    return;
-  }
+  int32_t const place = PlaceOf(subscriber);
+  if (place >= 0) listening_.RemoveAt(place, 1);
 }
 
 // Counts the message before it is posted, and takes it all back if it cannot be: then nothing is on
@@ -64,37 +68,37 @@ uint32_t SubscriberList::Deliver(AnnouncementHead const &head, NotificationInfo 
   uint32_t lost = 0;
   // Nobody can come or go meanwhile: no client's code runs in here.
   for (int32_t i = 0; i < listening_.GetSize(); i++) {
-    auto *const subscriber = static_cast<CPrefNotify *>(listening_.GetAt(i));
-    subscriber->ForEachMatch(head, [&](uint32_t id, int32_t ownType) {
-      auto const queue = [&] {
+    CPrefNotify *const subscriber = At(i);
+    uint32_t lostHere = 0;
+    auto const deliver = [&](uint32_t id, int32_t ownType) {
+      lostHere += Post(subscriber, [&] {
         return subscriber->QueueCopy(static_cast<int32_t>(id), static_cast<int32_t>(head.level),
                                      records, count, head.extra, ownType);
-      };
-      lost += Post(subscriber, queue);
-    });
+      });
+    };
+    // By reference, which takes no memory.
+    subscriber->ForEachMatch(head, std::cref(deliver));
+    if (lostHere != 0) lost += lostHere + PostGap(subscriber);
   }
   return lost;
+}
+
+// One that is the newest of what waits tells of all that is lost behind it.
+uint32_t SubscriberList::PostGap(CPrefNotify *subscriber) {
+  if (!subscriber->HearsAll() || subscriber->EndsInGap()) return 0;
+  return Post(subscriber, [subscriber] { return subscriber->QueueGap(); });
 }
 
 uint32_t SubscriberList::DeliverGap() {
   uint32_t lost = 0;
   for (int32_t i = 0; i < listening_.GetSize(); i++) {
-    auto *const subscriber = static_cast<CPrefNotify *>(listening_.GetAt(i));
-    if (subscriber->HearsAll()) lost += Post(subscriber, [&] { return subscriber->QueueGap(); });
+    lost += PostGap(At(i));
   }
   return lost;
 }
 
-void SubscriberList::Died(CPrefNotify *subscriber) {
-  living_.erase(subscriber);
-  while (true) {
-    int32_t const before = listening_.GetSize();
-    Remove(subscriber);
-    if (listening_.GetSize() == before) return;
-  }
-}
-
 HHOOK SubscriberList::HookOf(uint32_t thread, HOOKPROC procedure) {
+  std::erase_if(hooks_, [](auto const &entry) { return !ThreadHasQueue(entry.first); });
   auto const found = hooks_.find(thread);
   if (found != hooks_.end()) return found->second;
   HHOOK const hook = SetWindowsHookExA(WH_GETMESSAGE, procedure, LibraryInstance(), thread);
@@ -111,10 +115,14 @@ SubscriberList::Arrival SubscriberList::Count(CPrefNotify *subscriber) {
   SubscriberList &list = The();
   std::lock_guard const guard(list.lock_);
   // Anybody can post such a message; and one can outlive a subscriber that was deleted.
-  if (!list.Lives(subscriber)) return Arrival::unknown;
+  if (!list.Lives(subscriber) || subscriber->threadId_ != GetCurrentThreadId()) {
+    return Arrival::unknown;
+  }
   if (subscriber->pendingCount_ > 0) subscriber->pendingCount_--;
   if (subscriber->released_ == 0) return Arrival::living;
-  return subscriber->pendingCount_ == 0 ? Arrival::last : Arrival::released;
+  if (subscriber->pendingCount_ != 0) return Arrival::released;
+  list.Died(subscriber);
+  return Arrival::last;
 }
 
 void SubscriberList::StartOverInChild() {

@@ -32,10 +32,11 @@ class SubscriberList {
   void Add(CPrefNotify *subscriber) { listening_.Add(subscriber); }
   void Remove(CPrefNotify const *subscriber);
   void RemoveAll() { listening_.RemoveAll(); }
+  bool Hears(CPrefNotify const *subscriber) const { return PlaceOf(subscriber) >= 0; }
   bool empty() const { return listening_.GetSize() == 0; }
 
-  // Queue and post what was heard, or that something was missed, for each that asked for it. Gives
-  // how often something was lost for want of memory.
+  // Queue and post what was heard, or that something was missed, for each that asked for it. Give
+  // how often something was lost for want of memory; who hears everything is told of that.
   uint32_t Deliver(AnnouncementHead const &head, NotificationInfo const *records, int32_t count);
   uint32_t DeliverGap();
 
@@ -44,7 +45,7 @@ class SubscriberList {
 
   // All that exist. A pointer that comes out of a message is one of these, or is not followed.
   void Born(CPrefNotify *subscriber) { living_.insert(subscriber); }
-  void Died(CPrefNotify *subscriber);
+  void Died(CPrefNotify *subscriber) { living_.erase(subscriber); }
   bool Lives(CPrefNotify *subscriber) const { return living_.contains(subscriber); }
   bool noneLives() const { return living_.empty(); }
 
@@ -52,8 +53,9 @@ class SubscriberList {
   HHOOK HookOf(uint32_t thread, HOOKPROC procedure);
   void RemoveHooks();
 
-  // A message has come, or has been lost with its thread. `last`: it was the last for a subscriber
-  // that was released, which the caller then deletes.
+  // A message has come, or has been lost with its thread, which is the calling one; `unknown` if it
+  // cannot be for a subscriber of this thread. `last`: it was the last for a subscriber that was
+  // released. That is no longer among the living, and the caller deletes it.
   enum class Arrival { unknown, living, released, last };
   static Arrival Count(CPrefNotify *subscriber);
 
@@ -65,6 +67,11 @@ class SubscriberList {
 
   template <typename Enqueue>
   uint32_t Post(CPrefNotify *subscriber, Enqueue enqueue);
+  uint32_t PostGap(CPrefNotify *subscriber);
+  int32_t PlaceOf(CPrefNotify const *subscriber) const;
+  CPrefNotify *At(int32_t place) const {
+    return static_cast<CPrefNotify *>(listening_.GetAt(place));
+  }
 
   RecursiveMutex lock_;
   ZOLTXPtrArray listening_;

@@ -4,6 +4,7 @@
 
 #include "zolt41/notify/announce.h"
 #include "zolt41/notify/change_table.h"
+#include "zolt41/notify/channel_guard.h"
 #include "zolt41/notify/channel_objects.h"
 
 namespace {
@@ -39,6 +40,7 @@ void EndPrefsModify() {
   zolt::ChannelArea *const channel = zolt::Channel();
   if (channel == nullptr) return;
   zolt::ChannelGuard const guard(INFINITE);
+  zolt::Announcing const announcing;
   std::vector<zolt::ChangeText> const changes = zolt::ReadyChanges(*channel);
   zolt::SharedBlock const &block = channel->block;
   zolt::Announce({{block.sectionId.load(), 0, block.level.load(), block.extra.load(),

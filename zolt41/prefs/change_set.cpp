@@ -4,6 +4,7 @@
 #include <cstring>
 #include <utility>
 
+#include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/prefs/ascii_case.h"
 
 namespace zolt {
@@ -60,7 +61,10 @@ MaybeValue BytesValue(uint32_t type, void const *data, uint32_t size) {
 }
 
 ChangeSet::Section &ChangeSet::In(uint32_t id, HKEY key) {
-  auto const found = std::ranges::find(sections_, id, &Section::id);
+  // One section may be open under two ids.
+  auto const found = std::ranges::find_if(sections_, [id, key](Section const &section) {
+    return section.id == id || SameKey(section.key, key);
+  });
   if (found != sections_.end()) return *found;
   return sections_.emplace_back(Section{id, key, {}, {}});
 }

@@ -11,7 +11,7 @@
 
 #include "zolt41/notify/announce.h"
 #include "zolt41/notify/announcement.h"
-#include "zolt41/notify/channel_objects.h"
+#include "zolt41/notify/channel_guard.h"
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/announced_ids.h"
@@ -49,26 +49,12 @@ WinPrefs *StoreOf(PrefLevel level) {
   }
 }
 
-// Why the last operation on the hive failed.
+// Why the last operation on the hive failed; by Failure.
 Commit FailureOfHive() {
-  switch (static_cast<Failure>(ZOLTLastFailure(nullptr, 0))) {
-    case Failure::denied:
-      return Commit::denied;
-    case Failure::locked:
-      return Commit::locked;
-    case Failure::full:
-      return Commit::full;
-    case Failure::damaged:
-      return Commit::damaged;
-    case Failure::newer:
-      return Commit::newer;
-    case Failure::timed_out:
-      return Commit::timed_out;
-    case Failure::none:
-    case Failure::io:
-      break;
-  }
-  return Commit::io;
+  constexpr Commit kCommits[] = {Commit::io,   Commit::denied,   Commit::locked,
+                                 Commit::full, Commit::damaged,  Commit::newer,
+                                 Commit::io,   Commit::timed_out};
+  return kCommits[ZOLTLastFailure(nullptr, 0)];
 }
 
 Commit Refuse(Failure failure, Commit commit, std::string_view subject) {
@@ -207,6 +193,7 @@ Commit Transaction::WriteAndAnnounce() {
   if (channel.timedOut()) {
     return Refuse(Failure::timed_out, Commit::timed_out, "/ZO/ZOLT/SECURE2");
   }
+  Announcing const announcing;
   ChangeSet changes;
   Commit result = Commit::io;
   {

@@ -70,9 +70,12 @@ void MessageQueue::Renew() {
   shown_ = false;
   if (descriptor_ < 0) return;
   int const own = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
-  if (own < 0) return;
-  dup3(own, descriptor_, O_CLOEXEC);
-  close(own);
+  if (own < 0 || dup3(own, descriptor_, O_CLOEXEC) < 0) {
+    // Rather none than the parent's.
+    close(descriptor_);
+    descriptor_ = -1;
+  }
+  if (own >= 0) close(own);
 }
 
 // A thread's end, for which its queue must wait.

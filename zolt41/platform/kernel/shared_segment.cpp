@@ -5,6 +5,7 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -32,23 +33,36 @@ static_assert(sizeof(Segment) == 0x3000 + kSegmentAreaSize);
 struct Attachment {
   std::mutex lock;
   SharedFile file;
-  bool tried = false;
+  std::chrono::steady_clock::time_point nextTry;
   std::atomic<Segment *> segment{nullptr};
-  // How many of the mutexes the threads of this process own, counted as often as they are taken.
-  std::atomic<uint32_t> owned{0};
 };
 
-// How often the calling thread has taken each mutex and not given it back.
-thread_local std::array<uint32_t, kMutexes> taken{};
+// Where it could not be had, it is asked for again after this time.
+constexpr auto kTryAgain = std::chrono::seconds(10);
+
+// A mutex that the calling thread has taken and not given back, how often, and in which segment: it
+// may have been detached since.
+struct Taken {
+  Segment *segment;
+  uint32_t count;
+};
+thread_local std::array<Taken, kMutexes> taken{};
 
 Attachment &TheAttachment();
+
+// The block stays mapped; the next use attaches anew.
+void Forget(Attachment *attachment) {
+  attachment->file.Abandon();
+  attachment->segment.store(nullptr, std::memory_order_release);
+  attachment->nextTry = {};
+}
 
 void InChild() {
   Attachment &attachment = TheAttachment();
   new (&attachment.lock) std::mutex();
-  attachment.file.ReattachInChild();
-  attachment.owned.store(0, std::memory_order_relaxed);
   taken = {};
+  if (attachment.file.ReattachInChild()) return;
+  Forget(&attachment);
 }
 
 Attachment *MakeAttachment() {
@@ -78,12 +92,14 @@ Segment *Attach() {
   Segment *segment = attachment.segment.load(std::memory_order_acquire);
   if (segment != nullptr) return segment;
   std::lock_guard const guard(attachment.lock);
-  if (!attachment.tried) {
-    attachment.tried = true;
+  segment = attachment.segment.load(std::memory_order_relaxed);
+  auto const now = std::chrono::steady_clock::now();
+  if (segment == nullptr && now >= attachment.nextTry) {
+    attachment.nextTry = now + kTryAgain;
     // The stores work without it, so its failures are none of theirs, and hide none of theirs.
     FirstFailure before;
     before.Note();
-    SharedFile::Format const format{0x315F474553535A5A, 2, sizeof(Segment)};
+    SharedFile::Format const format{0x315F474553535A5A, 3, sizeof(Segment)};
     if (attachment.file.Attach(SegmentPath(), SharedFile::Owner::self, format, Reset) ==
             Failure::none &&
         attachment.file.ForeignNamespace()) {
@@ -93,7 +109,7 @@ Segment *Attach() {
     segment = static_cast<Segment *>(attachment.file.block());
     attachment.segment.store(segment, std::memory_order_release);
   }
-  return attachment.segment.load(std::memory_order_relaxed);
+  return segment;
 }
 
 bool Took(RobustMutex *mutex) {
@@ -102,6 +118,10 @@ bool Took(RobustMutex *mutex) {
 }
 
 }  // namespace
+
+void PrepareSegmentForForks() {
+  TheAttachment();
+}
 
 std::string SegmentPath() {
   uint64_t hash = 0xCBF29CE484222325;
@@ -124,18 +144,16 @@ MutexWait LockInSegment(SegmentMutex mutex, uint32_t milliseconds) {
   auto const index = static_cast<size_t>(mutex);
   MutexWait const wait = LockRobustMutex(&segment->mutexes[index], milliseconds);
   if (wait == MutexWait::got || wait == MutexWait::abandoned) {
-    taken[index]++;
-    TheAttachment().owned.fetch_add(1, std::memory_order_relaxed);
+    taken[index] = {segment, taken[index].count + 1};
   }
   return wait;
 }
 
 bool UnlockInSegment(SegmentMutex mutex) {
   auto const index = static_cast<size_t>(mutex);
-  if (taken[index] == 0) return false;
-  taken[index]--;
-  TheAttachment().owned.fetch_sub(1, std::memory_order_relaxed);
-  UnlockRobustMutex(&Attach()->mutexes[index]);
+  if (taken[index].count == 0) return false;
+  taken[index].count--;
+  UnlockRobustMutex(&taken[index].segment->mutexes[index]);
   return true;
 }
 
@@ -154,14 +172,12 @@ uint32_t TakeSegmentPlace() {
   if (segment == nullptr) return kSegmentPlaces;
   uint32_t place = 0;
   while (place < kSegmentPlaces && !Took(&segment->places[place])) place++;
-  if (place < kSegmentPlaces) TheAttachment().owned.fetch_add(1, std::memory_order_relaxed);
   return place;
 }
 
 void LeaveSegmentPlace(uint32_t place) {
   if (place >= kSegmentPlaces) return;
   UnlockRobustMutex(&Attach()->places[place]);
-  TheAttachment().owned.fetch_sub(1, std::memory_order_relaxed);
 }
 
 bool SegmentPlaceHeld(uint32_t place) {
@@ -181,11 +197,8 @@ uint32_t SegmentMutexOwner(SegmentMutex mutex) {
 void DetachSegment() {
   Attachment &attachment = TheAttachment();
   std::lock_guard const guard(attachment.lock);
-  if (attachment.owned.load(std::memory_order_relaxed) != 0) return;
-  attachment.segment.store(nullptr, std::memory_order_release);
-  attachment.tried = false;
   if (attachment.file.TakeAlone()) attachment.file.Unlink();
-  attachment.file.Detach();
+  Forget(&attachment);
 }
 
 }  // namespace zolt

@@ -11,8 +11,9 @@ namespace zolt {
 
 // The memory that all processes of one user and home share, a file in /dev/shm that no other user
 // may open. It guards nothing of the stores: without it they work, nobody waits for anybody, and
-// nobody hears of a change. Another process of the same user can harm it: one that cuts the file
-// short makes us fault.
+// nobody hears of a change. Another process of the same user can harm us: one that cuts the file
+// short makes us fault, and one that writes over a mutex can make us write anywhere, since the C
+// library follows what stands in it.
 //
 // The first use attaches the process, to the segment of the home that the environment then names.
 // It cannot be had where another user's file is in its place, where there is no memory, or where a
@@ -28,7 +29,7 @@ inline constexpr uint32_t kSegmentAreaSize = 0x14A000;
 // The file of the home that the environment names. Two homes have two; the name tells no path.
 std::string SegmentPath();
 
-// Null if the segment cannot be had. Nothing that is read from it may be trusted.
+// Null if the segment cannot be had. Nothing that is read from the area may be trusted.
 void *SegmentArea();
 
 // The words that processes sleep on to hear of each other; null if the segment cannot be had.
@@ -51,9 +52,12 @@ bool SegmentPlaceHeld(uint32_t place);
 // The process that owns the mutex, as far as can be told without waiting; 0 if none does.
 uint32_t SegmentMutexOwner(SegmentMutex mutex);
 
-// Gives the segment up, for the end of the process; the last one to do so removes the file. Kept if
-// this process still owns one of its mutexes, since the kernel then writes to it when the process
-// ends.
+// Has the segment cared for around forks from now on, which else begins with its first use.
+void PrepareSegmentForForks();
+
+// Gives the segment up, for the end of the process; the last one to do so removes the file. It
+// stays mapped, since other threads may be in the middle of something, and the kernel writes to the
+// mutexes of threads that end.
 void DetachSegment();
 
 }  // namespace zolt

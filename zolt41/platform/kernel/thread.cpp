@@ -37,7 +37,9 @@ bool Thread::Start(void *(*run)(void *), void *argument) {
   sigset_t before;
   sigfillset(&all);
   pthread_sigmask(SIG_SETMASK, &all, &before);
-  bool const started = pthread_create(&native_, &attributes, Begin, beginning) == 0;
+  // A program with much memory of its own for each thread needs a larger stack.
+  bool const started = pthread_create(&native_, &attributes, Begin, beginning) == 0 ||
+                       pthread_create(&native_, nullptr, Begin, beginning) == 0;
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   pthread_attr_destroy(&attributes);
   if (!started) delete beginning;

@@ -201,8 +201,13 @@ void SharedFile::Retire() {
   descriptor_ = -1;
 }
 
-void SharedFile::ReattachInChild() {
-  if (block_ == nullptr || descriptor_ < 0) return;
+void SharedFile::Abandon() {
+  Retire();
+  block_ = nullptr;
+}
+
+bool SharedFile::ReattachInChild() {
+  if (block_ == nullptr || descriptor_ < 0) return true;
   int const own = open(path_.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW);
   struct stat here {};
   struct stat there {};
@@ -213,13 +218,14 @@ void SharedFile::ReattachInChild() {
       mmap(block_, size_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, own, 0) == block_) {
     close(descriptor_);
     descriptor_ = own;
-    return;
+    return true;
   }
   // The lock stays the parent's to give up. Without a descriptor the file counts as moved, and is
   // attached to anew at the next need.
   if (own >= 0) close(own);
   close(descriptor_);
   descriptor_ = -1;
+  return false;
 }
 
 bool SharedFile::ForeignNamespace() const {

@@ -57,12 +57,16 @@ class SharedFile {
   // this is destroyed.
   void Retire();
 
+  // The same, and forgets the block: it stays mapped for as long as the process lives.
+  void Abandon();
+
   bool attached() const { return block_ != nullptr; }
   void *block() const { return block_; }
 
   // In the child of a fork: takes a lock of its own in the place of the one that it shares with its
-  // parent, who could otherwise give it up for both.
-  void ReattachInChild();
+  // parent, who could otherwise give it up for both. False if the file is no longer there, which
+  // the parent may have removed at its end; the block then has nothing to do with other processes.
+  bool ReattachInChild();
 
   // The file was made by a process whose process ids mean something else than ours. Mutexes in
   // the block must then not be used.
