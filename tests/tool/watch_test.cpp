@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
-#include <regex>
 
 #include "tests/tool/background_tool.h"
 #include "tests/tool/tool_fixture.h"
@@ -53,8 +53,10 @@ TEST_F(WatchTest, EventsAreObjectsAndALevelChooses) {
   SetForeign(HKEY_CURRENT_USER, "Long", REG_SZ, std::string(1023, 'x') + '\0');
   Set({"Audio", "Long", "2", "W", "3"});
   json removed = json::parse(watcher.Out());
-  EXPECT_TRUE(std::regex_match(removed["time"].get<std::string>(),
-                               std::regex(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z)")));
+  std::string time = removed["time"];
+  std::ranges::replace_if(
+      time, [](char c) { return c >= '0' && c <= '9'; }, 'd');
+  EXPECT_EQ(time, "dddd-dd-ddTdd:dd:dd.dddZ");
   removed.erase("time");
   EXPECT_EQ(removed, json::parse(R"({"schema":1,"change":"removed","section":"Conferencing:Audio",
     "id":"0x41554449","level":"user","changes":[{"name":"V","old":"1","new":null}]})"));

@@ -8,7 +8,9 @@ namespace zolt {
 
 namespace {
 
-// Threads may still ask for them while the process ends.
+// Threads may still ask for them while the process ends. The subscriber mutex only bears its name
+// for all to see: what guards the subscribers of a process is a lock of that process alone, so that
+// one which is stopped stops no other.
 constinit std::atomic<HANDLE> subscriberMutex = 0;
 constinit std::atomic<HANDLE> channelMutex = 0;
 constinit std::atomic<HANDLE> notifyEvent = 0;
@@ -26,10 +28,6 @@ void CloseChannelObjects() {
     CloseHandle(handle->exchange(0));
   }
   DetachSegment();
-}
-
-HANDLE SubscriberMutex() {
-  return subscriberMutex;
 }
 
 HANDLE ChannelMutex() {

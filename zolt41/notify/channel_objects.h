@@ -12,10 +12,6 @@ namespace zolt {
 void OpenChannelObjects();
 void CloseChannelObjects();
 
-// Bears its name for all to see, but what guards the subscribers of a process is a lock of that
-// process alone, so that one which is stopped stops no other.
-HANDLE SubscriberMutex();
-
 // Whoever announces holds it, and InitPrefs and the changes of the tree do.
 HANDLE ChannelMutex();
 

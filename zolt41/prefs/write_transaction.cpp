@@ -34,19 +34,11 @@ struct Step {
   MaybeValue value;
 };
 
+// Null for a level that is none of the four.
 WinPrefs *StoreOf(PrefLevel level) {
-  switch (level) {
-    case PrefLevelSharedSystem:
-      return GetSharedSystemPrefs();
-    case PrefLevelSharedUser:
-      return GetSharedUserPrefs();
-    case PrefLevelSystem:
-      return GetSystemPrefs();
-    case PrefLevelUser:
-      return GetUserPrefs();
-    default:
-      return nullptr;
-  }
+  constexpr std::array kStores = {GetSharedSystemPrefs, GetSharedUserPrefs, GetSystemPrefs,
+                                  GetUserPrefs};
+  return HasTree(level) ? kStores[static_cast<size_t>(level) - PrefLevelSharedSystem]() : nullptr;
 }
 
 // Why the last operation on the hive failed; by Failure.
