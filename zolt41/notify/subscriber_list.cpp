@@ -126,7 +126,7 @@ SubscriberList::Arrival SubscriberList::Count(CPrefNotify *subscriber) {
 }
 
 void SubscriberList::StartOverInChild() {
-  new (&lock_) RecursiveMutex();
+  RenewInChild(&lock_);
   listening_.RemoveAll();
   for (CPrefNotify *const subscriber : living_) {
     subscriber->pendingCount_ = 0;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "zolt41/platform/kernel/thread.h"
+#include "zolt41/platform/system/timed_mutex.h"
 
 namespace zolt {
 
@@ -143,7 +144,7 @@ void MessageQueues::End(uint32_t thread) {
 }
 
 void MessageQueues::AfterForkInChild() {
-  new (&lock) std::mutex();
+  RenewInChild(&lock);
   // The other threads are not in the child; their queues go, and their ids with them. One may have
   // waited, and who destroys what is waited on waits himself.
   for (auto const &[thread, queue] : queues_) new (&queue->arrived) std::condition_variable();

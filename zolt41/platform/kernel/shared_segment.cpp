@@ -15,6 +15,7 @@
 
 #include "zolt41/platform/system/home.h"
 #include "zolt41/platform/system/shared_file.h"
+#include "zolt41/platform/system/timed_mutex.h"
 
 namespace zolt {
 namespace {
@@ -59,7 +60,7 @@ void Forget(Attachment *attachment) {
 
 void InChild() {
   Attachment &attachment = TheAttachment();
-  new (&attachment.lock) std::mutex();
+  RenewInChild(&attachment.lock);
   taken = {};
   if (attachment.file.ReattachInChild()) return;
   Forget(&attachment);

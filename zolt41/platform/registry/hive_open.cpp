@@ -382,9 +382,9 @@ void Hive::AfterFork(bool child) {
   }
   // The locks belong to the parent's thread; the child's only thread gets new ones.
   if (words_ != nullptr) words_->ReattachInChild();
-  new (&failureLock_) std::mutex();
-  new (&readLock_) std::mutex();
-  new (&writeLock_) RecursiveMutex();
+  RenewInChild(&failureLock_);
+  RenewInChild(&readLock_);
+  RenewInChild(&writeLock_);
 }
 
 }  // namespace zolt

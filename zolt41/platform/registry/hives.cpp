@@ -5,6 +5,7 @@
 #include <new>
 
 #include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/system/timed_mutex.h"
 
 namespace zolt {
 namespace {
@@ -33,8 +34,8 @@ void InParent() {
 void InChild() {
   Hives *hives = made.load(std::memory_order_acquire);
   if (hives == nullptr) return;
-  new (&hives->handles.Lock()) std::mutex();
-  new (&hives->cache.FillLock()) std::mutex();
+  RenewInChild(&hives->handles.Lock());
+  RenewInChild(&hives->cache.FillLock());
   hives->machine.AfterFork(true);
   hives->user.AfterFork(true);
 }

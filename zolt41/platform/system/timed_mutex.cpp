@@ -34,6 +34,13 @@ void TellOwnership([[maybe_unused]] pthread_mutex_t *mutex) {
 
 }  // namespace
 
+void TellLostInChild([[maybe_unused]] pthread_mutex_t *mutex) {
+#if defined(__SANITIZE_THREAD__)
+  __tsan_mutex_pre_unlock(mutex, __tsan_mutex_recursive_unlock);
+  __tsan_mutex_post_unlock(mutex, __tsan_mutex_recursive_unlock);
+#endif
+}
+
 int LockWithin(pthread_mutex_t *mutex, uint32_t milliseconds) {
   if (milliseconds == 0xFFFFFFFF) return pthread_mutex_lock(mutex);
   int result = pthread_mutex_trylock(mutex);

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <new>
 
 namespace zolt {
 
@@ -26,10 +27,23 @@ class RecursiveMutex {
     return LockWithin(&native_, static_cast<uint32_t>(wait.count())) == 0;
   }
   void unlock() { pthread_mutex_unlock(&native_); }
+  pthread_mutex_t *native_handle() { return &native_; }
 
  private:
   pthread_mutex_t native_;
 };
+
+// Tells thread checkers that a mutex which the calling thread took before a fork is not its own in
+// the child.
+void TellLostInChild(pthread_mutex_t *mutex);
+
+// In the child of a fork, for a mutex that was taken around it: the owner is the parent's thread,
+// so it is made anew.
+template <typename Mutex>
+void RenewInChild(Mutex *mutex) {
+  TellLostInChild(mutex->native_handle());
+  new (mutex) Mutex();
+}
 
 }  // namespace zolt
 
