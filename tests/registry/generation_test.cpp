@@ -112,8 +112,8 @@ TEST_F(GenerationTest, GarbageOfADeadRunIsMadeAnewAndAnotherLayoutInUseIsRefused
   ASSERT_EQ(words_.Attach(home_.UserSync()), Failure::none);
   EXPECT_EQ(words_.Words().Read(5), Stamp{});
   SharedFile newer;
-  EXPECT_EQ(newer.Attach(home_.UserSync(), SharedFile::Owner::self, {0x315F434E59535A5A, 2, 4096},
-                         [](void *, bool) {}),
+  EXPECT_EQ(newer.Attach(home_.UserSync(), SharedFile::Owner::self,
+                         {0x315F434E59535A5A, 2, 4096, 4096}, [](void *, bool) {}),
             Failure::newer);
 }
 

@@ -8,9 +8,13 @@ namespace zolt {
 void Announce(Announcement const &announcement, Pause pause) {
   ChannelArea *const channel = Channel();
   if (channel == nullptr) return;
-  ExpectAnswers(channel, LastAnnouncement(channel->ring) + 1);
-  uint32_t const number = Publish(&channel->ring, announcement);
-  PulseEvent(NotifyEvent());
+  uint32_t const number = LastAnnouncement(channel->ring) + 1;
+  ExpectAnswers(channel, number);
+  // Else nobody has ever listened.
+  if (channel->wordsReady.load() != 0) {
+    Publish(&channel->ring, announcement);
+    PulseEvent(NotifyEvent());
+  }
   AwaitAnswers(channel, number, pause);
 }
 

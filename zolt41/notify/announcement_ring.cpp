@@ -72,7 +72,7 @@ uint32_t LastAnnouncement(Ring const &ring) {
   return High(ring.published.load(std::memory_order_acquire));
 }
 
-uint32_t Publish(Ring *ring, Announcement const &announcement) {
+void Publish(Ring *ring, Announcement const &announcement) {
   std::vector<uint64_t> words = Encode(announcement);
   uint64_t const published = ring->published.load();
   uint32_t const number = High(published) + 1;
@@ -87,7 +87,6 @@ uint32_t Publish(Ring *ring, Announcement const &announcement) {
     ring->words[(start + i) & kMask].store(words[i], std::memory_order_release);
   }
   ring->published.store(Pair(number, start + size));
-  return number;
 }
 
 void RingReader::StartAtEnd(Ring const &ring) {

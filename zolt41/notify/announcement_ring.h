@@ -14,9 +14,9 @@ namespace zolt {
 // what it copied may have been overwritten meanwhile, so nothing mixed is ever delivered; what it
 // lost it knows by the numbers that announcements bear, one after the other.
 
-// Writes an announcement behind the others and gives its number. The channel mutex is held. A
+// Writes an announcement behind the others, with the next number. The channel mutex is held. A
 // writer that dies in here leaves nothing that is read. Wakes nobody.
-uint32_t Publish(Ring *ring, Announcement const &announcement);
+void Publish(Ring *ring, Announcement const &announcement);
 
 // The number of the last announcement.
 uint32_t LastAnnouncement(Ring const &ring);

@@ -60,11 +60,11 @@ void ClearTable(ChannelArea *channel) {
 
 void AppendChange(char const *name, char const *oldValue, char const *newValue) {
   ChannelArea *const channel = Channel();
-  if (channel == nullptr) return;
+  if (channel == nullptr || !PrepareRecords(channel)) return;
   uint64_t mark = 0;
   uint32_t const index = Reserve(channel, &mark);
   if (index >= kTableRecords) return;
-  NotificationInfo &record = channel->table.records[index];
+  NotificationInfo &record = channel->records[index];
   FillField(TextOf(name), record.name);
   FillField(TextOf(newValue), record.newValue);
   FillField(TextOf(oldValue), record.oldValue);
@@ -77,7 +77,7 @@ std::vector<ChangeText> ReadyChanges(ChannelArea const &channel) {
   std::vector<ChangeText> changes;
   for (uint32_t i = 0; i < count; i++) {
     if (!Ready(channel.table.marks[i].load(std::memory_order_acquire), epoch)) continue;
-    NotificationInfo const &record = channel.table.records[i];
+    NotificationInfo const &record = channel.records[i];
     changes.push_back({TextIn(record.name), TextIn(record.newValue), TextIn(record.oldValue)});
   }
   return changes;

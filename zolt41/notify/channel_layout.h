@@ -31,11 +31,10 @@ static_assert(sizeof(SharedBlock) == 40 && offsetof(SharedBlock, sectionId) == 1
 
 inline constexpr uint32_t kTableRecords = 128;
 
-// The table of the open transaction, and beside each record who writes it; see change_table.h.
+// For each record of the open transaction who writes it; see change_table.h.
 struct Table {
   std::atomic<uint32_t> epoch;  // counts the Begin functions
   alignas(64) std::atomic<uint64_t> marks[kTableRecords];
-  NotificationInfo records[kTableRecords];
 };
 
 // The announcements, oldest overwritten; see announcement_ring.h.
@@ -44,7 +43,7 @@ struct Ring {
 
   std::atomic<uint64_t> published;
   std::atomic<uint32_t> reserved;
-  alignas(64) std::atomic<uint64_t> words[kWords];
+  alignas(4096) std::atomic<uint64_t> words[kWords];
 };
 
 // A process that listens. Its notification thread holds the segment's place of the same number.
@@ -66,14 +65,18 @@ struct ChannelArea {
   SharedBlock block;
   alignas(64) Answers answers;
   std::atomic<uint32_t> announcing;  // see Announcing
-  std::atomic<uint32_t> slotsUsed;   // no slot from this one on was ever taken
+  // The parts behind the front have memory.
+  std::atomic<uint32_t> wordsReady;
+  std::atomic<uint32_t> recordsReady;
+  std::atomic<uint32_t> slotsUsed;  // no slot from this one on was ever taken
   alignas(64) ProcessSlot slots[kSegmentPlaces];
   alignas(64) Table table;
   alignas(64) Ring ring;
+  NotificationInfo records[kTableRecords];
 };
 static_assert(sizeof(NotificationInfo[kTableRecords]) == 0x48000);
-static_assert(sizeof(ChannelArea) <= kSegmentAreaSize &&
-              sizeof(ChannelArea) + 4096 > kSegmentAreaSize);
+static_assert(sizeof(ChannelArea) == kSegmentAreaSize &&
+              offsetof(ChannelArea, ring) + offsetof(Ring, words) == kSegmentFrontSize);
 static_assert(std::atomic<uint64_t>::is_always_lock_free);
 
 }  // namespace zolt

@@ -15,7 +15,25 @@ constinit std::atomic<HANDLE> subscriberMutex = 0;
 constinit std::atomic<HANDLE> channelMutex = 0;
 constinit std::atomic<HANDLE> notifyEvent = 0;
 
+bool Prepare(std::atomic<uint32_t> *ready, size_t offset, size_t size) {
+  if (ready->load() != 0) return true;
+  if (!AllocateInSegmentArea(static_cast<uint32_t>(offset), static_cast<uint32_t>(size)))
+    return false;
+  ready->store(1);
+  return true;
+}
+
 }  // namespace
+
+bool PrepareWords(ChannelArea *channel) {
+  return Prepare(&channel->wordsReady, offsetof(ChannelArea, ring) + offsetof(Ring, words),
+                 sizeof(Ring::words));
+}
+
+bool PrepareRecords(ChannelArea *channel) {
+  return Prepare(&channel->recordsReady, offsetof(ChannelArea, records),
+                 sizeof(ChannelArea::records));
+}
 
 void OpenChannelObjects() {
   subscriberMutex = CreateMutexA(nullptr, 0, "/ZO/ZOLT/SECURE1");

@@ -22,6 +22,11 @@ HANDLE NotifyEvent();
 // process to it.
 ChannelArea *Channel();
 
+// Get memory for the announcements, which only listeners need to be told any, and for the records
+// of the open transaction. False if there is none.
+bool PrepareWords(ChannelArea *channel);
+bool PrepareRecords(ChannelArea *channel);
+
 }  // namespace zolt
 
 #endif  // ZOLT41_NOTIFY_CHANNEL_OBJECTS_H_

@@ -187,7 +187,7 @@ void AfterForkInChild() {
 
 void ListenFromNow(Notifier *notifier) {
   StartIfWanted(notifier);
-  if (!notifier->running || notifier->listening) return;
+  if (!notifier->running || notifier->listening || !PrepareWords(Channel())) return;
   notifier->reader.StartAtEnd(Channel()->ring);
   notifier->listening = true;
   ShowListening(*notifier);

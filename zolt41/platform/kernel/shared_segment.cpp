@@ -6,8 +6,8 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <mutex>
 #include <new>
@@ -78,12 +78,8 @@ Attachment &TheAttachment() {
   return *attachment;
 }
 
-void Reset(void *block, bool kept) {
+void Reset(void *block, bool) {
   auto *segment = static_cast<Segment *>(block);
-  if (kept) {
-    std::memset(static_cast<char *>(block) + sizeof(SharedHeader), 0,
-                sizeof(Segment) - sizeof(SharedHeader));
-  }
   for (RobustMutex &mutex : segment->mutexes) InitRobustMutex(&mutex);
   for (RobustMutex &mutex : segment->places) InitRobustMutex(&mutex);
 }
@@ -100,7 +96,8 @@ Segment *Attach() {
     // The stores work without it, so its failures are none of theirs, and hide none of theirs.
     FirstFailure before;
     before.Note();
-    SharedFile::Format const format{0x315F474553535A5A, 3, sizeof(Segment)};
+    SharedFile::Format const format{0x315F474553535A5A, 4, sizeof(Segment),
+                                    offsetof(Segment, area) + kSegmentFrontSize};
     if (attachment.file.Attach(SegmentPath(), SharedFile::Owner::self, format, Reset) ==
             Failure::none &&
         attachment.file.ForeignNamespace()) {
@@ -161,6 +158,13 @@ bool UnlockInSegment(SegmentMutex mutex) {
 void *SegmentArea() {
   Segment *segment = Attach();
   return segment == nullptr ? nullptr : segment->area.data();
+}
+
+bool AllocateInSegmentArea(uint32_t offset, uint32_t size) {
+  Attachment &attachment = TheAttachment();
+  std::lock_guard const guard(attachment.lock);
+  return attachment.segment.load(std::memory_order_relaxed) != nullptr &&
+         attachment.file.Allocate(offsetof(Segment, area) + offset, size);
 }
 
 std::atomic<uint32_t> *SegmentEvent() {

@@ -23,14 +23,20 @@ enum class SegmentMutex : uint32_t { subscribers, channel, count };
 // Places for processes. A thread that holds one until its end shows that its process is alive.
 inline constexpr uint32_t kSegmentPlaces = 256;
 
-// What the layers above keep in the segment: all zero when it is made.
-inline constexpr uint32_t kSegmentAreaSize = 0x14A000;
+// What the layers above keep in the segment: all zero when it is made. Only the front of it has
+// memory from the start, since most programs need no more and memory takes time to get.
+inline constexpr uint32_t kSegmentAreaSize = 0x14B000;
+inline constexpr uint32_t kSegmentFrontSize = 0x3000;
 
 // The file of the home that the environment names. Two homes have two; the name tells no path.
 std::string SegmentPath();
 
 // Null if the segment cannot be had. Nothing that is read from the area may be trusted.
 void *SegmentArea();
+
+// Gets memory for a part of the area behind its front, which is not to be touched before. False if
+// there is none.
+bool AllocateInSegmentArea(uint32_t offset, uint32_t size);
 
 // The words that processes sleep on to hear of each other; null if the segment cannot be had.
 std::atomic<uint32_t> *SegmentEvent();

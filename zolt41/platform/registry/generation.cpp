@@ -38,7 +38,7 @@ Failure Generation::Attach(std::string const &path) {
   static_assert(offsetof(Block, noteCount) == 128 && offsetof(Block, epoch) == 704 &&
                 offsetof(Block, words) == 768 && sizeof(Block) == 33600);
   static_assert(std::atomic<uint64_t>::is_always_lock_free);
-  SharedFile::Format const format{0x315F434E59535A5A, 1, sizeof(Block)};
+  SharedFile::Format const format{0x315F434E59535A5A, 1, sizeof(Block), sizeof(Block)};
   return file_.Attach(path, SharedFile::Owner::of_directory, format, [](void *memory, bool kept) {
     auto *fresh = static_cast<Block *>(memory);
     Identity const identity = kept ? fresh->identity : Identity{};

@@ -103,11 +103,14 @@ SharedHeader *SharedFile::Map(uint32_t size, Failure *failure) {
 Failure SharedFile::Reset(Format const &format, std::function<void(void *, bool)> const &reset) {
   struct stat found {};
   if (fstat(descriptor_, &found) != 0) return Fail(FailureFromErrno(errno));
-  bool const sized = found.st_size == static_cast<off_t>(format.size);
-  if (!sized && ftruncate(descriptor_, 0) != 0) return Fail(FailureFromErrno(errno));
+  bool const whole = format.front == format.size;
+  bool const sized = whole && found.st_size == static_cast<off_t>(format.size);
+  if (!sized && (ftruncate(descriptor_, 0) != 0 || ftruncate(descriptor_, format.size) != 0)) {
+    return Fail(FailureFromErrno(errno));
+  }
   // Every page gets its place on the disk now: a write to a mapping has no way to report a full
   // disk but a signal.
-  if (int const error = posix_fallocate(descriptor_, 0, format.size); error != 0) {
+  if (int const error = posix_fallocate(descriptor_, 0, format.front); error != 0) {
     return Fail(FailureFromErrno(error));
   }
   Failure failure = Failure::none;
@@ -182,6 +185,10 @@ Failure SharedFile::Attach(std::string const &path, Owner owner, Format const &f
   }
   Detach();
   return failure;
+}
+
+bool SharedFile::Allocate(uint32_t offset, uint32_t size) const {
+  return posix_fallocate(descriptor_, offset, size) == 0;
 }
 
 void SharedFile::Detach() {

@@ -31,6 +31,7 @@ class SharedFile {
     uint64_t magic;
     uint32_t layout;
     uint32_t size;
+    uint32_t front;  // how much of it has its place from the start; the rest is for Allocate
   };
 
   // Who may have made the file: this user alone, or whoever owns the directory that it lies in, for
@@ -43,12 +44,17 @@ class SharedFile {
   SharedFile &operator=(SharedFile const &) = delete;
 
   // Opens or makes the file and maps it. `reset` gets the block when it is made anew: all of it
-  // holds what the last run left if `kept` is true, else zero bytes; the header is filled in
+  // holds what the last run left if `kept` is true, which it never is for a file that has more than
+  // its front, else zero bytes; the header is filled in
   // around the call. Fails with denied (no right to it, another user's file, open to others, a
   // link), newer (in use by another layout), locked (the reset takes longer than the wait),
   // full or io. Not safe against a second thread.
   Failure Attach(std::string const &path, Owner owner, Format const &format,
                  std::function<void(void *block, bool kept)> const &reset);
+
+  // Gives bytes behind the front their place: to touch them before is to die if there is no memory.
+  // False if there is none now.
+  bool Allocate(uint32_t offset, uint32_t size) const;
 
   // Gives up lock and mapping.
   void Detach();
