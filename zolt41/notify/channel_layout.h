@@ -71,7 +71,7 @@ struct ChannelArea {
   std::atomic<uint32_t> slotsUsed;  // no slot from this one on was ever taken
   alignas(64) ProcessSlot slots[kSegmentPlaces];
   alignas(64) Table table;
-  alignas(64) Ring ring;
+  Ring ring;
   NotificationInfo records[kTableRecords];
 };
 static_assert(sizeof(NotificationInfo[kTableRecords]) == 0x48000);
