@@ -22,6 +22,8 @@
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/enum_prefs.h"
+#include "zolt41/prefs/list_enum_data.h"
+#include "zolt41/prefs/list_enum_prefs.h"
 #include "zolt41/prefs/pref_level.h"
 #include "zolt41/prefs/pref_sections.h"
 #include "zolt41/prefs/section.h"

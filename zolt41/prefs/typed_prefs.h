@@ -33,6 +33,7 @@ class ZOLT_API TYPrefs {
   // A walk over the section `name`, opened under `id` for as long as the walk lives; `parent` is
   // the id of the section that it lies in, or 0. The caller ends it with Release.
   virtual CEnumPrefs *GetEnum(int32_t parent, int32_t id, char const *name);
+  // The indexed list `listName` in such a section, in the same way.
   virtual CListEnumPrefs *GetListEnum(int32_t parent, int32_t id, char const *name,
                                       char const *listName);
 

@@ -11,6 +11,7 @@
 #include "zolt41/platform/system/string_table.h"
 #include "zolt41/prefs/empty_key.h"
 #include "zolt41/prefs/enum_prefs.h"
+#include "zolt41/prefs/list_enum_prefs.h"
 #include "zolt41/prefs/section_list.h"
 #include "zolt41/prefs/text_argument.h"
 #include "zolt41/prefs/tree_path.h"
@@ -49,6 +50,11 @@ WinPrefs::~WinPrefs() {
 
 CEnumPrefs *WinPrefs::GetEnum(int32_t parent, int32_t id, char const *name) {
   return new (std::nothrow) CEnumPrefs(id, name, parent, this);
+}
+
+CListEnumPrefs *WinPrefs::GetListEnum(int32_t parent, int32_t id, char const *name,
+                                      char const *listName) {
+  return new (std::nothrow) CListEnumPrefs(id, name, parent, this, listName);
 }
 
 HKEY WinPrefs::ReportedKey(HKEY key) const {

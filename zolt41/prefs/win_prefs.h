@@ -30,6 +30,9 @@ class ZOLT_API WinPrefs : public TYPrefs {
 
   // See CEnumPrefs. Registers the section anew, so it makes its keys where they are missing.
   CEnumPrefs *GetEnum(int32_t parent, int32_t id, char const *name) override;
+  // See CListEnumPrefs. Registers the section as GetEnum does.
+  CListEnumPrefs *GetListEnum(int32_t parent, int32_t id, char const *name,
+                              char const *listName) override;
 
   // A text of up to 255 bytes; a longer one, and a value of another type, is absent here.
   int32_t GetStr(uint32_t section, char const *name, char *buffer) override;
