@@ -20,4 +20,31 @@ TEST(LString, ConvertsTheCountedBytesInPlace) {
   EXPECT_EQ(back.front(), '?');
 }
 
+TEST(LString, OrderWithAndWithoutCase) {
+  struct {
+    char const *a;
+    char const *b;
+    int32_t exact;
+    int32_t blind;
+  } const cases[] = {
+      {"Name", "name", -1, 0},
+      {"\xC9", "\xE9", -1, 0},
+      {"b", "A", 1, 1},
+      {"a", "\xE9", -1, -1},
+      {"\x8A"
+       "b",
+       "\x9A"
+       "a",
+       -1, 1},
+      {"ab", "a", 1, 1},
+      {"", "", 0, 0},
+  };
+  for (auto const &[a, b, exact, blind] : cases) {
+    EXPECT_EQ(LZStrCompare(a, b, 1), exact) << a << " and " << b;
+    EXPECT_EQ(LZStrCompare(a, b, 0), blind) << a << " and " << b;
+  }
+  EXPECT_EQ(LZStrCompare(nullptr, "a", 0), 0);
+  EXPECT_EQ(LZStrCompare("a", nullptr, 1), 0);
+}
+
 }  // namespace

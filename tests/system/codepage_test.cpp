@@ -1,10 +1,13 @@
 #include "zolt41/platform/system/codepage.h"
 
 #include <gtest/gtest.h>
+#include <iconv.h>
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <numeric>
+#include <random>
 #include <string>
 
 namespace zolt {
@@ -32,8 +35,10 @@ TEST(CodePage, CharactersOfThePagesThereAndBack) {
       {CP_OEMCP, "\x80\x82", u"\u00C7\u00E9"},
   };
   for (auto const &[page, bytes, characters] : cases) {
-    std::string texts[18] = {AllBytes()};
-    for (size_t at = 1; at < 18; at++) texts[at] = std::string(at, 'a') + bytes + "0123456789abcd";
+    std::string texts[34] = {AllBytes()};
+    for (size_t at = 1; at < 34; at++) {
+      texts[at] = std::string(at, 'a') + bytes + std::string(48, '0');
+    }
     for (std::string const &text : texts) {
       int32_t const size = static_cast<int32_t>(text.size());
       std::u16string wide(text.size(), u'\0');
@@ -50,18 +55,129 @@ TEST(CodePage, CharactersOfThePagesThereAndBack) {
   }
 }
 
+// What the C library makes of one character; false where it knows none.
+bool ConvertedElsewhere(iconv_t handle, void const *source, size_t size, void *to, size_t room) {
+  char *from = static_cast<char *>(const_cast<void *>(source));
+  char *end = static_cast<char *>(to);
+  return iconv(handle, &from, &size, &end, &room) == 0;
+}
+
+// The five bytes that the C library leaves undefined are the controls of the same number.
+TEST(CodePage, Page1252IsThatOfTheCLibrary) {
+  iconv_t const widen = iconv_open("UTF-16LE", "CP1252");
+  std::string undefined;
+  for (char const byte : AllBytes()) {
+    char16_t expected = static_cast<uint8_t>(byte);
+    if (!ConvertedElsewhere(widen, &byte, 1, &expected, 2)) undefined += byte;
+    char16_t character = 0;
+    ASSERT_EQ(MultiByteToWideChar(1252, 0, &byte, 1, &character, 1), 1);
+    EXPECT_EQ(character, expected);
+  }
+  EXPECT_EQ(undefined, "\x81\x8D\x8F\x90\x9D");
+  iconv_close(widen);
+
+  iconv_t const narrow = iconv_open("CP1252", "UTF-16LE");
+  for (uint32_t i = 0; i <= 0xFFFF; i++) {
+    auto const character = static_cast<char16_t>(i);
+    bool const isUndefined = i < 0x100 && undefined.find(static_cast<char>(i)) != undefined.npos;
+    char expected = isUndefined ? static_cast<char>(i) : '*';
+    iconv(narrow, nullptr, nullptr, nullptr, nullptr);
+    ConvertedElsewhere(narrow, &character, 2, &expected, 1);
+    char byte = 0;
+    int32_t usedDefault = -1;
+    ASSERT_EQ(WideCharToMultiByte(1252, 0, &character, 1, &byte, 1, "*", &usedDefault), 1);
+    ASSERT_EQ(byte, expected) << i;
+    ASSERT_EQ(usedDefault, byte == '*' && i != '*' ? 1 : 0) << i;
+  }
+  iconv_close(narrow);
+}
+
+// A text at the start and room for another some bytes away, in one buffer. What is expected comes
+// from texts that lie apart, one character at a time.
+class Overlap {
+ public:
+  explicit Overlap(int distance) : to_(kStart + static_cast<size_t>(distance)) {
+    std::minstd_rand random(1);
+    for (char &byte : buffer_) byte = static_cast<char>(random() >> 8);
+  }
+
+  bool Narrows(int32_t count) {
+    auto *const source = reinterpret_cast<char16_t *>(buffer_ + kStart);
+    for (int32_t i = 0; i < count; i++) source[i] = u"abcdefgh\u20ACijk\u00E9lmnop"[i % 18];
+    std::string expected(buffer_, sizeof buffer_);
+    for (int32_t i = 0; i < count; i++) {
+      WideCharToMultiByte(1252, 0, source + i, 1, &expected[to_] + i, 1, nullptr, nullptr);
+    }
+    WideCharToMultiByte(1252, 0, source, count, buffer_ + to_, count, nullptr, nullptr);
+    return expected == std::string(buffer_, sizeof buffer_);
+  }
+
+  bool Widens(int32_t count) {
+    std::string expected(buffer_, sizeof buffer_);
+    size_t const odd = to_ % 2;
+    char const *const source = buffer_ + kStart - odd;
+    for (int32_t i = 0; i < count; i++) {
+      char16_t character;
+      MultiByteToWideChar(1252, 0, source + i, 1, &character, 1);
+      std::memcpy(&expected[to_ - odd] + 2 * i, &character, 2);
+    }
+    auto *const destination = reinterpret_cast<char16_t *>(buffer_ + to_ - odd);
+    MultiByteToWideChar(1252, 0, source, count, destination, count);
+    return expected == std::string(buffer_, sizeof buffer_);
+  }
+
+ private:
+  static constexpr size_t kStart = 160;
+  alignas(char16_t) char buffer_[480];
+  size_t to_;
+};
+
+TEST(CodePage, TextsMayOverlap) {
+  for (int32_t count : {1, 2, 15, 16, 17, 33, 48, 65}) {
+    for (int distance = -132; distance <= 132; distance++) {
+      ASSERT_TRUE(Overlap(distance).Narrows(count)) << count << " at " << distance;
+      ASSERT_TRUE(Overlap(distance).Widens(count)) << count << " at " << distance;
+    }
+  }
+}
+
 TEST(CodePage, RefusesWhatItCannotDo) {
-  char16_t wide[4] = u"xyz";
-  EXPECT_EQ(MultiByteToWideChar(1252, 0, "abc", -1, nullptr, 0), 4);
-  EXPECT_EQ(MultiByteToWideChar(1252, 0, "abc", -1, wide, 3), 0);
-  EXPECT_EQ(MultiByteToWideChar(65001, 0, "abc", -1, wide, 4), 0);
-  EXPECT_EQ(MultiByteToWideChar(1252, 0, "abc", -2, wide, 4), 0);
-  EXPECT_EQ(std::u16string(wide), u"xyz");
-  char narrow[3] = "##";
+  struct {
+    uint32_t page;
+    int32_t count;
+    int32_t size;
+    int32_t result;
+  } const cases[] = {
+      {1252, -1, 0, 4}, {1252, -1, 3, 0}, {1252, -1, 4, 4}, {1252, 3, 2, 0},  {1252, 3, 3, 3},
+      {1252, 1, 1, 1},  {1252, 0, 4, 0},  {1252, 0, 0, 0},  {1252, -2, 4, 0}, {1252, 3, -1, 0},
+      {65001, 3, 4, 0}, {65001, 3, 0, 0}, {1252, 1, 0, 1},
+  };
+  for (auto const &[page, count, size, result] : cases) {
+    char16_t wide[] = u"####";
+    char narrow[] = "####";
+    EXPECT_EQ(MultiByteToWideChar(page, 0, "abc", count, wide, size), result) << count;
+    EXPECT_EQ(WideCharToMultiByte(page, 0, u"abc", count, narrow, size, nullptr, nullptr), result);
+    size_t const written = size > 0 ? static_cast<size_t>(result) : 0;
+    std::string const expected = std::string("abc\0", 4).substr(0, written);
+    EXPECT_EQ(std::string(narrow, 4), expected + std::string(4 - written, '#')) << count;
+    EXPECT_EQ(std::u16string(wide, 4), std::u16string(narrow, narrow + 4)) << count;
+  }
+  EXPECT_EQ(MultiByteToWideChar(1252, 0, "abc", 3, nullptr, 3), 0);
+  EXPECT_EQ(WideCharToMultiByte(1252, 0, u"abc", 3, nullptr, 3, nullptr, nullptr), 0);
+  EXPECT_EQ(WideCharToMultiByte(1252, 0, nullptr, 3, nullptr, 0, nullptr, nullptr), 0);
+}
+
+TEST(CodePage, OneDefaultForEachUnitThatThePageLacks) {
+  char narrow[] = "#######";
   int32_t usedDefault = 0;
-  EXPECT_EQ(WideCharToMultiByte(1252, 0, u"a\u0100", 2, narrow, 2, "*", &usedDefault), 2);
-  EXPECT_STREQ(narrow, "a*");
+  EXPECT_EQ(WideCharToMultiByte(1252, 0, u"a\u0100\xDC00\U0001F600\xD800", -1, nullptr, 0, "*",
+                                &usedDefault),
+            7);
   EXPECT_EQ(usedDefault, 1);
+  EXPECT_EQ(WideCharToMultiByte(1252, 0, u"a\u0100\xDC00\U0001F600\xD800", 6, narrow, 7, nullptr,
+                                nullptr),
+            6);
+  EXPECT_STREQ(narrow, "a?????#");
 }
 
 TEST(CodePage, Utf8ThereAndBack) {

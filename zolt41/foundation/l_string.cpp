@@ -11,3 +11,9 @@ void OEMToLoclStr(char *text, int32_t count) {
 void LoclToOEMStr(char *text, int32_t count) {
   CharToOemBuffA(text, text, static_cast<uint32_t>(std::max(count, 0)));
 }
+
+int32_t LZStrCompare(char const *a, char const *b, int32_t caseSensitive) {
+  if (a == nullptr || b == nullptr) return 0;
+  int32_t const order = caseSensitive != 0 ? lstrcmpA(a, b) : lstrcmpiA(a, b);
+  return (order > 0) - (order < 0);
+}

@@ -14,4 +14,8 @@
 ZOLT_API void OEMToLoclStr(char *text, int32_t count);
 ZOLT_API void LoclToOEMStr(char *text, int32_t count);
 
+// -1, 0 or 1 as `a` is smaller than, equal to or greater than `b` in the order of the local code
+// page, without regard to the case of its letters if `caseSensitive` is 0. 0 if either is null.
+ZOLT_API int32_t LZStrCompare(char const *a, char const *b, int32_t caseSensitive);
+
 #endif  // ZOLT41_FOUNDATION_L_STRING_H_

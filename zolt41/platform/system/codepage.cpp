@@ -1,11 +1,12 @@
 #include "zolt41/platform/system/codepage.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 #include <string>
 
-#include "zolt41/platform/system/ascii_block.h"
+#include "zolt41/platform/system/codepage_blocks.h"
 #include "zolt41/platform/system/codepage_table.h"
 
 namespace {
@@ -27,26 +28,10 @@ size_t SourceCount(Char const *source, int32_t count) {
   return whole > size_t{std::numeric_limits<int32_t>::max()} ? 0 : whole;
 }
 
-// Every character of `source` becomes what `convert` makes of it; ASCII goes through as it is.
-// The two may be the same text.
-template <typename From, typename To, typename Convert>
-void ConvertText(From const *source, size_t count, To *destination, Convert const &convert) {
-  size_t at = 0;
-  for (; at + zolt::kAsciiBlock <= count; at += zolt::kAsciiBlock) {
-    From const *const block = source + at;
-    if (zolt::IsAsciiBlock(block)) {
-      zolt::CopyAsciiBlock(block, destination + at);
-    } else {
-      std::transform(block, block + zolt::kAsciiBlock, destination + at, convert);
-    }
-  }
-  std::transform(source + at, source + count, destination + at, convert);
-}
-
 void Recode(CodePage const &from, CodePage const &to, char const *source, char *destination,
             uint32_t count) {
   auto const convert = [&](char byte) { return to.ByteOf(from.CharacterOf(byte), '?'); };
-  ConvertText(source, count, destination, convert);
+  std::transform(source, source + count, destination, convert);
 }
 
 // Null sorts before every text. True if one is null, with the order in `*order`.
@@ -66,7 +51,7 @@ int32_t MultiByteToWideChar(uint32_t codePage, uint32_t, char const *source, int
   if (size == 0) return result;
   if (destination == nullptr || size < result) return 0;
   auto const convert = [page](char byte) { return page->CharacterOf(byte); };
-  ConvertText(source, length, destination, convert);
+  zolt::WidenText(source, length, destination, convert);
   return result;
 }
 
@@ -85,7 +70,7 @@ int32_t WideCharToMultiByte(uint32_t codePage, uint32_t, char16_t const *source,
   if (size == 0) return result;
   char const missing = defaultChar != nullptr ? *defaultChar : '?';
   auto const convert = [=](char16_t character) { return page->ByteOf(character, missing); };
-  ConvertText(source, length, destination, convert);
+  zolt::NarrowText(source, length, destination, convert);
   return result;
 }
 

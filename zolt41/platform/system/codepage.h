@@ -12,21 +12,28 @@
 // 850, 866, 28591 and 28605.
 //
 // A byte that a page leaves undefined becomes the character of the same number, and back, so that
-// every byte survives the way there and back.
+// every byte survives the way there and back. In 1252 these are 0x81, 0x8D, 0x8F, 0x90 and 0x9D,
+// which become the controls U+0081 to U+009D.
+//
+// Each 16-bit unit is converted by itself. No page has a surrogate, so a lone one becomes one
+// default character, and a pair becomes two. A NUL that is counted is converted, to a NUL.
 
 inline constexpr uint32_t CP_ACP = 0;
 inline constexpr uint32_t CP_OEMCP = 1;
 
-// Converts `count` bytes (-1: up to and with the NUL) of `source` to 16-bit characters. With `size`
-// 0 nothing is written and the number of characters needed is given. Gives the characters written,
-// or 0 on failure: a null source, a count of 0 or below -1, a destination that is too small (it is
-// left as it is), or a code page that is not known. `flags` has no effect.
+// Converts `count` bytes (-1: up to and with the NUL) of `source` to 16-bit characters, one for
+// each byte. With `size` 0 nothing is written and the number of characters needed is given, which
+// takes no more than counting; `destination` may then be null. Else `size` is the room at
+// `destination` in characters. Gives the characters written, or 0 on failure: a null source, a
+// count of 0 or below -1, a destination that is null or too small (it is left as it is; nothing is
+// cut), or a code page that is not known. `source` and `destination` may overlap in any way.
+// `flags` has no effect.
 int32_t MultiByteToWideChar(uint32_t codePage, uint32_t flags, char const *source, int32_t count,
                             char16_t *destination, int32_t size);
 
-// The other way. `defaultChar` points to the byte that stands for a character that the page does
-// not have (null: '?'); `*usedDefault`, if not null, becomes 1 if it was used (or, with `size` 0,
-// would be) and 0 if not.
+// The other way, with `count` in characters and `size` in bytes. `defaultChar` points to the byte
+// that stands for a character that the page does not have (null: '?'); `*usedDefault`, if not null,
+// becomes 1 if it was used (or, with `size` 0, would be) and 0 if not.
 int32_t WideCharToMultiByte(uint32_t codePage, uint32_t flags, char16_t const *source,
                             int32_t count, char *destination, int32_t size, char const *defaultChar,
                             int32_t *usedDefault);
