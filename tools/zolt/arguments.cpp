@@ -55,6 +55,14 @@ Arguments::Arguments(std::span<char const *const> words) {
 void Arguments::Take(Option const &option, std::string_view value) {
   given_.Add(option.id);
   values_[static_cast<size_t>(option.id)] = value;
+  all_.emplace_back(option.id, value);
+}
+
+std::vector<std::string_view> Arguments::Values(OptionId id) const {
+  std::vector<std::string_view> values;
+  for (auto const &[given, value] : all_)
+    if (given == id) values.push_back(value);
+  return values;
 }
 
 // How many words were taken.

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/zolt/options.h"
@@ -15,7 +16,8 @@ namespace zolt::tool {
 //
 // Options may stand anywhere before "--": -L user, -Luser, -qL user, --wait=3, --wait 3. A lone
 // dash, and a dash followed by a digit, begin an operand. Of an option that is given twice the
-// last one counts. The words must live as long as this.
+// last one counts, but for those of which a verb takes several. The words must live as long as
+// this.
 class Arguments {
  public:
   // `words` without the program's name. Throws a usage error.
@@ -24,6 +26,8 @@ class Arguments {
   bool Has(OptionId id) const { return given_.Has(id); }
   // Empty if the option is not given.
   std::string_view Value(OptionId id) const { return values_[static_cast<size_t>(id)]; }
+  // Every one of an option that may be given several times, in order.
+  std::vector<std::string_view> Values(OptionId id) const;
   std::span<std::string_view const> operands() const { return operands_; }
 
  private:
@@ -33,6 +37,7 @@ class Arguments {
 
   OptionSet given_;
   std::array<std::string_view, static_cast<size_t>(OptionId::count)> values_;
+  std::vector<std::pair<OptionId, std::string_view>> all_;
   std::vector<std::string_view> operands_;
 };
 

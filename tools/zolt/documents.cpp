@@ -72,6 +72,29 @@ Json Side(StoredValue const &value) {
   return object;
 }
 
+// All bytes of what is no text that a client reads, and their type.
+void AddRaw(RawValue const &raw, Json *object) {
+  StoredValue const value = Interpreted(raw);
+  (*object)["kind"] = NameOf(value.kind);
+  if (value.kind == Kind::text && RawOf(value) == raw) {
+    (*object)["value"] = ToUtf8(value.data);
+  } else {
+    (*object)["type"] = raw.type;
+    (*object)["base64"] = Base64(raw.data);
+  }
+}
+
+Json RawSide(MaybeRaw const &raw) {
+  Json object;
+  if (!raw) return object;
+  AddRaw(*raw, &object);
+  return object.contains("value") ? object["value"] : object;
+}
+
+char const *Separator(bool any) {
+  return any ? ",\n" : "[";
+}
+
 }  // namespace
 
 std::string IdText(int32_t id) {
@@ -117,6 +140,36 @@ std::string ChangesDocument(SectionPath const &path, Level const &level,
     list.push_back(std::move(object));
   }
   return Line(list) + "\n";
+}
+
+void ValuesDocument::Add(TextSection const &section, Level const &level) {
+  for (TextValue const &value : section.values) {
+    Json object = Head(section.path, value.name);
+    object["level"] = level.name;
+    AddRaw(*value.value, &object);
+    out_.Write(Separator(any_) + Line(object));
+    any_ = true;
+  }
+}
+
+void ValuesDocument::Finish() {
+  out_.Write(any_ ? "]\n" : "[]\n");
+}
+
+void WriteUpdateDocument(StoreUpdate const &update, Level const &level, Output &out) {
+  bool any = false;
+  for (SectionUpdate const &section : update.sections) {
+    for (ValueUpdate const &value : section.values) {
+      Json object = Head(section.path, value.name);
+      object["level"] = level.name;
+      object["old"] = RawSide(value.before);
+      object["new"] = RawSide(value.after);
+      object["changed"] = true;
+      out.Write(Separator(any) + Line(object));
+      any = true;
+    }
+  }
+  out.Write(any ? "]\n" : "[]\n");
 }
 
 std::string EventDocument(News const &news, std::optional<SectionPath> const &section) {

@@ -10,7 +10,10 @@
 #include "tools/zolt/errors.h"
 #include "tools/zolt/level.h"
 #include "tools/zolt/listener.h"
+#include "tools/zolt/output.h"
+#include "tools/zolt/preference_text.h"
 #include "tools/zolt/section_path.h"
+#include "tools/zolt/store_update.h"
 #include "tools/zolt/stored_value.h"
 
 namespace zolt::tool {
@@ -44,6 +47,19 @@ std::string HoldingsDocument(SectionPath const &path, std::string const &name,
                              std::vector<Holding> const &holdings);
 std::string ChangesDocument(SectionPath const &path, Level const &level,
                             std::vector<Change> const &changes);
+// The values of sections as one document, and what an update changes; written value by value.
+class ValuesDocument {
+ public:
+  explicit ValuesDocument(Output &out) : out_(out) {}
+  void Add(TextSection const &section, Level const &level);
+  void Finish();
+
+ private:
+  Output &out_;
+  bool any_ = false;
+};
+void WriteUpdateDocument(StoreUpdate const &update, Level const &level, Output &out);
+
 // The section is null where nobody knows to which one the id belongs.
 std::string EventDocument(News const &news, std::optional<SectionPath> const &section);
 // A value that is there when watching begins, as an event.

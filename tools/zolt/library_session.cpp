@@ -100,10 +100,10 @@ StoreSession::~StoreSession() {
   level_.setStore(nullptr);
 }
 
-void SayWhoseStore(Settings const &settings) {
+void SayWhoseStore(Settings const &settings, Level const &level) {
   bool const chatter = !settings.quiet && !settings.json;
   if (!chatter || geteuid() != 0 || Environment("SUDO_USER").empty()) return;
-  if (settings.level->root != HKEY_CURRENT_USER) return;
+  if (level.root != HKEY_CURRENT_USER) return;
   std::string const home = UserHome();
   WriteError("zolt: " + Escape("this is the store of " + OwnerOf(home) + ", in " + home));
 }

@@ -39,7 +39,7 @@ class StoreSession {
 };
 
 // Says whose store is written, where that is not plain: under sudo.
-void SayWhoseStore(Settings const &settings);
+void SayWhoseStore(Settings const &settings, Level const &level);
 
 }  // namespace zolt::tool
 

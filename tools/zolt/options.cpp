@@ -46,6 +46,17 @@ constexpr std::array kOptions = {
     Option{OptionId::timeout, 0, "timeout", "S", false, "end with 5 after S seconds"},
     Option{OptionId::asCommands, 0, "as-commands", "", false,
            "as commands for a shell that make the same changes"},
+    Option{OptionId::exclude, 0, "exclude", "GLOB", false,
+           "leave out sections and values of this name, such as\n"
+           "'Conferencing:Audio' or '*:Recent*'; may be given several times"},
+    Option{OptionId::replace, 0, "replace", "", false,
+           "in the sections that FILE names, remove what it does not"},
+    Option{OptionId::undo, 0, "undo", "FILE", false,
+           "save to FILE what brings the old values back"},
+    Option{OptionId::patch, 0, "patch", "", false, "in a form that prefs load takes"},
+    Option{OptionId::add, 0, "add", "VALUE", false,
+           "put VALUE at the end; may be given several times"},
+    Option{OptionId::remove, 0, "remove", "N", false, "take out the item of this number"},
 };
 
 constexpr bool InOrder() {

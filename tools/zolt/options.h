@@ -37,6 +37,12 @@ enum class OptionId : uint8_t {
   eventCount,
   timeout,
   asCommands,
+  exclude,
+  replace,
+  undo,
+  patch,
+  add,
+  remove,
   count,
 };
 

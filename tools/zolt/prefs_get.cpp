@@ -47,8 +47,8 @@ class Search {
  private:
   StoredValue ReadIn(HKEY key) const {
     if (wanted_.type != ValueType::bytes) return ReadValue(key, wanted_.name);
-    std::optional<std::string> bytes = ReadBytes(key, wanted_.name);
-    return bytes ? StoredValue{Kind::bytes, std::move(*bytes)} : StoredValue{};
+    MaybeRaw raw = ReadRaw(key, wanted_.name);
+    return raw ? StoredValue{Kind::bytes, std::move(raw->data)} : StoredValue{};
   }
 
   Wanted const &wanted_;

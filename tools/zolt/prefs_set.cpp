@@ -122,7 +122,7 @@ int Set(Call const &call) {
   decide(&changes);
   // What is there already needs no right to write.
   if (!call.settings.dryRun && std::ranges::any_of(changes, &Change::changes)) {
-    SayWhoseStore(call.settings);
+    SayWhoseStore(call.settings, level);
     changes = ChangeAtOnce(level, plan.path, plan.names, decide);
   }
   return ReportChanges(plan.path, changes, call.settings, call.out);

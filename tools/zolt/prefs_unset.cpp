@@ -18,7 +18,7 @@ int Unset(Call const &call) {
   // What is not there needs no right to write.
   std::vector<Change> changes = ReadBefore(level, path, names);
   if (!call.settings.dryRun && std::ranges::any_of(changes, &Change::changes)) {
-    SayWhoseStore(call.settings);
+    SayWhoseStore(call.settings, level);
     changes = ChangeAtOnce(level, path, names, [](std::vector<Change> *) {});
   }
   return ReportChanges(path, changes, call.settings, call.out);

@@ -30,8 +30,9 @@ StoredValue AsRead(ValueType type, StoredValue const &stored) {
 
 bool HoldsBytes(Awaited const &awaited, std::vector<SectionKey> const &keys) {
   for (SectionKey const &key : keys) {
-    std::optional<std::string> const bytes = ReadBytes(key.key(), awaited.name);
-    if (bytes) return *bytes == awaited.value.data;
+    if (MaybeRaw const raw = ReadRaw(key.key(), awaited.name)) {
+      return raw->data == awaited.value.data;
+    }
   }
   return false;
 }

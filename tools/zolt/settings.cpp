@@ -36,16 +36,15 @@ Settings::Settings(Arguments const &arguments)
     : level(
           &LevelNamed(arguments.Has(OptionId::level) ? arguments.Value(OptionId::level) : "user")),
       colour(WhenOf(arguments, OptionId::color)),
+      progress(WhenOf(arguments, OptionId::progress)),
       wait(arguments.Has(OptionId::wait) ? MillisecondsOf(arguments, OptionId::wait) : kUsualWait),
       only(arguments.Has(OptionId::only)),
       json(arguments.Has(OptionId::json)),
       quiet(arguments.Has(OptionId::quiet)),
+      yes(arguments.Has(OptionId::yes)),
       dryRun(arguments.Has(OptionId::dryRun)),
       exitCode(arguments.Has(OptionId::exitCode)),
-      nul(arguments.Has(OptionId::nul)) {
-  // Checked all the same: no verb takes long enough for a bar.
-  WhenOf(arguments, OptionId::progress);
-}
+      nul(arguments.Has(OptionId::nul)) {}
 
 uint32_t MillisecondsOf(Arguments const &arguments, OptionId id) {
   std::string_view const word = arguments.Value(id);

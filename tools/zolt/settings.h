@@ -15,10 +15,12 @@ struct Settings {
 
   Level const *level;
   When colour;
+  When progress;
   uint32_t wait;  // milliseconds
   bool only;
   bool json;
   bool quiet;
+  bool yes;
   bool dryRun;
   bool exitCode;
   bool nul;

@@ -17,16 +17,18 @@ bool Absent(int32_t result) {
 }
 
 // Type and bytes of a value belong together: read again if somebody changes it between.
-bool ReadRaw(HKEY key, std::string const &name, uint32_t *type, std::string *bytes) {
-  uint32_t size = 0;
-  int32_t result = RegQueryValueExA(key, name.c_str(), nullptr, type, nullptr, &size);
-  while (result == ERROR_SUCCESS || result == ERROR_MORE_DATA) {
+bool ReadStored(HKEY key, std::string const &name, uint32_t *type, std::string *bytes) {
+  // Enough for most at once.
+  uint32_t size = 512;
+  int32_t result = ERROR_MORE_DATA;
+  while (result == ERROR_MORE_DATA) {
     bytes->resize(std::max<uint32_t>(size, 1));
     auto *const data = reinterpret_cast<uint8_t *>(bytes->data());
     size = static_cast<uint32_t>(bytes->size());
     result = RegQueryValueExA(key, name.c_str(), nullptr, type, data, &size);
     if (result != ERROR_SUCCESS) continue;
     bytes->resize(size);
+    bytes->shrink_to_fit();
     return true;
   }
   if (!Absent(result)) throw StoreFailure(ToUtf8(name));
@@ -50,26 +52,28 @@ StoredValue ReadValue(HKEY key, std::string const &name) {
   if (result != ERROR_UNSUPPORTED_TYPE && result != ERROR_MORE_DATA) {
     throw StoreFailure(ToUtf8(name));
   }
-  uint32_t type = 0;
-  std::string bytes;
-  if (!ReadRaw(key, name, &type, &bytes)) return {};
-  return Interpreted(type, bytes);
+  return Interpreted(ReadRaw(key, name));
 }
 
-StoredValue Interpreted(uint32_t type, std::string const &bytes) {
-  if (type != REG_SZ) return {Kind::bytes, bytes};
+StoredValue Interpreted(MaybeRaw const &raw) {
+  if (!raw) return {};
+  std::string const &bytes = raw->data;
+  if (raw->type != REG_SZ) return {Kind::bytes, bytes};
   size_t const length = bytes.size() - (bytes.ends_with('\0') ? 1 : 0);
   Kind const kind = length <= kLongestText ? Kind::text : Kind::unreadable;
   return {kind, bytes.substr(0, bytes.find('\0'))};
 }
 
-std::optional<std::string> ReadBytes(HKEY key, std::string const &name, uint32_t *type) {
-  uint32_t ignored = 0;
-  std::string bytes;
-  if (key == 0 || !ReadRaw(key, name, type == nullptr ? &ignored : type, &bytes)) {
-    return std::nullopt;
-  }
-  return bytes;
+MaybeRaw ReadRaw(HKEY key, std::string const &name) {
+  RawValue raw{};
+  if (key == 0 || !ReadStored(key, name, &raw.type, &raw.data)) return std::nullopt;
+  return raw;
+}
+
+MaybeRaw RawOf(StoredValue const &value) {
+  if (value.kind == Kind::absent) return std::nullopt;
+  if (value.kind == Kind::bytes) return RawValue{REG_BINARY, value.data};
+  return RawValue{REG_SZ, value.data + '\0'};
 }
 
 std::string Describe(StoredValue const &value) {

@@ -26,16 +26,25 @@ struct StoredValue {
   bool operator==(StoredValue const &) const = default;
 };
 
+// The same as it is stored: the type and all bytes, a text's NUL among them.
+struct RawValue {
+  uint32_t type;
+  std::string data;
+
+  bool operator==(RawValue const &) const = default;
+};
+using MaybeRaw = std::optional<RawValue>;
+
 // The longest text that a client can read, in bytes.
 inline constexpr size_t kLongestText = 255;
 
 // From a key that is open or 0. Throw if the store fails.
 StoredValue ReadValue(HKEY key, std::string const &name);
-// All bytes of a value of any type; a text's with its NUL.
-std::optional<std::string> ReadBytes(HKEY key, std::string const &name, uint32_t *type = nullptr);
+MaybeRaw ReadRaw(HKEY key, std::string const &name);
 
-// The same from what is stored, the type and all bytes, as ReadBytes gives them.
-StoredValue Interpreted(uint32_t type, std::string const &bytes);
+// What a client makes of what is stored, and how a value of its own is stored.
+StoredValue Interpreted(MaybeRaw const &raw);
+MaybeRaw RawOf(StoredValue const &value);
 
 // For a message: `unset`, a text, or the first bytes.
 std::string Describe(StoredValue const &value);

@@ -25,12 +25,6 @@ constexpr Range kUnprintable[] = {
     {0x2028, 0x202E}, {0x2066, 0x2069}, {0xFEFF, 0xFEFF},
 };
 
-bool Unprintable(char32_t character) {
-  return std::ranges::any_of(kUnprintable, [character](Range range) {
-    return character >= range.first && character <= range.last;
-  });
-}
-
 bool IsAscii(std::string_view text) {
   return std::ranges::none_of(text, [](char c) { return (c & 0x80) != 0; });
 }
@@ -64,7 +58,19 @@ void AppendEscaped(std::string_view bytes, std::string *text) {
   }
 }
 
+// The highest `count` of 24 bits' three bytes.
+void AppendBytes(uint32_t bits, size_t count, std::string *bytes) {
+  for (size_t i = 0; i < count; i++)
+    bytes->push_back(static_cast<char>(bits >> (16 - 8 * i) & 255));
+}
+
 }  // namespace
+
+bool Unprintable(char32_t character) {
+  return std::ranges::any_of(kUnprintable, [character](Range range) {
+    return character >= range.first && character <= range.last;
+  });
+}
 
 std::string ToLocal(std::string_view utf8, char const *hint) {
   if (IsAscii(utf8)) return std::string(utf8);
@@ -158,6 +164,28 @@ std::string Base64(std::string_view bytes) {
       text.push_back(i <= group.size() ? kDigits[bits >> (18 - 6 * i) & 63] : '=');
   }
   return text;
+}
+
+std::optional<std::string> FromBase64(std::string_view text) {
+  static constexpr std::string_view kDigits =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  if (text.size() % 4 != 0) return std::nullopt;
+  size_t const padding = text.ends_with("==") ? 2 : text.ends_with('=') ? 1 : 0;
+  std::string bytes;
+  bytes.reserve(text.size() / 4 * 3);
+  uint32_t bits = 0;
+  for (size_t at = 0; at + padding < text.size(); at++) {
+    size_t const digit = kDigits.find(text[at]);
+    if (digit == std::string_view::npos) return std::nullopt;
+    bits = bits << 6 | static_cast<uint32_t>(digit);
+    if (at % 4 == 3) AppendBytes(bits, 3, &bytes);
+  }
+  if (padding == 0) return bytes;
+  size_t const kept = 3 - padding;
+  bits <<= 6 * padding;
+  if ((bits & ((1U << 8 * padding) - 1)) != 0) return std::nullopt;
+  AppendBytes(bits, kept, &bytes);
+  return bytes;
 }
 
 }  // namespace zolt::tool

@@ -2,6 +2,7 @@
 #define ZOLT41_TOOLS_ZOLT_TEXT_H_
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,9 @@ std::string ToUtf8(std::string_view local);
 // these two, a backslash doubled, and \xNN for each byte of other control characters.
 std::string Escape(std::string_view utf8);
 
+// A control character, or one that ends a line or turns the direction of writing.
+bool Unprintable(char32_t character);
+
 // How many columns `utf8` takes on a terminal.
 size_t Width(std::string_view utf8);
 
@@ -31,6 +35,8 @@ std::string Folded(std::string_view name);
 std::string Hex(std::string_view bytes, size_t limit = std::string_view::npos);
 
 std::string Base64(std::string_view bytes);
+// The only form that Base64 gives is taken; else nothing.
+std::optional<std::string> FromBase64(std::string_view text);
 
 }  // namespace zolt::tool
 

@@ -7,8 +7,8 @@ namespace zolt::tool {
 namespace {
 
 constexpr Verb const *kVerbs[] = {
-    &kPrefsGet,     &kPrefsSet,   &kPrefsUnset, &kPrefsList,
-    &kPrefsExplain, &kPrefsWatch, &kPrefsWait,  &kDoctor,
+    &kPrefsGet,  &kPrefsSet,  &kPrefsUnset, &kPrefsList, &kPrefsExplain, &kPrefsItems, &kPrefsWatch,
+    &kPrefsWait, &kPrefsDump, &kPrefsLoad,  &kPrefsDiff, &kPrefsClear,   &kDoctor,
 };
 
 }  // namespace

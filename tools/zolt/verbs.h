@@ -45,6 +45,11 @@ extern Verb const kPrefsList;
 extern Verb const kPrefsExplain;
 extern Verb const kPrefsWatch;
 extern Verb const kPrefsWait;
+extern Verb const kPrefsItems;
+extern Verb const kPrefsDump;
+extern Verb const kPrefsLoad;
+extern Verb const kPrefsDiff;
+extern Verb const kPrefsClear;
 extern Verb const kDoctor;
 
 std::span<Verb const *const> Verbs();

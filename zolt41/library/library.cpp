@@ -8,6 +8,7 @@
 #include "zolt41/notify/notify_thread.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/codepage.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/string_table.h"
 #include "zolt41/prefs/level_tree.h"
@@ -110,4 +111,8 @@ void DisposeZOLT() {
     TearDown();
     initialised = false;
   }
+}
+
+uint32_t ZOLTCodePage() {
+  return zolt::LocalCodePage();
 }

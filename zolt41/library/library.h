@@ -24,4 +24,7 @@ ZOLT_API void InitPrefs(char const *path);
 // InitPrefs may then be called again.
 ZOLT_API void DisposeZOLT();
 
+// The number of the code page that the stores keep names and texts in, for example 1252.
+ZOLT_API uint32_t ZOLTCodePage();
+
 #endif  // ZOLT41_LIBRARY_LIBRARY_H_

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 #include "zolt41/platform/registry/hive_status.h"
@@ -30,6 +31,7 @@ bool ReadStored(HKEY key, char const *name, MaybeValue *value) {
     if (result != ERROR_SUCCESS && result != ERROR_MORE_DATA) return false;
     stored.data.resize(size);
     if (result == ERROR_MORE_DATA) continue;
+    stored.data.shrink_to_fit();
     *value = std::move(stored);
     return true;
   }
@@ -61,21 +63,27 @@ MaybeValue BytesValue(uint32_t type, void const *data, uint32_t size) {
 }
 
 ChangeSet::Section &ChangeSet::In(uint32_t id, HKEY key) {
-  // One section may be open under two ids.
-  auto const found = std::ranges::find_if(sections_, [id, key](Section const &section) {
-    return section.id == id || SameKey(section.key, key);
-  });
-  if (found != sections_.end()) return *found;
-  return sections_.emplace_back(Section{id, key, {}, {}});
+  auto const [known, isNew] = byId_.try_emplace(id, sections_.size());
+  if (!isNew) return sections_[known->second];
+  int64_t const number = KeyNumber(key);
+  if (number >= 0) known->second = byKey_.try_emplace(number, sections_.size()).first->second;
+  if (known->second == sections_.size()) sections_.push_back({id, key, {}, {}});
+  return sections_[known->second];
 }
 
 // Null if the store cannot be read.
 ChangeSet::Value *ChangeSet::Touch(Section *section, std::string_view name) {
-  auto const [place, isNew] = section->places.try_emplace(LowerCase(name), section->values.size());
-  if (!isNew) return &section->values[place->second];
+  std::string const folded = LowerCase(name);
+  size_t const hash = std::hash<std::string>()(folded);
+  auto const [first, last] = section->places.equal_range(hash);
+  for (auto place = first; place != last; ++place) {
+    Value &value = section->values[place->second];
+    if (LowerCase(value.name) == folded) return &value;
+  }
   Value value{std::string(name), {}, {}};
   if (!ReadStored(section->key, value.name.c_str(), &value.before)) return nullptr;
   value.after = value.before;
+  section->places.emplace(hash, section->values.size());
   return &section->values.emplace_back(std::move(value));
 }
 

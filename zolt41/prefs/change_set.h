@@ -2,10 +2,10 @@
 #define ZOLT41_PREFS_CHANGE_SET_H_
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "zolt41/platform/registry/registry.h"
@@ -41,7 +41,7 @@ class ChangeSet {
     uint32_t id;
     HKEY key;
     std::vector<Value> values;
-    std::map<std::string, size_t, std::less<>> places;  // by name in lower case
+    std::unordered_multimap<size_t, size_t> places;  // of values, by a hash of the name
   };
 
   // False if the store cannot be read; ZOLTLastFailure tells why.
@@ -60,9 +60,12 @@ class ChangeSet {
 
  private:
   Section &In(uint32_t id, HKEY key);
-  Value *Touch(Section *section, std::string_view name);
+  static Value *Touch(Section *section, std::string_view name);
 
   std::vector<Section> sections_;
+  // Places of sections. One may be open under two ids.
+  std::unordered_map<uint32_t, size_t> byId_;
+  std::unordered_map<int64_t, size_t> byKey_;
 };
 
 }  // namespace zolt

@@ -26,9 +26,7 @@ namespace {
 constexpr size_t kMostRecords = 128;
 
 struct Step {
-  enum class Kind { set, clear, expect };
-
-  Kind kind;
+  bool clear;
   uint32_t section;
   std::string name;
   MaybeValue value;
@@ -59,14 +57,19 @@ ChangeType TypeOf(ChangeSet::Value const &value) {
   return value.before ? ChangeType::modified : ChangeType::created;
 }
 
-std::vector<ChangeText> TextsOf(ChangeSet::Section const &section, ChangeType type) {
+// Calls `tell` with the changes of a type, so many at once as an announcement takes.
+template <typename Tell>
+void TellTexts(ChangeSet::Section const &section, ChangeType type, Tell tell) {
   std::vector<ChangeText> texts;
   for (ChangeSet::Value const &value : section.values) {
     if (value.before == value.after || TypeOf(value) != type) continue;
     texts.push_back({value.name, value.after ? value.after->text() : std::string_view(),
                      value.before ? value.before->text() : std::string_view()});
+    if (texts.size() < kMostRecords) continue;
+    tell(texts);
+    texts.clear();
   }
-  return texts;
+  if (!texts.empty()) tell(texts);
 }
 
 void AnnounceChanges(ChangeSet const &changes, PrefLevel level, uint32_t extra) {
@@ -77,12 +80,9 @@ void AnnounceChanges(ChangeSet const &changes, PrefLevel level, uint32_t extra) 
       AnnouncementHead const head = {static_cast<uint32_t>(ids.id),
                                      static_cast<uint32_t>(ids.alias), static_cast<uint32_t>(level),
                                      extra, static_cast<uint32_t>(type)};
-      std::vector<ChangeText> const texts = TextsOf(section, type);
-      for (std::span<ChangeText const> rest = texts; !rest.empty();) {
-        auto const some = rest.first(std::min(rest.size(), kMostRecords));
-        Announce({head, some}, Pause::none);
-        rest = rest.subspan(some.size());
-      }
+      TellTexts(section, type, [&head](std::span<ChangeText const> texts) {
+        Announce({head, texts}, Pause::none);
+      });
     }
   }
 }
@@ -90,6 +90,7 @@ void AnnounceChanges(ChangeSet const &changes, PrefLevel level, uint32_t extra) 
 }  // namespace
 
 struct Transaction::Collected {
+  std::vector<Step> expected;
   std::vector<Step> steps;
 };
 
@@ -99,33 +100,41 @@ Transaction::Transaction(PrefLevel level, uint32_t extra)
 Transaction::~Transaction() = default;
 
 void Transaction::SetStr(uint32_t section, char const *name, char const *value) {
-  collected_->steps.push_back(
-      {Step::Kind::set, section, TextOrEmpty(name), TextValue(TextOrEmpty(value))});
+  collected_->steps.push_back({false, section, TextOrEmpty(name), TextValue(TextOrEmpty(value))});
 }
 
 void Transaction::SetFree(uint32_t section, char const *name, uint32_t type, void const *data,
                           uint32_t size) {
-  collected_->steps.push_back(
-      {Step::Kind::set, section, TextOrEmpty(name), BytesValue(type, data, size)});
+  collected_->steps.push_back({false, section, TextOrEmpty(name), BytesValue(type, data, size)});
 }
 
 void Transaction::Remove(uint32_t section, char const *name) {
-  collected_->steps.push_back({Step::Kind::set, section, TextOrEmpty(name), {}});
+  collected_->steps.push_back({false, section, TextOrEmpty(name), {}});
 }
 
 void Transaction::Clear(uint32_t section) {
-  collected_->steps.push_back({Step::Kind::clear, section, "", {}});
+  collected_->steps.push_back({true, section, "", {}});
 }
 
 void Transaction::Expect(uint32_t section, char const *name, char const *text) {
-  collected_->steps.push_back({Step::Kind::expect, section, TextOrEmpty(name),
-                               text == nullptr ? MaybeValue() : TextValue(text)});
+  collected_->expected.push_back(
+      {false, section, TextOrEmpty(name), text == nullptr ? MaybeValue() : TextValue(text)});
 }
 
 void Transaction::ExpectFree(uint32_t section, char const *name, uint32_t type, void const *data,
                              uint32_t size) {
-  collected_->steps.push_back(
-      {Step::Kind::expect, section, TextOrEmpty(name), BytesValue(type, data, size)});
+  collected_->expected.push_back({false, section, TextOrEmpty(name), BytesValue(type, data, size)});
+}
+
+Commit Transaction::CheckExpected(ChangeSet *changes) {
+  WinPrefs *const store = StoreOf(level_);
+  for (Step const &step : std::exchange(collected_->expected, {})) {
+    HKEY const key = store->SectionKey(static_cast<int32_t>(step.section), 0);
+    MaybeValue stored;
+    if (!changes->Read(step.section, key, step.name, &stored)) return FailureOfHive();
+    if (stored != step.value) return Commit::mismatch;
+  }
+  return Commit::done;
 }
 
 Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
@@ -134,22 +143,13 @@ Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
   // A section may not be open because the hive could not be read, which its own failure tells.
   if (Commit const open = CheckSections(); open != Commit::done) return open;
   // What is expected was so before the changes, wherever it was said.
-  for (bool const expectations : {true, false}) {
-    for (Step &step : collected_->steps) {
-      if ((step.kind == Step::Kind::expect) != expectations) continue;
-      HKEY const key = store->SectionKey(static_cast<int32_t>(step.section), 0);
-      bool whole = true;
-      if (expectations) {
-        MaybeValue stored;
-        whole = changes->Read(step.section, key, step.name, &stored);
-        if (whole && stored != step.value) return Commit::mismatch;
-      } else if (step.kind == Step::Kind::clear) {
-        whole = changes->Clear(step.section, key);
-      } else {
-        whole = changes->Set(step.section, key, step.name, std::move(step.value));
-      }
-      if (!whole) return FailureOfHive();
-    }
+  if (Commit const met = CheckExpected(changes); met != Commit::done) return met;
+  for (Step &step : std::exchange(collected_->steps, {})) {
+    HKEY const key = store->SectionKey(static_cast<int32_t>(step.section), 0);
+    bool const whole = step.clear
+                           ? changes->Clear(step.section, key)
+                           : changes->Set(step.section, key, step.name, std::move(step.value));
+    if (!whole) return FailureOfHive();
   }
   if (!changes->changes()) return Commit::unchanged;
   if (!changes->Write() || hive->Commit() != ERROR_SUCCESS) return FailureOfHive();
@@ -158,12 +158,13 @@ Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
 
 Commit Transaction::CheckSections() const {
   WinPrefs *const store = StoreOf(level_);
-  for (Step const &step : collected_->steps) {
-    auto const id = static_cast<int32_t>(step.section);
-    if (store->SectionKey(id, 0) != 0) continue;
-    char subject[32];
-    std::snprintf(subject, sizeof subject, "section 0x%08X", step.section);
-    return Refuse(Failure::denied, Commit::denied, subject);
+  for (auto const *const steps : {&collected_->expected, &collected_->steps}) {
+    for (Step const &step : *steps) {
+      if (store->SectionKey(static_cast<int32_t>(step.section), 0) != 0) continue;
+      char subject[32];
+      std::snprintf(subject, sizeof subject, "section 0x%08X", step.section);
+      return Refuse(Failure::denied, Commit::denied, subject);
+    }
   }
   return Commit::done;
 }
@@ -173,9 +174,10 @@ Commit Transaction::Write() {
   Commit result = Commit::unchanged;
   if (StoreOf(level_) == nullptr) {
     result = Refuse(Failure::denied, Commit::denied, "level");
-  } else if (!collected_->steps.empty()) {
+  } else if (!collected_->steps.empty() || !collected_->expected.empty()) {
     result = WriteAndAnnounce();
   }
+  collected_->expected.clear();
   collected_->steps.clear();
   return result;
 }

@@ -72,6 +72,7 @@ class ZOLT_API Transaction {
   struct Collected;
 
   ZOLT_HIDDEN Commit CheckSections() const;
+  ZOLT_HIDDEN Commit CheckExpected(ChangeSet *changes);
   ZOLT_HIDDEN Commit WriteAndAnnounce();
   ZOLT_HIDDEN Commit Apply(ChangeSet *changes, HiveTransaction *hive);
 

@@ -26,6 +26,10 @@ void ReportHiveFailure(HKEY root);
 // Both handles are open on the same key.
 bool SameKey(HKEY a, HKEY b);
 
+// The number that the key has in its hive and no other key there ever gets; below 0 for a handle
+// that leads to none.
+int64_t KeyNumber(HKEY key);
+
 // Closes the hives of this process at its end, and moves a long log of the user's hive into the
 // file if nobody else uses it. Handles stay valid; a use of one opens the hive again.
 void LeaveHives();

@@ -224,6 +224,11 @@ bool SameKey(HKEY a, HKEY b) {
          first.key.id == second.key.id && first.key.id != kNoKey;
 }
 
+int64_t KeyNumber(HKEY key) {
+  OpenKey open{};
+  return Resolve(TheHives(), key, &open) == ERROR_SUCCESS ? open.key.id : kNoKey;
+}
+
 HiveTransaction::HiveTransaction(HKEY root) : root_(root) {}
 
 HiveTransaction::~HiveTransaction() {

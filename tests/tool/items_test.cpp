@@ -1,0 +1,61 @@
+#include <gtest/gtest.h>
+
+#include "tests/tool/background_tool.h"
+#include "tests/tool/tool_fixture.h"
+
+namespace zolt::testing {
+namespace {
+
+using ItemsTest = ToolTest;
+
+TEST_F(ItemsTest, AListIsShownAndEdited) {
+  Expect({
+      {"prefs items Audio L", 0, "", ""},
+      {"prefs items Audio L --add a --add b --add c", 0, "",
+       "zolt: user store: 3 values written\n"},
+      {"prefs items Audio L", 0, "0\ta\n1\tb\n2\tc\n", ""},
+      {"-n prefs items Audio L --remove 2", 0, "",
+       "Conferencing:Audio L2: c -> unset (not written)\n"
+       "zolt: user store: 0 values would be written, 1 removed\n"},
+      {"prefs items Audio L --remove 0 --add d", 0, "", "zolt: user store: 3 values written\n"},
+      {"prefs items Audio L", 0, "0\tb\n1\tc\n2\td\n", ""},
+      {"prefs items Audio L --remove 3", 1, "",
+       "zolt: Conferencing:Audio L: has no item 3; it has 3\n"},
+      {"prefs items Audio L --remove -1", 2, "", ""},
+      {"prefs items Audio N -t num --add 0x10 --add x", 2, "", ""},
+      {"prefs items Audio N -t num --add 0x10", 0, "", "zolt: user store: 1 value written\n"},
+      {"prefs items Audio N", 0, "0\t16\n", ""},
+      {"prefs items Nowhere L", 1, "", ""},
+  });
+}
+
+TEST_F(ItemsTest, WhatLiesBehindAGapGoesAndOtherTypesAndNamesStay) {
+  Set({"Audio", "L0", "a", "L2", "gone", "L 9", "gone", "l7", "stays", "Lx", "stays"});
+  Set({"-t", "bytes", "Audio", "L5", "0x00"});
+  Set({"-L", "system", "Audio", "L0", "of the machine", "L1", "of the machine"});
+  EXPECT_EQ(Run("prefs items Audio L").out, "0\ta\n");
+  EXPECT_EQ(Run("prefs items Audio L --add b").code, 0);
+  EXPECT_EQ(
+      Run("prefs list Audio --only").out,
+      "L0\ta\ttext\tuser\nl7\tstays\ttext\tuser\nLx\tstays\ttext\tuser\nL5\t0x00\tbytes\tuser\n"
+      "L1\tb\ttext\tuser\n");
+}
+
+TEST_F(ItemsTest, ALoadIsHeardSectionBySection) {
+  Set({"Audio", "Old", "1", "Volume", "70"});
+  BackgroundTool watcher("prefs watch --count 4");
+  ASSERT_TRUE(watcher.Err().starts_with("zolt: watching"));
+  EXPECT_EQ(Run("prefs load -", {.input = "zolt-preferences 1\ncode-page 1252\nstore user\n"
+                                          "[Audio]\nNew = \"n\"\nVolume = \"40\"\nunset Old\n"
+                                          "[Lab]\nx = \"y\"\nend\n"})
+                .code,
+            0);
+  for (char const *line :
+       {"Conferencing:Audio\tremoved\tOld\t1", "Conferencing:Audio\tmodified\tVolume\t70\t40",
+        "Conferencing:Audio\tcreated\tNew\t\tn", "Lab\tcreated\tx\t\ty"}) {
+    EXPECT_EQ(watcher.Out(), line);
+  }
+}
+
+}  // namespace
+}  // namespace zolt::testing

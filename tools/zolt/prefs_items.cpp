@@ -1,0 +1,172 @@
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <optional>
+
+#include "tools/zolt/chain_read.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/library_session.h"
+#include "tools/zolt/store_update.h"
+#include "tools/zolt/table.h"
+#include "tools/zolt/text.h"
+#include "tools/zolt/text_update.h"
+#include "tools/zolt/value_type.h"
+#include "tools/zolt/verbs.h"
+
+namespace zolt::tool {
+
+namespace {
+
+// What a client builds the names of items in.
+constexpr size_t kLongestItemName = 255;
+
+struct List {
+  SectionPath path;
+  std::string name;  // in the code page of the stores
+
+  std::string ItemName(size_t index) const {
+    std::string item = name + std::to_string(index);
+    if (item.size() > kLongestItemName) Refuse(ToUtf8(item), "the name of an item is too long");
+    return item;
+  }
+
+  // The index in the name of a value, as a client that trims the list reads it.
+  std::optional<int64_t> IndexIn(std::string_view value) const {
+    if (!value.starts_with(name)) return std::nullopt;
+    value.remove_prefix(name.size());
+    value.remove_prefix(std::min(value.find_first_not_of(" \t\n\v\f\r"), value.size()));
+    if (value.starts_with('+') && !value.starts_with("+-")) value.remove_prefix(1);
+    int64_t index = 0;
+    auto const result = std::from_chars(value.data(), value.data() + value.size(), index);
+    if (result.ec == std::errc::invalid_argument) return std::nullopt;
+    bool const far = result.ec == std::errc::result_out_of_range;
+    return far && !value.starts_with('-') ? std::numeric_limits<int64_t>::max() : index;
+  }
+};
+
+// The items of the store itself, up to the first index without a value.
+std::vector<RawValue> StoredItems(List const &list, HKEY key) {
+  std::vector<RawValue> items;
+  while (MaybeRaw raw = ReadRaw(key, list.ItemName(items.size()))) items.push_back(std::move(*raw));
+  return items;
+}
+
+int Show(List const &list, Call const &call) {
+  std::vector<SectionKey> const keys = OpenAlong(ReadLevels(call.settings), list.path);
+  if (!Exists(list.path, keys)) FailWithoutSection(ReadLevels(call.settings), list.path);
+  size_t const count = StoredItems(list, keys.front().key()).size();
+  std::vector<Entry> entries;
+  for (size_t i = 0; i < count; i++) {
+    std::string name = list.ItemName(i);
+    std::vector<Holding> const holdings = ReadHoldings(keys, name);
+    if (Holding const *const answer = Answer(holdings)) {
+      entries.push_back({list.path, std::move(name), answer->level, answer->value});
+    }
+  }
+  if (call.settings.json) {
+    call.out.Write(EntriesDocument(entries));
+    return kDone;
+  }
+  Table table(call.settings, call.out, 2);
+  for (size_t i = 0; i < entries.size(); i++)
+    table.Add({std::to_string(i), Column(entries[i].value, call.out.terminal())});
+  table.Finish();
+  return kDone;
+}
+
+struct Edit {
+  std::optional<size_t> remove;
+  std::vector<StoredValue> add;
+};
+
+Edit EditFrom(Arguments const &arguments) {
+  Edit edit;
+  ValueType const type = TypeFrom(arguments);
+  for (std::string_view const value : arguments.Values(OptionId::add))
+    edit.add.push_back(ParseValue(type, value));
+  if (!arguments.Has(OptionId::remove)) return edit;
+  std::string_view const word = arguments.Value(OptionId::remove);
+  size_t index = 0;
+  auto const result = std::from_chars(word.data(), word.data() + word.size(), index);
+  if (result.ec != std::errc() || result.ptr != word.data() + word.size()) {
+    Refuse("--remove " + std::string(word), "is no number of an item", "they count from 0");
+  }
+  edit.remove = index;
+  return edit;
+}
+
+std::vector<RawValue> Edited(std::vector<RawValue> items, Edit const &edit, List const &list) {
+  if (edit.remove) {
+    if (*edit.remove >= items.size()) {
+      throw ToolError(kNo, "absent", Subject(list.path, list.name),
+                      "has no item " + std::to_string(*edit.remove),
+                      "it has " + std::to_string(items.size()));
+    }
+    items.erase(items.begin() + static_cast<ptrdiff_t>(*edit.remove));
+  }
+  for (StoredValue const &value : edit.add) items.push_back(*RawOf(value));
+  return items;
+}
+
+StoreUpdate Look(Level const &level, List const &list, Edit const &edit) {
+  SectionKey const key(level, list.path, SectionKey::Role::first);
+  std::vector<RawValue> const before = StoredItems(list, key.key());
+  std::vector<RawValue> const after = Edited(before, edit, list);
+  SectionUpdate section{list.path, {}};
+  for (size_t i = 0; i < std::max(before.size(), after.size()); i++) {
+    ValueUpdate item{list.ItemName(i), {}, {}};
+    if (i < before.size()) item.before = before[i];
+    if (i < after.size()) item.after = after[i];
+    // Where the list ended nobody else may have added one meanwhile.
+    if (item.changes()) section.values.push_back(std::move(item));
+  }
+  // What lies behind a gap would join a list that grows.
+  auto const count = static_cast<int64_t>(std::max(before.size(), after.size()));
+  for (std::string const &name : key.ValueNames()) {
+    if (list.IndexIn(name).value_or(-1) < count) continue;
+    MaybeRaw const raw = ReadRaw(key.key(), name);
+    if (raw && raw->type == REG_SZ) section.values.push_back({name, raw, {}});
+  }
+  StoreUpdate update;
+  if (!section.values.empty()) update.sections.push_back(std::move(section));
+  return update;
+}
+
+int Items(Call const &call) {
+  List const list{SectionPath::FromOperand(call.operands[0]), ValueName(call.operands[1])};
+  Edit const edit = EditFrom(call.arguments);
+  PrepareLibrary(call.arguments, call.settings);
+  if (!edit.remove && edit.add.empty()) return Show(list, call);
+  Level const &level = *call.settings.level;
+  auto const look = [&] { return Look(level, list, edit); };
+  StoreUpdate update = look();
+  if (!call.settings.dryRun && !update.sections.empty()) {
+    SayWhoseStore(call.settings, level);
+    update = WriteUpdate(level, std::move(update), look);
+  }
+  return ReportUpdate(update, level, call);
+}
+
+}  // namespace
+
+Verb const kPrefsItems = {
+    .group = "prefs",
+    .name = "items",
+    .operands = "SECTION LIST",
+    .summary = "the items of an indexed list",
+    .options = {OptionId::add, OptionId::remove, OptionId::type},
+    .least = 2,
+    .most = 2,
+    .run = Items,
+    .description =
+        "A list is the values LIST0, LIST1, LIST2 and so on of a section, up to the first that is\n"
+        "missing. Prints number and value of each. --add puts values at the end, --remove takes\n"
+        "one out and moves those behind it up; both at once first remove. All is one transaction,\n"
+        "and takes away what lies behind a gap, as programs do that write the list.",
+    .examples =
+        "  zolt prefs items Conferencing Recent\n"
+        "  zolt prefs items Conferencing Recent --add anna@example.org\n"
+        "  zolt prefs items Conferencing Recent --remove 0\n",
+};
+
+}  // namespace zolt::tool

@@ -1,0 +1,43 @@
+#ifndef ZOLT41_TOOLS_ZOLT_PROGRESS_H_
+#define ZOLT41_TOOLS_ZOLT_PROGRESS_H_
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "tools/zolt/settings.h"
+
+namespace zolt::tool {
+
+// A line on standard error that tells how far a work is that takes more than half a second; it goes
+// when the work ends. Drawn by a thread of its own, so that a step which takes long is seen, too.
+class Progress {
+ public:
+  Progress(Settings const &settings, std::string what);
+  ~Progress();
+  Progress(Progress const &) = delete;
+  Progress &operator=(Progress const &) = delete;
+
+  // What is being done now, and in how many steps; 0 if that is not known.
+  void Begin(std::string what, size_t steps = 0);
+  void Step() { done_.fetch_add(1, std::memory_order_relaxed); }
+
+ private:
+  void Draw();
+  std::string LineNow();
+
+  std::atomic<size_t> done_ = 0;
+  std::mutex mutex_;  // of what follows
+  std::condition_variable changed_;
+  std::string what_;
+  size_t steps_ = 0;
+  bool ended_ = false;
+  bool drawn_ = false;
+  std::thread thread_;
+};
+
+}  // namespace zolt::tool
+
+#endif  // ZOLT41_TOOLS_ZOLT_PROGRESS_H_

@@ -1,0 +1,137 @@
+#include "tools/zolt/text_update.h"
+
+#include <unordered_set>
+#include <utility>
+
+#include "tools/zolt/documents.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/input.h"
+#include "tools/zolt/section_key.h"
+#include "tools/zolt/text.h"
+
+namespace zolt::tool {
+
+namespace {
+
+// Paths of sections, without regard to the case of ASCII letters.
+class PathSet {
+ public:
+  explicit PathSet(PreferenceText const &text) {
+    for (TextSection const &section : text.sections) keys_.insert(Key(section.path));
+  }
+  bool Has(SectionPath const &path) const { return keys_.contains(Key(path)); }
+
+ private:
+  static std::string Key(SectionPath const &path) {
+    std::string key;
+    for (std::string const &name : path.names()) key += Folded(name) + '\0';
+    return key;
+  }
+
+  std::unordered_set<std::string> keys_;
+};
+
+void CheckParents(PreferenceText const &text) {
+  PathSet const named(text);
+  for (TextSection const &section : text.sections) {
+    SectionPath const &path = section.path;
+    if (path.standard()) continue;
+    SectionPath const parent = path.Above(path.names().size() - 1);
+    if (parent.standard() || named.Has(parent)) continue;
+    if (SectionKey(*text.level, parent, SectionKey::Role::first).key() != 0) continue;
+    Refuse(section.place, "lies in " + parent.Text() + ", which is neither there nor in the file",
+           "a line \"section [" + parent.Text() + "]\" before it makes that");
+  }
+}
+
+void AddUnnamed(TextSection const &section, SectionKey const &key, SectionUpdate *update) {
+  std::unordered_set<std::string> named;
+  for (TextValue const &value : section.values) named.insert(Folded(value.name));
+  for (std::string const &name : key.ValueNames()) {
+    if (named.contains(Folded(name))) continue;
+    if (MaybeRaw before = ReadRaw(key.key(), name)) {
+      update->values.push_back({name, std::move(before), {}, true});
+    }
+  }
+}
+
+PreferenceText SideOf(Level const &level, StoreUpdate const &update, MaybeRaw ValueUpdate::*side) {
+  PreferenceText text{.level = &level, .sections = {}};
+  for (SectionUpdate const &section : update.sections) {
+    TextSection changed{.path = section.path, .onlyThere = section.values.empty()};
+    for (ValueUpdate const &value : section.values)
+      changed.values.push_back({value.name, value.*side});
+    text.sections.push_back(std::move(changed));
+  }
+  return text;
+}
+
+std::string Summary(StoreUpdate const &update, Level const &level, bool dryRun) {
+  std::string text = std::string(level.name) + " store: ";
+  if (update.sections.empty()) return text + "unchanged";
+  size_t const removed = update.removals();
+  size_t const written = update.changes() - removed;
+  text += std::to_string(written) + (written == 1 ? " value" : " values");
+  text += dryRun ? " would be written" : " written";
+  if (removed > 0) text += ", " + std::to_string(removed) + " removed";
+  return text;
+}
+
+void SayEach(StoreUpdate const &update) {
+  for (SectionUpdate const &section : update.sections) {
+    for (ValueUpdate const &value : section.values) {
+      WriteError(Escape(Subject(section.path, value.name) + ": " +
+                        Describe(Interpreted(value.before)) + " -> " +
+                        Describe(Interpreted(value.after)) + " (not written)"));
+    }
+  }
+}
+
+}  // namespace
+
+PreferenceText TextFrom(Call const &call, std::string_view file) {
+  std::string const name = file == "-" ? "standard input" : std::string(file);
+  PreferenceText text = ReadPreferenceText(ReadInput(file), name);
+  if (call.arguments.Has(OptionId::level)) text.level = call.settings.level;
+  return text;
+}
+
+StoreUpdate UpdateOf(PreferenceText const &text, bool replace) {
+  CheckParents(text);
+  StoreUpdate update;
+  for (TextSection const &section : text.sections) {
+    SectionKey const key(*text.level, section.path, SectionKey::Role::first);
+    SectionUpdate changed{section.path, {}};
+    for (TextValue const &value : section.values) {
+      MaybeRaw before = ReadRaw(key.key(), value.name);
+      if (before != value.value) {
+        changed.values.push_back({value.name, std::move(before), value.value});
+      }
+    }
+    if (replace && !section.onlyThere) AddUnnamed(section, key, &changed);
+    bool const made = key.key() == 0 && !section.path.standard();
+    if (made || !changed.values.empty()) update.sections.push_back(std::move(changed));
+  }
+  return update;
+}
+
+std::string PatchOf(Level const &level, StoreUpdate const &update) {
+  return TextOf(SideOf(level, update, &ValueUpdate::after));
+}
+
+std::string UndoOf(Level const &level, StoreUpdate const &update) {
+  return TextOf(SideOf(level, update, &ValueUpdate::before));
+}
+
+int ReportUpdate(StoreUpdate const &update, Level const &level, Call const &call) {
+  Settings const &settings = call.settings;
+  if (settings.json) {
+    WriteUpdateDocument(update, level, call.out);
+  } else if (!settings.quiet) {
+    if (settings.dryRun) SayEach(update);
+    WriteError("zolt: " + Summary(update, level, settings.dryRun));
+  }
+  return settings.dryRun && settings.exitCode && !update.sections.empty() ? kNo : kDone;
+}
+
+}  // namespace zolt::tool
