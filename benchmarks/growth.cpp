@@ -112,6 +112,14 @@ WalkTimes TimeOfWalks(OurStore const &store, size_t size) {
   return {first, later};
 }
 
+double TimeOfCursor(SqliteStore *store, size_t size) {
+  size_t const walks = std::max<size_t>(kSteps / size, 1);
+  Require(store->Walk() == size, "a cursor did not meet all values");
+  return TimePerItem(walks * size, [&] {
+    for (size_t i = 0; i < walks; i++) store->Walk();
+  });
+}
+
 std::string PeerFile(size_t size, char const *ending) {
   return WorkFile("growth" + std::to_string(size) + ending);
 }
@@ -143,6 +151,7 @@ void MeasureSpeed(size_t size) {
       {"write.sqlite", TimeOfWrites(sqlite)},
       {"first_walk.ours", walks.first},
       {"walk.ours", walks.later},
+      {"walk.sqlite", TimeOfCursor(&sqlite, size)},
   };
   for (auto const &[what, time] : times) {
     Report("growth." + std::string(what) + "." + std::to_string(size), time);

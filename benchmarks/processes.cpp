@@ -1,6 +1,6 @@
 // Whole processes, from their start to their end. Each line of the standard input is a command:
 // key, tab, the program's path, tab, its arguments parted by tabs. An argument @ stands for a
-// number that differs from one round to the next.
+// number that differs from one round to the next. bench_processes ROUNDS; 120 without that.
 
 #include <fcntl.h>
 #include <spawn.h>
@@ -20,7 +20,7 @@ namespace {
 
 using namespace zolt::bench;
 
-constexpr int kRounds = 120;
+constexpr int kUsualRounds = 120;
 constexpr int kFirstRounds = 3;  // fill the caches of the system and are not counted
 
 struct Command {
@@ -61,7 +61,8 @@ double Run(Command const &command, posix_spawn_file_actions_t const &actions, in
 
 }  // namespace
 
-int main() {
+int main(int count, char **words) {
+  int const rounds = count > 1 ? std::stoi(words[1]) : kUsualRounds;
   std::vector<Command> commands = ReadCommands();
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
@@ -71,7 +72,7 @@ int main() {
   std::mt19937 random(1);
   std::vector<Command *> order;
   for (Command &command : commands) order.push_back(&command);
-  for (int round = 0; round < kFirstRounds + kRounds; round++) {
+  for (int round = 0; round < kFirstRounds + rounds; round++) {
     std::shuffle(order.begin(), order.end(), random);
     for (Command *command : order) {
       double const time = Run(*command, actions, round);

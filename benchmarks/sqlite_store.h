@@ -30,6 +30,7 @@ class SqliteStore {
         "CREATE TABLE IF NOT EXISTS value(section TEXT NOT NULL, name TEXT NOT NULL,"
         " value TEXT NOT NULL, PRIMARY KEY(section,name)) WITHOUT ROWID");
     Prepare(&select_, "SELECT value FROM value WHERE section=?1 AND name=?2");
+    Prepare(&walk_, "SELECT name FROM value WHERE section=?1");
     Prepare(&upsert_,
             "INSERT INTO value VALUES(?1,?2,?3)"
             " ON CONFLICT(section,name) DO UPDATE SET value=excluded.value");
@@ -37,7 +38,7 @@ class SqliteStore {
     Prepare(&commit_, "COMMIT");
   }
   ~SqliteStore() {
-    for (sqlite3_stmt *statement : {select_, upsert_, begin_, commit_}) sqlite3_finalize(statement);
+    for (sqlite3_stmt *statement : {select_, walk_, upsert_, begin_, commit_}) sqlite3_finalize(statement);
     sqlite3_close(database_);
   }
   SqliteStore(SqliteStore const &) = delete;
@@ -55,6 +56,19 @@ class SqliteStore {
     auto const size = static_cast<size_t>(sqlite3_column_bytes(select_, 0));
     std::memcpy(buffer, sqlite3_column_text(select_, 0), size + 1);
     sqlite3_reset(select_);
+  }
+
+  // The names of all values, in their order; gives how many there are.
+  size_t Walk() {
+    size_t count = 0;
+    char name[kTextSize];
+    sqlite3_bind_text(walk_, 1, kSectionName, sizeof kSectionName - 1, SQLITE_STATIC);
+    for (; sqlite3_step(walk_) == SQLITE_ROW; count++) {
+      auto const size = static_cast<size_t>(sqlite3_column_bytes(walk_, 0));
+      std::memcpy(name, sqlite3_column_text(walk_, 0), size + 1);
+    }
+    sqlite3_reset(walk_);
+    return count;
   }
 
   void Write(size_t index) {
@@ -100,6 +114,7 @@ class SqliteStore {
   std::vector<std::string> names_;
   sqlite3 *database_ = nullptr;
   sqlite3_stmt *select_ = nullptr;
+  sqlite3_stmt *walk_ = nullptr;
   sqlite3_stmt *upsert_ = nullptr;
   sqlite3_stmt *begin_ = nullptr;
   sqlite3_stmt *commit_ = nullptr;
