@@ -3,7 +3,11 @@
 
 // All that the library offers its clients.
 
+#include "zolt41/cards/card_prefs.h"
+#include "zolt41/cards/property_format.h"
+#include "zolt41/cards/property_storage.h"
 #include "zolt41/foundation/a_string.h"
+#include "zolt41/foundation/afs_file.h"
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/l_string.h"
 #include "zolt41/foundation/mem_block.h"
@@ -22,6 +26,7 @@
 #include "zolt41/notify/transaction.h"
 #include "zolt41/platform/kernel/message_loop.h"
 #include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/global_block.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/enum_prefs.h"
 #include "zolt41/prefs/list_enum_data.h"

@@ -7,6 +7,7 @@
 #include "zolt41/prefs/number_text.h"
 #include "zolt41/prefs/stores.h"
 #include "zolt41/prefs/text_argument.h"
+#include "zolt41/prefs/text_limit.h"
 
 namespace {
 
@@ -102,6 +103,7 @@ TYPrefs *TYPrefs::Parent() const {
 int32_t TYPrefs::ReadStr(uint32_t section, char const *name, char *buffer, char const *defaultValue,
                          int32_t parentFirst) {
   if (buffer == nullptr) return 0;
+  zolt::LimitedText const limited(kTextSize - 1);
   auto const get = [&](TYPrefs *store) { return store->GetStr(section, name, buffer); };
   if (ReadChain(this, parentFirst, get) != 0) return 1;
   char const *const text = zolt::TextOrEmpty(defaultValue);

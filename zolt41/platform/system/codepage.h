@@ -58,6 +58,7 @@ uint32_t LocalCodePage();
 // no valid UTF-8 or holds a character that the code page lacks.
 std::string Utf8FromLocal(std::string_view text);
 bool LocalFromUtf8(std::string_view utf8, std::string *text);
+bool IsUtf8(std::string_view text);
 
 }  // namespace zolt
 

@@ -93,6 +93,15 @@ std::string Utf8FromLocal(std::string_view text) {
   return utf8;
 }
 
+bool IsUtf8(std::string_view text) {
+  while (!text.empty()) {
+    char32_t const character = TakeCharacter(&text);
+    bool const surrogate = character >= 0xD800 && character < 0xE000;
+    if (character > 0x10FFFF || surrogate) return false;
+  }
+  return true;
+}
+
 bool LocalFromUtf8(std::string_view utf8, std::string *text) {
   CodePage const &page = LocalPage();
   std::string local;

@@ -1,0 +1,204 @@
+#include "zolt41/cards/card_prefs.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/prefs/prefs_fixture.h"
+#include "zolt41/foundation/mem_block.h"
+
+namespace zolt::testing {
+namespace {
+
+std::string Hex(std::string const &digits) {
+  std::string bytes;
+  std::string pair;
+  for (char const c : digits) {
+    if (c != ' ') pair += c;
+    if (pair.size() < 2) continue;
+    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+    pair.clear();
+  }
+  return bytes;
+}
+
+std::string BlobOf(TYUserPrefs *store) {
+  char *const block = store->GetData();
+  std::string bytes(block, GetMemSize(block));
+  _DisposeMem(block);
+  return bytes;
+}
+
+// Name, in 32 bytes, of a slot.
+std::string Padded(std::string name) {
+  name.resize(32);
+  return name;
+}
+
+std::string Text(TYUserPrefs *store, uint32_t section, char const *name) {
+  char buffer[4096] = "-";
+  return store->GetStr(section, name, buffer) != 0 ? buffer : "-";
+}
+
+std::string Listed(TYUserPrefs *store) {
+  std::string text;
+  uint32_t section = 0;
+  for (int32_t i = 0; char const *name = store->GetIndexedName(i, &section); i++)
+    text += std::to_string(section) + ":" + name + "=" + Text(store, section, name) + " ";
+  return text;
+}
+
+class CardPrefsTest : public ::testing::Test {
+ protected:
+  void Load(std::string const &blob) {
+    store_.SetData(blob.data(), static_cast<uint32_t>(blob.size()));
+  }
+  TYUserPrefs store_{PrefLevelCard, nullptr, 0};
+};
+
+TEST_F(CardPrefsTest, BytesOfAStore) {
+  EXPECT_EQ(BlobOf(&store_), Hex("0100000000000000"));
+  store_.SetStr(2, "b", "");
+  store_.SetStr(0x80000001, "Z", "\xE9");
+  store_.SetStr(2, "Alpha", "1");
+  EXPECT_EQ(Listed(&store_), "2147483649:Z=\xE9 2:Alpha=1 2:b= ");
+  EXPECT_EQ(BlobOf(&store_), Hex("01000000 03000000") + Hex("01000080") + Padded("Z") +
+                                 Hex("04000000 00000000") + Hex("02000000") + Padded("Alpha") +
+                                 Hex("04000000 04000000") + Hex("02000000") + Padded("b") +
+                                 Hex("02000000 08000000") + Hex("E9000000 31000000 0000"));
+  std::string const blob = BlobOf(&store_);
+  store_.SetModified(0);
+  Load(blob);
+  EXPECT_EQ(BlobOf(&store_), blob);
+  EXPECT_EQ(store_.GetModified(), 0);
+}
+
+TEST_F(CardPrefsTest, ValuesMoveOutWhenTheyGrowAndArePackedAgain) {
+  store_.SetStr(1, "a", "four");
+  store_.SetStr(1, "b", "keep");
+  Load(BlobOf(&store_));
+  size_t const size = BlobOf(&store_).size();
+  store_.SetStr(1, "A", "two");  // in its place, under the name first written
+  EXPECT_EQ(BlobOf(&store_).size(), size - 2);
+  store_.SetStr(1, "a", "longer than it was");
+  store_.SetStr(1, "a", "even longer than it was before");
+  store_.SetStr(1, "b", "longer, too");
+  EXPECT_EQ(Listed(&store_), "1:a=even longer than it was before 1:b=longer, too ");
+  store_.Remove(1, "a");
+  store_.SetStr(1, "c", "takes the place that is free");
+  EXPECT_EQ(Listed(&store_), "1:b=longer, too 1:c=takes the place that is free ");
+  Load(BlobOf(&store_));
+  EXPECT_EQ(Listed(&store_), "1:b=longer, too 1:c=takes the place that is free ");
+  store_.Clear();
+  EXPECT_EQ(store_.Count(), 0);
+}
+
+TEST_F(CardPrefsTest, ChangesAreMarked) {
+  store_.Remove(1, "none");
+  EXPECT_EQ(store_.GetModified(), 0);
+  store_.SetStr(1, "n", "v");
+  EXPECT_EQ(store_.GetModified(), 1);
+  store_.SetModified(0);
+  store_.Remove(1, "N");
+  EXPECT_EQ(store_.GetModified(), 1);
+  EXPECT_EQ(store_.Exists(1, "n"), 0);
+  EXPECT_EQ(store_.GetIndexedName(0, nullptr), nullptr);
+  EXPECT_EQ(store_.GetIndexedName(-1, nullptr), nullptr);
+}
+
+TEST_F(CardPrefsTest, ANameOfOver31CharactersIsStoredCutAndNeverFound) {
+  std::string const name(40, 'n');
+  store_.SetStr(1, name.c_str(), "1");
+  store_.SetStr(1, name.c_str(), "2");
+  EXPECT_EQ(store_.Count(), 2);
+  EXPECT_EQ(Text(&store_, 1, name.c_str()), "-");
+  EXPECT_STREQ(store_.GetIndexedName(0, nullptr), name.substr(0, 31).c_str());
+}
+
+TEST_F(CardPrefsTest, ABigEndianTableBecomesALittleEndianOne) {
+  std::string const pool = Hex("0041 0000");  // is not swapped
+  Load(Hex("00000000 00000001 00000005") + Padded("n") + Hex("00000004 00000000") + pool);
+  EXPECT_EQ(store_.Exists(5, "N"), 1);
+  EXPECT_EQ(BlobOf(&store_),
+            Hex("01000000 01000000 05000000") + Padded("n") + Hex("04000000 00000000") + pool);
+}
+
+TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
+  auto const slot = [](char section, std::string const &name, std::string const &place) {
+    return std::string(1, section) + Hex("000000") + Padded(name) + Hex(place);
+  };
+  std::string const unsorted = Hex("01000000 03000000") + slot(1, "b", "04000000 00000000") +
+                               slot(2, "x", "04000000 04000000") +
+                               slot(1, "A", "04000000 08000000") +
+                               Hex("6200 0000 7800 0000 6100 0000");
+  Load(unsorted);
+  EXPECT_EQ(Listed(&store_), "2:x=x 1:A=a 1:b=b ");
+
+  // Values outside the pool, an empty one, one without its end, one of an odd size; a name without
+  // its NUL.
+  Load(Hex("01000000 06000000") + slot(9, "far", "04000000 FFFFFFFF") +
+       slot(8, "long", "FFFFFFFF 00000000") + slot(7, "none", "00000000 00000000") +
+       slot(6, "noend", "02000000 00000000") + slot(5, "odd", "03000000 00000000") +
+       slot(4, std::string(32, 'n'), "02000000 00000000") + Hex("6200 78"));
+  EXPECT_EQ(Listed(&store_),
+            "9:far=- 8:long=- 7:none=- 6:noend=b 5:odd=b 4:" + std::string(31, 'n') + "=b ");
+  EXPECT_EQ(store_.Exists(7, "none"), 1);
+  store_.SetStr(7, "none", "now written");
+  store_.SetStr(9, "far", "near");
+  EXPECT_EQ(Text(&store_, 7, "none") + Text(&store_, 9, "far"), "now writtennear");
+  Load(BlobOf(&store_));
+  EXPECT_EQ(Text(&store_, 9, "far"), "near");
+}
+
+TEST_F(CardPrefsTest, BytesThatCannotHoldTheirTableGiveAnEmptyStore) {
+  std::string const good =
+      Hex("01000000 01000000 01000000") + Padded("n") + Hex("04000000 00000000 61000000");
+  for (size_t size = 0; size < good.size(); size++) {
+    store_.SetStr(3, "old", "x");
+    Load(good.substr(0, size));
+    EXPECT_EQ(Listed(&store_), size < 52 ? "" : "1:n=- ") << size;
+  }
+  for (char const *count : {"02000000", "FFFFFFFF", "00000080"}) {
+    Load(Hex("01000000") + Hex(count) + good.substr(8));
+    EXPECT_EQ(store_.Count(), 0);
+  }
+  for (size_t at = 0; at < good.size(); at++) {
+    for (int bit = 0; bit < 8; bit++) {
+      std::string flipped = good;
+      flipped[at] = static_cast<char>(flipped[at] ^ (1 << bit));
+      Load(flipped);
+      Listed(&store_);
+      store_.SetStr(1, "n", "a longer text");
+      EXPECT_EQ(Text(&store_, 1, "n"), "a longer text");
+    }
+  }
+}
+
+class CardInChainTest : public PrefsTest {};
+
+TEST_F(CardInChainTest, ACardsValuesComeBeforeTheUsers) {
+  TYUserPrefs card(PrefLevelCard, nullptr, 0);
+  UserPrefs()->SetStr(kSection, "Volume", "70");
+  EXPECT_EQ(Read(&card, "Volume"), "70");
+  card.SetStr(kSection, "Volume", "40");
+  EXPECT_EQ(Read(&card, "Volume"), "40");
+  EXPECT_EQ(card.WriteNum(kSection, "Volume", 9, PrefLevelUser), 1);
+  EXPECT_EQ(Read(UserPrefs(), "Volume"), "9");
+}
+
+TEST_F(CardInChainTest, ATextThatNoBufferHoldsFallsToTheUser) {
+  TYUserPrefs card(PrefLevelCard, nullptr, 0);
+  UserPrefs()->SetStr(kSection, "T", "user's");
+  card.SetStr(kSection, "T", std::string(255, '7').c_str());
+  EXPECT_EQ(Read(&card, "T"), std::string(255, '7'));
+  std::string const longText(3000, '7');
+  card.SetStr(kSection, "T", longText.c_str());
+  EXPECT_EQ(Read(&card, "T"), "user's");
+  int32_t number = 0;
+  card.ReadNum(kSection, "T", &number, 5, 0);
+  EXPECT_EQ(card.IsDiffStr(kSection, "T", "user's", ""), 0);
+  EXPECT_EQ(Text(&card, kSection, "T"), longText);
+}
+
+}  // namespace
+}  // namespace zolt::testing

@@ -1,0 +1,208 @@
+#include "zolt41/cards/card_prefs.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+#include <string_view>
+
+#include "zolt41/cards/blob_format.h"
+#include "zolt41/foundation/a_string.h"
+#include "zolt41/foundation/az_compare.h"
+#include "zolt41/foundation/endian.h"
+#include "zolt41/foundation/mem_block.h"
+#include "zolt41/foundation/u_convert.h"
+#include "zolt41/foundation/u_string.h"
+#include "zolt41/prefs/text_argument.h"
+#include "zolt41/prefs/text_limit.h"
+
+using zolt::LoadLittle32;
+using zolt::StoreLittle32;
+using zolt::TextOrEmpty;
+
+namespace {
+
+// Texts of fewer bytes than this are converted on the stack.
+constexpr uint32_t kShortText = 256;
+
+}  // namespace
+
+TYUserPrefs::TYUserPrefs(PrefLevel level, char const *data, uint32_t size) : TYPrefs(level) {
+  SetData(data, size);
+  if (slots_ == nullptr) throw std::bad_alloc();
+}
+
+TYUserPrefs::~TYUserPrefs() {
+  DisposeData();
+}
+
+void TYUserPrefs::DisposeData() {
+  for (char *block : outside_) _DisposeMem(block);
+  outside_.clear();
+  _DisposeMem(slots_);
+  _DisposeMem(pool_);
+  slots_ = nullptr;
+  pool_ = nullptr;
+}
+
+char *TYUserPrefs::SlotAt(uint32_t index) const {
+  return slots_ + zolt::kBlobHead + size_t{index} * zolt::kSlotSize;
+}
+
+char *TYUserPrefs::OutsideAt(char const *slot) const {
+  bool const outside = LoadLittle32(slot + zolt::kSlotValueSize) == zolt::kSizeOutside;
+  return outside ? outside_[LoadLittle32(slot + zolt::kSlotValueOffset)] : nullptr;
+}
+
+int32_t TYUserPrefs::Count() const {
+  return static_cast<int32_t>(LoadLittle32(slots_ + zolt::kBlobCount));
+}
+
+char const *TYUserPrefs::GetIndexedName(int32_t index, uint32_t *section) const {
+  if (index < 0 || index >= Count()) return nullptr;
+  char const *const slot = SlotAt(static_cast<uint32_t>(index));
+  if (section != nullptr) *section = LoadLittle32(slot + zolt::kSlotSection);
+  return slot + zolt::kSlotName;
+}
+
+int32_t TYUserPrefs::FindPos(uint32_t section, char const *name, uint32_t *position) const {
+  int32_t low = -1;
+  int32_t high = Count();
+  while (low < high - 1) {
+    int32_t const middle = (low + high) / 2;
+    char const *const slot = SlotAt(static_cast<uint32_t>(middle));
+    uint32_t const other = LoadLittle32(slot + zolt::kSlotSection);
+    int32_t order = section < other ? 1 : -1;
+    if (section == other) order = AZStrCompare(name, slot + zolt::kSlotName);
+    if (order == 0) {
+      *position = static_cast<uint32_t>(middle);
+      return 1;
+    }
+    (order > 0 ? low : high) = middle;
+  }
+  *position = static_cast<uint32_t>(high);
+  return 0;
+}
+
+bool TYUserPrefs::AddPropSlot(uint32_t section, char const *name, uint32_t position) {
+  auto const count = static_cast<uint32_t>(Count());
+  if (SetMemSize(&slots_, zolt::kBlobHead + (count + 1) * zolt::kSlotSize) != 0) return false;
+  char *const slot = SlotAt(position);
+  std::memmove(slot + zolt::kSlotSize, slot, size_t{count - position} * zolt::kSlotSize);
+  std::memset(slot, 0, zolt::kSlotSize);
+  StoreLittle32(section, slot + zolt::kSlotSection);
+  std::string_view const text = name;
+  text.copy(slot + zolt::kSlotName, zolt::kSlotNameSize - 1);
+  StoreLittle32(count + 1, slots_ + zolt::kBlobCount);
+  return true;
+}
+
+char *TYUserPrefs::GetPropData(uint32_t section, char const *name, uint32_t *size) {
+  uint32_t position = 0;
+  if (FindPos(section, name, &position) == 0) return nullptr;
+  char const *const slot = SlotAt(position);
+  char *const outside = OutsideAt(slot);
+  uint32_t const length =
+      outside != nullptr ? GetMemSize(outside) : LoadLittle32(slot + zolt::kSlotValueSize);
+  if (length == 0) return nullptr;
+  if (size != nullptr) *size = length;
+  return outside != nullptr ? outside : pool_ + LoadLittle32(slot + zolt::kSlotValueOffset);
+}
+
+// The slot then leads to a block of its own; false, with it as it was, without memory.
+bool TYUserPrefs::PutOutside(char *slot, char const *data, uint32_t size) {
+  char *const block = NewMem(size);
+  if (block == nullptr) return false;
+  std::memcpy(block, data, size);
+  auto const place = std::ranges::find(outside_, nullptr);
+  auto const number = static_cast<uint32_t>(place - outside_.begin());
+  if (place == outside_.end()) {
+    outside_.push_back(block);
+  } else {
+    *place = block;
+  }
+  StoreLittle32(zolt::kSizeOutside, slot + zolt::kSlotValueSize);
+  StoreLittle32(number, slot + zolt::kSlotValueOffset);
+  return true;
+}
+
+void TYUserPrefs::DropOutside(char const *slot) {
+  char *const block = OutsideAt(slot);
+  if (block == nullptr) return;
+  _DisposeMem(block);
+  outside_[LoadLittle32(slot + zolt::kSlotValueOffset)] = nullptr;
+}
+
+void TYUserPrefs::SetPropData(uint32_t section, char const *name, char const *data, uint32_t size) {
+  uint32_t position = 0;
+  bool const isNew = FindPos(section, name, &position) == 0;
+  if (isNew && !AddPropSlot(section, name, position)) return;
+  char *const slot = SlotAt(position);
+  uint32_t const present = LoadLittle32(slot + zolt::kSlotValueSize);
+  if (present == zolt::kSizeOutside) {
+    char *&block = outside_[LoadLittle32(slot + zolt::kSlotValueOffset)];
+    if (SetMemSize(&block, size) != 0) return;
+    std::memcpy(block, data, size);
+  } else if (size <= present) {
+    std::memcpy(pool_ + LoadLittle32(slot + zolt::kSlotValueOffset), data, size);
+    StoreLittle32(size, slot + zolt::kSlotValueSize);
+  } else if (!PutOutside(slot, data, size)) {
+    if (isNew) Remove(section, slot + zolt::kSlotName);
+    return;
+  }
+  SetModified(1);
+}
+
+int32_t TYUserPrefs::GetStr(uint32_t section, char const *name, char *buffer) {
+  uint32_t size = 0;
+  char const *const data = GetPropData(section, TextOrEmpty(name), &size);
+  if (data == nullptr || buffer == nullptr) return 0;
+  // A value of the pool lies at any address, and a foreign one may lack its end.
+  size_t const count = size / sizeof(char16_t);
+  char16_t shortText[kShortText + 1];
+  std::vector<char16_t> longText(count > kShortText ? count + 1 : 0);
+  char16_t *const text = longText.empty() ? shortText : longText.data();
+  std::memcpy(text, data, count * sizeof(char16_t));
+  text[count] = u'\0';
+  if (UZStrLen(text) > zolt::TextLimit()) return 0;
+  UZ2LZStrCopy(text, buffer, '?');
+  return 1;
+}
+
+void TYUserPrefs::SetStr(uint32_t section, char const *name, char const *value) {
+  char16_t shortText[kShortText];
+  char const *const source = TextOrEmpty(value);
+  auto const length = static_cast<uint32_t>(AZStrLen(source));
+  char *const block = length < kShortText ? nullptr : NewMem(4 * length + 2);
+  if (length >= kShortText && block == nullptr) return;
+  auto *const text = block == nullptr ? shortText : reinterpret_cast<char16_t *>(block);
+  LZ2UZStrCopy(source, text, 0);
+  SetPropData(section, TextOrEmpty(name), reinterpret_cast<char const *>(text),
+              static_cast<uint32_t>(UZStrStructSize(text)));
+  _DisposeMem(block);
+}
+
+void TYUserPrefs::Remove(uint32_t section, char const *name) {
+  uint32_t position = 0;
+  if (FindPos(section, TextOrEmpty(name), &position) == 0) return;
+  char *const slot = SlotAt(position);
+  DropOutside(slot);
+  uint32_t const count = static_cast<uint32_t>(Count()) - 1;
+  std::memmove(slot, slot + zolt::kSlotSize, size_t{count - position} * zolt::kSlotSize);
+  StoreLittle32(count, slots_ + zolt::kBlobCount);
+  SetMemSize(&slots_, zolt::kBlobHead + count * zolt::kSlotSize);
+  SetModified(1);
+}
+
+int32_t TYUserPrefs::Exists(uint32_t section, char const *name) {
+  uint32_t position = 0;
+  return FindPos(section, TextOrEmpty(name), &position);
+}
+
+void TYUserPrefs::Save() {}
+
+void TYUserPrefs::Load() {}
+
+void TYUserPrefs::Clear() {
+  SetData(nullptr, 0);
+  SetModified(1);
+}

@@ -1,0 +1,122 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <vector>
+
+#include "zolt41/cards/blob_format.h"
+#include "zolt41/cards/card_prefs.h"
+#include "zolt41/foundation/az_compare.h"
+#include "zolt41/foundation/endian.h"
+#include "zolt41/foundation/mem_block.h"
+
+using zolt::LoadLittle32;
+using zolt::StoreLittle32;
+
+namespace {
+
+using Slot = std::array<char, zolt::kSlotSize>;
+
+void Swap(char *number) {
+  StoreLittle32(zolt::Swapped32(LoadLittle32(number)), number);
+}
+
+// In the order of the table.
+bool Precedes(char const *a, char const *b) {
+  uint32_t const first = LoadLittle32(a + zolt::kSlotSection);
+  uint32_t const second = LoadLittle32(b + zolt::kSlotSection);
+  if (first != second) return first > second;
+  return AZStrCompare(a + zolt::kSlotName, b + zolt::kSlotName) < 0;
+}
+
+}  // namespace
+
+// False, with nothing taken, if the bytes cannot hold their table, or without memory.
+bool TYUserPrefs::TakeTable(char const *data, uint32_t size) {
+  if (data == nullptr || size < zolt::kBlobHead) return false;
+  bool const swapped = data[zolt::kBlobOrder] != zolt::kBlobLittleEndian;
+  uint32_t count = LoadLittle32(data + zolt::kBlobCount);
+  if (swapped) count = zolt::Swapped32(count);
+  if (count > (size - zolt::kBlobHead) / zolt::kSlotSize) return false;
+  uint32_t const table = zolt::kBlobHead + count * zolt::kSlotSize;
+  slots_ = NewMem(table);
+  pool_ = NewMem(size - table);
+  if (slots_ == nullptr || pool_ == nullptr) return false;
+  std::memcpy(slots_, data, table);
+  std::memcpy(pool_, data + table, size - table);
+  slots_[zolt::kBlobOrder] = zolt::kBlobLittleEndian;
+  StoreLittle32(count, slots_ + zolt::kBlobCount);
+  for (uint32_t i = 0; swapped && i < count; i++) {
+    for (uint32_t const place :
+         {zolt::kSlotSection, zolt::kSlotValueSize, zolt::kSlotValueOffset}) {
+      Swap(SlotAt(i) + place);
+    }
+  }
+  return true;
+}
+
+// Ends every name, and makes absent what lies outside the pool.
+void TYUserPrefs::CheckTable(uint32_t poolSize) {
+  for (uint32_t i = 0; i < static_cast<uint32_t>(Count()); i++) {
+    char *const slot = SlotAt(i);
+    slot[zolt::kSlotName + zolt::kSlotNameSize - 1] = '\0';
+    uint32_t const size = LoadLittle32(slot + zolt::kSlotValueSize);
+    uint32_t const offset = LoadLittle32(slot + zolt::kSlotValueOffset);
+    if (size <= poolSize && offset <= poolSize - size) continue;
+    StoreLittle32(0, slot + zolt::kSlotValueSize);
+    StoreLittle32(0, slot + zolt::kSlotValueOffset);
+  }
+}
+
+void TYUserPrefs::SortTable() {
+  auto const count = static_cast<uint32_t>(Count());
+  uint32_t sorted = 1;
+  while (sorted < count && !Precedes(SlotAt(sorted), SlotAt(sorted - 1))) sorted++;
+  if (sorted >= count) return;
+  std::vector<Slot> slots(count);
+  std::memcpy(slots.data(), SlotAt(0), size_t{count} * zolt::kSlotSize);
+  std::ranges::stable_sort(
+      slots, [](Slot const &a, Slot const &b) { return Precedes(a.data(), b.data()); });
+  std::memcpy(SlotAt(0), slots.data(), size_t{count} * zolt::kSlotSize);
+}
+
+void TYUserPrefs::SetData(char const *data, uint32_t size) {
+  DisposeData();
+  if (TakeTable(data, size)) {
+    CheckTable(GetMemSize(pool_));
+    SortTable();
+    return;
+  }
+  DisposeData();
+  slots_ = NewMemClear(zolt::kBlobHead);
+  if (slots_ != nullptr) slots_[zolt::kBlobOrder] = zolt::kBlobLittleEndian;
+}
+
+char *TYUserPrefs::GetData() {
+  auto const count = static_cast<uint32_t>(Count());
+  uint32_t const table = zolt::kBlobHead + count * zolt::kSlotSize;
+  uint64_t whole = table;
+  auto const sizeOf = [this](char const *slot) {
+    char const *const outside = OutsideAt(slot);
+    return outside != nullptr ? GetMemSize(outside) : LoadLittle32(slot + zolt::kSlotValueSize);
+  };
+  for (uint32_t i = 0; i < count; i++) whole += sizeOf(SlotAt(i));
+  if (whole > 0x7FFFFFFF) return nullptr;
+  char *const blob = NewMem(static_cast<uint32_t>(whole));
+  if (blob == nullptr) return nullptr;
+  std::memcpy(blob, slots_, table);
+  uint32_t end = 0;
+  for (uint32_t i = 0; i < count; i++) {
+    char const *const slot = SlotAt(i);
+    uint32_t const size = sizeOf(slot);
+    if (size == 0) continue;
+    char const *const outside = OutsideAt(slot);
+    char const *const value =
+        outside != nullptr ? outside : pool_ + LoadLittle32(slot + zolt::kSlotValueOffset);
+    char *const copied = blob + (slot - slots_);
+    StoreLittle32(size, copied + zolt::kSlotValueSize);
+    StoreLittle32(end, copied + zolt::kSlotValueOffset);
+    std::memcpy(blob + table + end, value, size);
+    end += size;
+  }
+  return blob;
+}

@@ -1,0 +1,215 @@
+#include "zolt41/platform/system/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+#include <limits>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+
+#include "zolt41/platform/system/last_failure.h"
+#include "zolt41/platform/system/system_path.h"
+
+namespace {
+
+constexpr int32_t kDone = 1;
+constexpr int32_t kFailed = 0;
+constexpr int64_t kLargest = std::numeric_limits<int32_t>::max();
+constexpr mode_t kOwnerOnly = 0600;
+// A file that is replaced between being opened and locked is opened once more, so many times.
+constexpr int kTries = 100;
+
+// Descriptors by handle.
+class Handles {
+ public:
+  uint32_t Add(int descriptor) {
+    std::lock_guard const lock(mutex_);
+    descriptors_[++last_] = descriptor;
+    return last_;
+  }
+
+  int Find(uint32_t handle) {
+    std::lock_guard const lock(mutex_);
+    auto const found = descriptors_.find(handle);
+    return found == descriptors_.end() ? -1 : found->second;
+  }
+
+  int Take(uint32_t handle) {
+    std::lock_guard const lock(mutex_);
+    auto const found = descriptors_.find(handle);
+    if (found == descriptors_.end()) return -1;
+    int const descriptor = found->second;
+    descriptors_.erase(found);
+    return descriptor;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::unordered_map<uint32_t, int> descriptors_;
+  uint32_t last_ = 0;
+};
+
+Handles &TheHandles() {
+  // Never destroyed, since objects of clients may close files at the very end.
+  static auto *const handles = new Handles;
+  return *handles;
+}
+
+bool Fail(int error, std::string const &path) {
+  zolt::SetFailure(zolt::FailureFromErrno(error), path);
+  return false;
+}
+
+int32_t FailOnFile(int error) {
+  zolt::SetFailure(zolt::FailureFromErrno(error), "");
+  return kFailed;
+}
+
+bool LockFile(int descriptor, uint32_t access, uint32_t share) {
+  bool const shared = access == GENERIC_READ && (share & FILE_SHARE_READ) != 0;
+  // Only a descriptor that may write can lock others out.
+  bool const exclusive = !shared && (access & GENERIC_WRITE) != 0;
+  struct flock lock {};
+  lock.l_type = static_cast<int16_t>(exclusive ? F_WRLCK : F_RDLCK);
+  lock.l_whence = SEEK_SET;
+  if (fcntl(descriptor, F_OFD_SETLK, &lock) == 0) return true;
+  return errno != EAGAIN && errno != EACCES;
+}
+
+// The file that is open is still the one of that name.
+bool InPlace(int descriptor, std::string const &path) {
+  struct stat opened {};
+  struct stat named {};
+  return fstat(descriptor, &opened) == 0 && stat(path.c_str(), &named) == 0 &&
+         opened.st_ino == named.st_ino && opened.st_dev == named.st_dev;
+}
+
+int FlagsOf(uint32_t access) {
+  if ((access & GENERIC_WRITE) == 0) return O_RDONLY;
+  return (access & GENERIC_READ) == 0 ? O_WRONLY : O_RDWR;
+}
+
+// -1, with the failure told.
+int OpenPlain(std::string const &path, int flags) {
+  // Nothing waits for the other end of a pipe.
+  int const descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwnerOnly);
+  struct stat status {};
+  if (descriptor < 0 || fstat(descriptor, &status) != 0) {
+    Fail(errno, path);
+  } else if (S_ISREG(status.st_mode)) {
+    return descriptor;
+  } else {
+    Fail(EINVAL, path);
+  }
+  if (descriptor >= 0) close(descriptor);
+  return -1;
+}
+
+int OpenLocked(std::string const &path, uint32_t access, uint32_t share, int more) {
+  for (int i = 0; i < kTries; i++) {
+    int const descriptor = OpenPlain(path, FlagsOf(access) | more);
+    if (descriptor < 0) return -1;
+    bool const locked = LockFile(descriptor, access, share);
+    if (locked && InPlace(descriptor, path)) return descriptor;
+    close(descriptor);
+    if (!locked) break;
+  }
+  Fail(EAGAIN, path);
+  return -1;
+}
+
+using Transfer = ssize_t (*)(int, void *, size_t);
+
+ssize_t WriteFrom(int descriptor, void *bytes, size_t count) {
+  return write(descriptor, bytes, count);
+}
+
+// Goes on until all is done, or no more is to be had.
+int32_t TransferAll(uint32_t file, void *bytes, uint32_t count, uint32_t *done, Transfer transfer) {
+  int const descriptor = zolt::DescriptorOf(file);
+  *done = 0;
+  if (descriptor < 0) return FailOnFile(EBADF);
+  while (*done < count) {
+    ssize_t const moved = transfer(descriptor, static_cast<char *>(bytes) + *done, count - *done);
+    if (moved < 0 && errno == EINTR) continue;
+    if (moved < 0) return FailOnFile(errno);
+    if (moved == 0) break;
+    *done += static_cast<uint32_t>(moved);
+  }
+  return kDone;
+}
+
+}  // namespace
+
+namespace zolt {
+
+int DescriptorOf(uint32_t file) {
+  return TheHandles().Find(file);
+}
+
+}  // namespace zolt
+
+uint32_t CreateFileA(char const *name, uint32_t access, uint32_t share, void *,
+                     uint32_t disposition, uint32_t, uint32_t) {
+  zolt::ClearFailure();
+  if (name == nullptr) return INVALID_HANDLE_VALUE;
+  std::string const path = zolt::SystemPath(name);
+  int const more = disposition == CREATE_NEW ? O_CREAT | O_EXCL : 0;
+  int const descriptor = OpenLocked(path, access, share, more);
+  return descriptor < 0 ? INVALID_HANDLE_VALUE : TheHandles().Add(descriptor);
+}
+
+int32_t CloseHandle(uint32_t file) {
+  int const descriptor = TheHandles().Take(file);
+  if (descriptor < 0) return kFailed;
+  // The lock goes with the last descriptor, of which a child of fork may have one.
+  struct flock lock {};
+  lock.l_type = F_UNLCK;
+  lock.l_whence = SEEK_SET;
+  fcntl(descriptor, F_OFD_SETLK, &lock);
+  return close(descriptor) == 0 ? kDone : kFailed;
+}
+
+int32_t FlushFileBuffers(uint32_t file) {
+  int const descriptor = zolt::DescriptorOf(file);
+  if (descriptor < 0) return FailOnFile(EBADF);
+  return fdatasync(descriptor) == 0 ? kDone : FailOnFile(errno);
+}
+
+int32_t ReadFile(uint32_t file, void *buffer, uint32_t count, uint32_t *done, void *) {
+  return TransferAll(file, buffer, count, done, read);
+}
+
+int32_t WriteFile(uint32_t file, void const *buffer, uint32_t count, uint32_t *done, void *) {
+  return TransferAll(file, const_cast<void *>(buffer), count, done, WriteFrom);
+}
+
+int32_t SetEndOfFile(uint32_t file) {
+  int const descriptor = zolt::DescriptorOf(file);
+  if (descriptor < 0) return FailOnFile(EBADF);
+  off_t const position = lseek(descriptor, 0, SEEK_CUR);
+  return ftruncate(descriptor, position) == 0 ? kDone : FailOnFile(errno);
+}
+
+uint32_t SetFilePointer(uint32_t file, int32_t distance, int32_t *, uint32_t method) {
+  constexpr uint32_t kNoPosition = 0xFFFFFFFF;
+  constexpr int kMethods[] = {SEEK_SET, SEEK_CUR, SEEK_END};
+  int const descriptor = zolt::DescriptorOf(file);
+  if (descriptor < 0 || method > FILE_END) return kNoPosition;
+  off_t const before = lseek(descriptor, 0, SEEK_CUR);
+  off_t const after = lseek(descriptor, distance, kMethods[method]);
+  if (after >= 0 && after <= kLargest) return static_cast<uint32_t>(after);
+  if (after > kLargest) lseek(descriptor, before, SEEK_SET);
+  return kNoPosition;
+}
+
+int32_t DeleteFileA(char const *name) {
+  zolt::ClearFailure();
+  if (name == nullptr) return kFailed;
+  std::string const path = zolt::SystemPath(name);
+  return unlink(path.c_str()) == 0 || Fail(errno, path) ? kDone : kFailed;
+}

@@ -1,0 +1,208 @@
+#include "zolt41/platform/system/file_replacement.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <charconv>
+#include <climits>
+#include <cstdlib>
+
+#include "zolt41/platform/system/file.h"
+#include "zolt41/platform/system/last_failure.h"
+#include "zolt41/platform/system/system_path.h"
+
+namespace zolt {
+namespace {
+
+constexpr size_t kBlock = 65536;
+constexpr mode_t kOwnerOnly = 0600;
+constexpr char kMark[] = ".zolt-new-";
+
+// Where links lead, also if no file is there yet. Empty if they lead nowhere.
+std::string Resolved(std::string const &path) {
+  std::string at = path;
+  for (int links = 0; links < 40; links++) {
+    char target[PATH_MAX];
+    ssize_t const length = readlink(at.c_str(), target, sizeof target);
+    if (length < 0) return at;
+    std::string const link(target, static_cast<size_t>(length));
+    size_t const slash = at.rfind('/');
+    bool const relative = !link.starts_with('/') && slash != std::string::npos;
+    at = relative ? at.substr(0, slash + 1) + link : link;
+  }
+  errno = ELOOP;
+  return "";
+}
+
+std::string DirectoryOf(std::string const &path) {
+  size_t const slash = path.rfind('/');
+  return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+std::string NameOf(std::string const &path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+// A new file with these properties would be as the old one.
+bool CanBeReplaced(int descriptor, struct stat const &status) {
+  bool const ours = status.st_uid == geteuid() && status.st_nlink == 1;
+  bool const lists = fgetxattr(descriptor, "system.posix_acl_access", nullptr, 0) > 0;
+  return ours && !lists;
+}
+
+bool IsAlive(std::string_view process) {
+  int id = 0;
+  auto const result = std::from_chars(process.data(), process.data() + process.size(), id);
+  return result.ec != std::errc() || id <= 0 || kill(id, 0) == 0 || errno != ESRCH;
+}
+
+void RemoveRemains(std::string const &path) {
+  std::string const directory = DirectoryOf(path);
+  std::string const prefix = "." + NameOf(path) + kMark;
+  DIR *const entries = opendir(directory.c_str());
+  if (entries == nullptr) return;
+  while (dirent const *const entry = readdir(entries)) {
+    std::string_view const name = entry->d_name;
+    if (!name.starts_with(prefix) || IsAlive(name.substr(prefix.size()))) continue;
+    unlink((directory + std::string(name)).c_str());
+  }
+  closedir(entries);
+}
+
+}  // namespace
+
+FileReplacement::FileReplacement(char const *name) {
+  ClearFailure();
+  if (name == nullptr || *name == '\0') {
+    Fail(ENOENT);
+    return;
+  }
+  path_ = SystemPath(name);
+  path_ = Resolved(path_);
+  if (path_.empty()) {
+    Fail(errno);
+    return;
+  }
+  OpenTarget();
+}
+
+FileReplacement::~FileReplacement() {
+  if (!beside_.empty()) DropBeside();
+  if (target_ != 0) CloseHandle(target_);
+}
+
+void FileReplacement::Fail(int error) {
+  if (good_) SetFailure(FailureFromErrno(error), path_);
+  good_ = false;
+}
+
+void FileReplacement::OpenTarget() {
+  struct stat status {};
+  if (lstat(path_.c_str(), &status) != 0) {
+    if (errno != ENOENT) return Fail(errno);
+    return OpenBeside();
+  }
+  target_ = CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                        FILE_ATTRIBUTE_NORMAL, 0);
+  if (target_ == INVALID_HANDLE_VALUE) {
+    target_ = 0;
+    good_ = false;  // told already
+    return;
+  }
+  int const descriptor = DescriptorOf(target_);
+  if (fstat(descriptor, &status) != 0) return Fail(errno);
+  if (CanBeReplaced(descriptor, status) && OpenBesideLike(status)) return;
+  if (!good_) return;
+  descriptor_ = descriptor;
+  if (ftruncate(descriptor_, 0) != 0) Fail(errno);
+}
+
+// False with all as before where a new file may not be made, or cannot be as the old one.
+bool FileReplacement::OpenBesideLike(struct stat const &old) {
+  OpenBeside();
+  if (!good_) {
+    good_ = ZOLTLastFailure(nullptr, 0) == static_cast<int32_t>(Failure::denied);
+    if (good_) ClearFailure();
+    return false;
+  }
+  // In a group that is not the user's the file could not stay.
+  if (fchown(descriptor_, static_cast<uid_t>(-1), old.st_gid) == 0 &&
+      fchmod(descriptor_, old.st_mode & 07777) == 0) {
+    return true;
+  }
+  DropBeside();
+  return false;
+}
+
+void FileReplacement::DropBeside() {
+  if (descriptor_ >= 0) close(descriptor_);
+  descriptor_ = -1;
+  unlink(beside_.c_str());
+  beside_.clear();
+}
+
+void FileReplacement::OpenBeside() {
+  static std::atomic<uint32_t> serial = 0;
+  RemoveRemains(path_);
+  int const flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  do {
+    beside_ = DirectoryOf(path_) + "." + NameOf(path_) + kMark + std::to_string(getpid()) + "-" +
+              std::to_string(++serial);
+    descriptor_ = open(beside_.c_str(), flags, kOwnerOnly);
+    if (descriptor_ >= 0) return;
+  } while (errno == EEXIST);
+  Fail(errno);
+  beside_.clear();
+}
+
+void FileReplacement::Write(std::string_view bytes) {
+  if (!good_) return;
+  waiting_ += bytes;
+  if (waiting_.size() < kBlock) return;
+  WriteOut(waiting_);
+  waiting_.clear();
+}
+
+void FileReplacement::WriteOut(std::string_view bytes) {
+  while (good_ && !bytes.empty()) {
+    ssize_t const written = write(descriptor_, bytes.data(), bytes.size());
+    if (written >= 0) {
+      bytes.remove_prefix(static_cast<size_t>(written));
+    } else if (errno != EINTR) {
+      Fail(errno);
+    }
+  }
+}
+
+bool FileReplacement::Rename() {
+  close(descriptor_);
+  descriptor_ = -1;
+  if (rename(beside_.c_str(), path_.c_str()) != 0) {
+    Fail(errno);
+    DropBeside();
+    return false;
+  }
+  beside_.clear();
+  int const directory = open(DirectoryOf(path_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (directory >= 0) {
+    fsync(directory);
+    close(directory);
+  }
+  return true;
+}
+
+bool FileReplacement::Commit() {
+  WriteOut(waiting_);
+  waiting_.clear();
+  if (good_ && fdatasync(descriptor_) != 0) Fail(errno);
+  if (!good_) return false;
+  return beside_.empty() || Rename();
+}
+
+}  // namespace zolt
