@@ -5,22 +5,11 @@
 #include <string>
 
 #include "tests/prefs/prefs_fixture.h"
+#include "tests/support/format_page.h"
 #include "zolt41/foundation/mem_block.h"
 
 namespace zolt::testing {
 namespace {
-
-std::string Hex(std::string const &digits) {
-  std::string bytes;
-  std::string pair;
-  for (char const c : digits) {
-    if (c != ' ') pair += c;
-    if (pair.size() < 2) continue;
-    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
-    pair.clear();
-  }
-  return bytes;
-}
 
 std::string BlobOf(TYUserPrefs *store) {
   char *const block = store->GetData();
@@ -57,20 +46,26 @@ class CardPrefsTest : public ::testing::Test {
 };
 
 TEST_F(CardPrefsTest, BytesOfAStore) {
-  EXPECT_EQ(BlobOf(&store_), Hex("0100000000000000"));
+  EXPECT_EQ(BlobOf(&store_), FromHex("0100000000000000"));
   store_.SetStr(2, "b", "");
   store_.SetStr(0x80000001, "Z", "\xE9");
   store_.SetStr(2, "Alpha", "1");
   EXPECT_EQ(Listed(&store_), "2147483649:Z=\xE9 2:Alpha=1 2:b= ");
-  EXPECT_EQ(BlobOf(&store_), Hex("01000000 03000000") + Hex("01000080") + Padded("Z") +
-                                 Hex("04000000 00000000") + Hex("02000000") + Padded("Alpha") +
-                                 Hex("04000000 04000000") + Hex("02000000") + Padded("b") +
-                                 Hex("02000000 08000000") + Hex("E9000000 31000000 0000"));
+  EXPECT_EQ(BlobOf(&store_), FromHex("01000000 03000000") + FromHex("01000080") + Padded("Z") +
+                                 FromHex("04000000 00000000") + FromHex("02000000") +
+                                 Padded("Alpha") + FromHex("04000000 04000000") +
+                                 FromHex("02000000") + Padded("b") + FromHex("02000000 08000000") +
+                                 FromHex("E9000000 31000000 0000"));
   std::string const blob = BlobOf(&store_);
   store_.SetModified(0);
   Load(blob);
   EXPECT_EQ(BlobOf(&store_), blob);
   EXPECT_EQ(store_.GetModified(), 0);
+}
+
+TEST_F(CardPrefsTest, TheExampleOfItsPage) {
+  store_.SetStr(0x474E524C, "AutoOpen", "Yes");
+  EXPECT_EQ(BlobOf(&store_), FromHex(ExampleOf("preference_blob.md")));
 }
 
 TEST_F(CardPrefsTest, ValuesMoveOutWhenTheyGrowAndArePackedAgain) {
@@ -116,30 +111,30 @@ TEST_F(CardPrefsTest, ANameOfOver31CharactersIsStoredCutAndNeverFound) {
 }
 
 TEST_F(CardPrefsTest, ABigEndianTableBecomesALittleEndianOne) {
-  std::string const pool = Hex("0041 0000");  // is not swapped
-  Load(Hex("00000000 00000001 00000005") + Padded("n") + Hex("00000004 00000000") + pool);
+  std::string const pool = FromHex("0041 0000");  // is not swapped
+  Load(FromHex("00000000 00000001 00000005") + Padded("n") + FromHex("00000004 00000000") + pool);
   EXPECT_EQ(store_.Exists(5, "N"), 1);
-  EXPECT_EQ(BlobOf(&store_),
-            Hex("01000000 01000000 05000000") + Padded("n") + Hex("04000000 00000000") + pool);
+  EXPECT_EQ(BlobOf(&store_), FromHex("01000000 01000000 05000000") + Padded("n") +
+                                 FromHex("04000000 00000000") + pool);
 }
 
 TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
   auto const slot = [](char section, std::string const &name, std::string const &place) {
-    return std::string(1, section) + Hex("000000") + Padded(name) + Hex(place);
+    return std::string(1, section) + FromHex("000000") + Padded(name) + FromHex(place);
   };
-  std::string const unsorted = Hex("01000000 03000000") + slot(1, "b", "04000000 00000000") +
+  std::string const unsorted = FromHex("01000000 03000000") + slot(1, "b", "04000000 00000000") +
                                slot(2, "x", "04000000 04000000") +
                                slot(1, "A", "04000000 08000000") +
-                               Hex("6200 0000 7800 0000 6100 0000");
+                               FromHex("6200 0000 7800 0000 6100 0000");
   Load(unsorted);
   EXPECT_EQ(Listed(&store_), "2:x=x 1:A=a 1:b=b ");
 
   // Values outside the pool, an empty one, one without its end, one of an odd size; a name without
   // its NUL.
-  Load(Hex("01000000 06000000") + slot(9, "far", "04000000 FFFFFFFF") +
+  Load(FromHex("01000000 06000000") + slot(9, "far", "04000000 FFFFFFFF") +
        slot(8, "long", "FFFFFFFF 00000000") + slot(7, "none", "00000000 00000000") +
        slot(6, "noend", "02000000 00000000") + slot(5, "odd", "03000000 00000000") +
-       slot(4, std::string(32, 'n'), "02000000 00000000") + Hex("6200 78"));
+       slot(4, std::string(32, 'n'), "02000000 00000000") + FromHex("6200 78"));
   EXPECT_EQ(Listed(&store_),
             "9:far=- 8:long=- 7:none=- 6:noend=b 5:odd=b 4:" + std::string(31, 'n') + "=b ");
   EXPECT_EQ(store_.Exists(7, "none"), 1);
@@ -152,14 +147,14 @@ TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
 
 TEST_F(CardPrefsTest, BytesThatCannotHoldTheirTableGiveAnEmptyStore) {
   std::string const good =
-      Hex("01000000 01000000 01000000") + Padded("n") + Hex("04000000 00000000 61000000");
+      FromHex("01000000 01000000 01000000") + Padded("n") + FromHex("04000000 00000000 61000000");
   for (size_t size = 0; size < good.size(); size++) {
     store_.SetStr(3, "old", "x");
     Load(good.substr(0, size));
     EXPECT_EQ(Listed(&store_), size < 52 ? "" : "1:n=- ") << size;
   }
   for (char const *count : {"02000000", "FFFFFFFF", "00000080"}) {
-    Load(Hex("01000000") + Hex(count) + good.substr(8));
+    Load(FromHex("01000000") + FromHex(count) + good.substr(8));
     EXPECT_EQ(store_.Count(), 0);
   }
   for (size_t at = 0; at < good.size(); at++) {

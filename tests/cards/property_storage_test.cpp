@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/format_page.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/mem_block.h"
 
@@ -12,18 +13,6 @@ namespace zolt::testing {
 namespace {
 
 constexpr uint32_t kNone = 0xFFFFFFFF;
-
-std::string Hex(std::string const &digits) {
-  std::string bytes;
-  std::string pair;
-  for (char const c : digits) {
-    if (c != ' ') pair += c;
-    if (pair.size() < 2) continue;
-    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
-    pair.clear();
-  }
-  return bytes;
-}
 
 std::string Taken(char *block) {
   std::string bytes(block, GetMemSize(block));
@@ -64,17 +53,23 @@ std::string Read(PCardStorage *list, char const *name, uint32_t required, uint32
 
 TEST(PropertyStorageTest, BytesOfAList) {
   PCardStorage list;
-  EXPECT_EQ(Taken(list.Get()), Hex("00000000"));
+  EXPECT_EQ(Taken(list.Get()), FromHex("00000000"));
   EXPECT_EQ(list.Modified(), 0);
-  EXPECT_EQ(Add(&list, "FN", PropertyUnicode, 0, Hex("41006C000000")), 0U);
+  EXPECT_EQ(Add(&list, "FN", PropertyUnicode, 0, FromHex("41006C000000")), 0U);
   EXPECT_EQ(Taken(list.Get()),
-            Hex("01000000 00000080 00000000 06000000 464E0000 41006C000000 0000"));
+            FromHex("01000000 00000080 00000000 06000000 464E0000 41006C000000 0000"));
   EXPECT_EQ(Add(&list, "TEL", 0, 0x10, ""), 1U);    // a name area of 4
   EXPECT_EQ(Add(&list, "NAME", 8, 0, "\xFF"), 2U);  // and of 8
   EXPECT_EQ(Taken(list.Get()).substr(28),
-            Hex("00000000 10000000 00000000 54454C00"
-                "08000000 00000000 01000000 4E414D4500000000 FF000000"));
+            FromHex("00000000 10000000 00000000 54454C00"
+                    "08000000 00000000 01000000 4E414D4500000000 FF000000"));
   EXPECT_EQ(list.Modified(), 1);
+}
+
+TEST(PropertyStorageTest, TheExampleOfItsPage) {
+  PCardStorage list;
+  Add(&list, "FN", PropertyUnicode, 0, FromHex("41006C000000"));
+  EXPECT_EQ(Taken(list.Get()), FromHex(ExampleOf("property_list.md")));
 }
 
 TEST(PropertyStorageTest, RecordsGrowShrinkAndGoInPlace) {
@@ -139,14 +134,14 @@ TEST(PropertyStorageTest, DamagedListsAreEmptiedWhole) {
     return changed.replace(at, bytes.size(), bytes);
   };
   for (std::string const &bytes :
-       {std::string(), Hex("0100"), with(0, Hex("03000000")), with(0, Hex("FFFFFFFF")),
-        with(0, Hex("00000080")), with(0, Hex("FFFFFF7F")), with(12, Hex("FFFFFFFF")),
-        with(12, Hex("F0FFFFFF")), with(12, Hex("05000000")), with(32, Hex("FFFFFF7F")),
-        with(32, Hex("05000000")), with(36, Hex("5454545454545454")), good.substr(0, 43)}) {
+       {std::string(), FromHex("0100"), with(0, FromHex("03000000")), with(0, FromHex("FFFFFFFF")),
+        with(0, FromHex("00000080")), with(0, FromHex("FFFFFF7F")), with(12, FromHex("FFFFFFFF")),
+        with(12, FromHex("F0FFFFFF")), with(12, FromHex("05000000")), with(32, FromHex("FFFFFF7F")),
+        with(32, FromHex("05000000")), with(36, FromHex("5454545454545454")), good.substr(0, 43)}) {
     PCardStorage list;
     Add(&list, "old", 0, 0, "");
     Set(&list, bytes);
-    EXPECT_EQ(Taken(list.Get()), Hex("00000000")) << ::testing::PrintToString(bytes);
+    EXPECT_EQ(Taken(list.Get()), FromHex("00000000")) << ::testing::PrintToString(bytes);
     EXPECT_EQ(list.Modified(), 0);
   }
   for (size_t size = 0; size < good.size(); size++) {
@@ -168,7 +163,8 @@ TEST(PropertyStorageTest, DamagedListsAreEmptiedWhole) {
 }
 
 TEST(PropertyStorageTest, BytesBehindTheLastRecordStayUntilTheFirstChange) {
-  std::string const bytes = Hex("01000000 00000000 00000000 00000000 41000000") + "more bytes..";
+  std::string const bytes =
+      FromHex("01000000 00000000 00000000 00000000 41000000") + "more bytes..";
   PCardStorage list;
   Set(&list, bytes);
   EXPECT_EQ(Taken(list.Get()), bytes);
@@ -212,10 +208,10 @@ TEST(PropertyStorageTest, TheBestOfFlagsIsFound) {
 
 TEST(PropertyStorageTest, StringsAreReadAsFarAsTheyFit) {
   PCardStorage list;
-  Add(&list, "U", PropertyUnicode, 0, Hex("6100E9001604 0000"));
+  Add(&list, "U", PropertyUnicode, 0, FromHex("6100E9001604 0000"));
   Add(&list, "A", PropertyAscii, 0, std::string("abcdef\0", 7));
   Add(&list, "URL", PropertyUrl, 0, "no end");
-  Add(&list, "ODD", PropertyUnicode | 3, 0, Hex("610062"));
+  Add(&list, "ODD", PropertyUnicode | 3, 0, FromHex("610062"));
   Add(&list, "BIN", PropertyBitmap, 0, "abc");
   EXPECT_EQ(Read(&list, "U", 0, 0), "a\xE9?");
   EXPECT_EQ(Read(&list, "U", 0, 0, 5), "a\xE9?");
@@ -248,7 +244,7 @@ TEST(PropertyStorageTest, Comparisons) {
   PCardStorage list;
   Add(&list, "N", PropertyBitmap, 0, "Anna");
   Add(&list, "N", PropertyAscii, 0, std::string("Anna Bell\0", 10));
-  Add(&list, "N", PropertyUnicode, 0, Hex("4300E9008000 0000"));  // C, e acute, U+0080
+  Add(&list, "N", PropertyUnicode, 0, FromHex("4300E9008000 0000"));  // C, e acute, U+0080
   Add(&list, "E", PropertyUrl, 0, "");
   struct Row {
     char const *name;

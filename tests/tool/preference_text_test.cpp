@@ -7,6 +7,7 @@
 #include <string>
 #include <tuple>
 
+#include "tests/support/format_page.h"
 #include "tests/tool/tool_fixture.h"
 
 namespace zolt::testing {
@@ -100,19 +101,9 @@ TEST_F(PreferenceTextTest, TheExampleOfItsPageIsWhatIsWritten) {
   Set({"Audio", "Volume", "70"});
   SetForeign(HKEY_CURRENT_USER, "Mikrofon links", REG_SZ, std::string("\xE9\x81\0", 3));
   EXPECT_EQ(Run("prefs set -t bytes Audio Mask 0x00FF").code, 0);
-  std::string const page = Content(ZOLT_DOCS "/formats/preference_text.md");
-  std::string const example = page.substr(page.find("## Example"));
-  std::string const fence = "\n```\n";
-  auto const block = [&](size_t number) {
-    size_t begin = 0;
-    for (size_t i = 0; i < 2 * number + 1; i++) begin = example.find(fence, begin) + fence.size();
-    return example.substr(begin, example.find(fence, begin) + 1 - begin);
-  };
   std::string const dump = Run("prefs dump Audio").out;
-  EXPECT_EQ(dump, block(0));
-  std::string line;
-  std::istringstream bytes(block(1));
-  for (int byte = 0; bytes >> std::hex >> byte;) line += static_cast<char>(byte);
+  EXPECT_EQ(dump, ExampleOf("preference_text.md", 0));
+  std::string const line = FromHex(ExampleOf("preference_text.md", 1));
   EXPECT_NE(dump.find("\n" + line), std::string::npos) << line;
 }
 
