@@ -5,14 +5,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <string>
 #include <thread>
 
 #include "tests/support/child.h"
 #include "tests/support/temp_home.h"
 #include "zolt41/platform/kernel/shared_segment.h"
+#include "zolt41/platform/system/last_failure.h"
 
 namespace zolt {
 namespace {
@@ -93,6 +97,55 @@ TEST_F(NamedMutexTest, WithoutASegmentTheCallerGoesOnAlone) {
   std::filesystem::remove(path);
   EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
   ReleaseMutex(mutex_);
+}
+
+std::string BytesOf(std::string const &path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// As an attached process holds the file.
+class InUse {
+ public:
+  explicit InUse(std::string const &path) : file_(open(path.c_str(), O_RDWR | O_CLOEXEC)) {
+    struct flock lock {};
+    lock.l_type = F_RDLCK;
+    lock.l_whence = SEEK_SET;
+    EXPECT_EQ(fcntl(file_, F_OFD_SETLK, &lock), 0);
+  }
+  ~InUse() { close(file_); }
+  InUse(InUse const &) = delete;
+  InUse &operator=(InUse const &) = delete;
+
+ private:
+  int file_;
+};
+
+TEST_F(NamedMutexTest, AFileThatIsNoSegmentIsMadeAnewOrRefusedWhileItIsInUse) {
+  ASSERT_NE(SegmentArea(), nullptr);
+  std::string const path = SegmentPath();
+  std::string const whole = BytesOf(path);
+  DetachSegment();
+  ZOLTSetLockWait(20);
+  for (std::string const &bytes : {std::string(), whole.substr(0, 10), whole.substr(0, 0x2000),
+                                   whole + "x", std::string(whole.size(), 'G')}) {
+    std::ofstream(path, std::ios::binary) << bytes;
+    chmod(path.c_str(), 0600);
+    {
+      InUse const other(path);
+      EXPECT_EQ(SegmentArea(), nullptr) << bytes.size();
+      EXPECT_EQ(WaitForSingleObject(mutex_, 1000), WAIT_FAILED);
+      EXPECT_TRUE(BytesOf(path) == bytes) << bytes.size();
+    }
+    DetachSegment();
+    auto const *const area = static_cast<char const *>(SegmentArea());
+    ASSERT_NE(area, nullptr) << bytes.size();
+    EXPECT_TRUE(std::all_of(area, area + kSegmentFrontSize, [](char c) { return c == 0; }));
+    EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+    ReleaseMutex(mutex_);
+    DetachSegment();
+  }
+  ZOLTSetLockWait(5000);
 }
 
 TEST_F(NamedMutexTest, TheSegmentIsForItsUserAloneAndGoesWithTheLast) {

@@ -1,14 +1,20 @@
 // The channel between processes: who hears what, and what is left when one of them dies.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
+#include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/notify/listener.h"
@@ -149,20 +155,171 @@ TEST_F(ChannelProcessesTest, AWriterKilledAtAnyStepStopsNobody) {
   EXPECT_EQ(watcher.Wait(), 0);
 }
 
-TEST_F(ChannelProcessesTest, WhatADeadWriterCouldNotTellIsAGap) {
+void StopBeforeAllIsTold(bool killed) {
+  ChannelGuard const channel;
+  Announcing const announcing;
+  GetUserPrefs()->SetStr(kAudio, "n", "kept, and told to nobody");
+  if (killed) raise(SIGKILL);
+  throw std::bad_alloc();
+}
+
+TEST_F(ChannelProcessesTest, WhatAWriterThatDiedOrRanOutOfMemoryCouldNotTellIsAGap) {
   Child &watcher = AddWatcher();
-  Child writer([](Child::Pipe &) -> int {
+  Child writer([](Child::Pipe &) {
     Session const session;
-    ChannelGuard const channel;
-    Announcing const announcing;
-    GetUserPrefs()->SetStr(kAudio, "n", "kept, and told to nobody");
-    return raise(SIGKILL);
+    StopBeforeAllIsTold(true);
+    return 0;
   });
   EXPECT_EQ(writer.Wait(), -SIGKILL);
   Session const session;
+  EXPECT_EQ(Write("n", "1"), Commit::done);
+  EXPECT_EQ(watcher.pipe().Hear(), "gap");
+  EXPECT_EQ(watcher.pipe().Hear(), "n=1");
+  EXPECT_THROW(StopBeforeAllIsTold(false), std::bad_alloc);
   EXPECT_EQ(Write("end", "x"), Commit::done);
   EXPECT_EQ(watcher.pipe().Hear(), "gap");
   EXPECT_EQ(watcher.pipe().Hear(), "end=x");
+  EXPECT_EQ(watcher.Wait(), 0);
+}
+
+// Ends the process while another thread writes "w" again and again.
+void EndWhileWriting() {
+  auto *const session = new Session();
+  static_cast<void>(session);
+  static std::atomic<int> written;
+  std::thread([] {
+    for (int i = 1;; i++) {
+      if (Write("w", std::to_string(i)) == Commit::done) written++;
+    }
+  }).detach();
+  while (written < 5) std::this_thread::yield();
+  std::exit(0);
+}
+
+TEST_F(ChannelProcessesTest, AProcessThatEndsWhileItWritesLosesNothing) {
+  Child &watcher = AddWatcher();
+  for (int round = 0; round < 20; round++) {
+    Child writer([](Child::Pipe &) {
+      EndWhileWriting();
+      return 1;
+    });
+    ASSERT_EQ(writer.Wait(), 0);
+    Session const session;
+    char stored[32];
+    GetUserPrefs()->ReadStr(kAudio, "w", stored, "-", 0);
+    ASSERT_EQ(Write("mark", std::to_string(round)), Commit::done);
+    std::string last;
+    bool gap = false;
+    std::string line;
+    while (!(line = watcher.pipe().Hear()).empty() && !line.starts_with("mark=")) {
+      if (line == "gap") gap = true;
+      if (line.starts_with("w=")) last = line;
+    }
+    EXPECT_TRUE(gap || last == std::string("w=") + stored) << last << ", stored " << stored;
+  }
+}
+
+int ListenWithoutSegment(Listener *all) {
+  Session const session;
+  std::string const path = SegmentPath();
+  AddNotificationObject(all);
+  if (Write("n", "unheard") != Commit::done || ZOLTDeliver() != 0) return 1;
+  std::filesystem::remove(path);
+  // Else it is asked for again after ten seconds only.
+  DetachSegment();
+  if (Write("n", "heard") != Commit::done) return 2;
+  if (!DeliverUntil([&] { return all->heard.size() == 2; })) return 3;
+  RemoveNotificationObject(all);
+  return 0;
+}
+
+TEST_F(ChannelProcessesTest, ASubscriberThatComesTooEarlyIsToldAGapAndThenHears) {
+  std::ofstream(SegmentPath()) << "open to others";
+  chmod(SegmentPath().c_str(), 0666);
+  Child early([](Child::Pipe &) {
+    Listener all;
+    all.AddNotificationAll();
+    int const failed = ListenWithoutSegment(&all);
+    DetachSegment();
+    if (failed != 0) return failed;
+    bool const gap = all.heard[0] == "modified FFFFFFFF 0 0";
+    return gap && all.heard[1] == "modified 41554449 4 0 n=unheard>heard" ? 0 : 4;
+  });
+  EXPECT_EQ(early.Wait(), 0);
+}
+
+TEST_F(ChannelProcessesTest, TheChannelFollowsToAnotherHomeWithTheHives) {
+  std::string const first = SegmentPath();
+  { Session const session; }
+  ASSERT_TRUE(std::filesystem::exists(first));
+  testing::TempHome const other;
+  std::string const second = SegmentPath();
+  HKEY key = 0;
+  {
+    Session const session;
+    EXPECT_TRUE(std::filesystem::exists(second));
+    EXPECT_FALSE(std::filesystem::exists(first)) << "nobody uses it any more";
+    ASSERT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, "Software", &key), ERROR_SUCCESS);
+  }
+  setenv("ZOLT_HOME", home_.path().c_str(), 1);
+  {
+    Session const session;
+    EXPECT_EQ(SegmentPathInUse(), second) << "the open key keeps the hives";
+  }
+  RegCloseKey(key);
+  Session const session;
+  EXPECT_EQ(SegmentPathInUse(), first);
+  EXPECT_FALSE(std::filesystem::exists(second));
+}
+
+// One subscriber is stuck in its callback, another on a thread that takes no messages at all.
+int WatchStuck(Child::Pipe &pipe) {
+  Session const session;
+  auto *const all = new Listener();
+  Listener *deaf = nullptr;
+  all->AddNotificationAll();
+  std::atomic<bool> ready = false;
+  std::atomic<bool> ended = false;
+  std::thread idle([&] {
+    deaf = new Listener();
+    deaf->AddNotificationAll();
+    AddNotificationObject(deaf);
+    ready = true;
+    ready.notify_all();
+    ended.wait(false);
+    RemoveNotificationObject(deaf);
+    deaf->Release();
+  });
+  ready.wait(false);
+  AddNotificationObject(all);
+  size_t expected = 1;
+  all->then = [&](Listener *self) {
+    if (self->heard.size() != 1) return;
+    pipe.Say("stuck");
+    expected = std::stoul(pipe.Hear());
+  };
+  pipe.Say("watching");
+  bool const heard = DeliverUntil([&] { return all->heard.size() == expected; });
+  ended = true;
+  ended.notify_all();
+  idle.join();
+  bool const whole = heard && all->heard.back().ends_with("199");
+  RemoveNotificationObject(all);
+  all->Release();
+  return whole ? 0 : 1;
+}
+
+TEST_F(ChannelProcessesTest, ASubscriberThatIsStuckStopsNobodyAndHearsAllInTheEnd) {
+  Child watcher(WatchStuck);
+  ASSERT_EQ(watcher.pipe().Hear(), "watching");
+  Session const session;
+  ASSERT_EQ(Write("n", "0"), Commit::done);
+  ASSERT_EQ(watcher.pipe().Hear(), "stuck");
+  auto const start = steady_clock::now();
+  for (int i = 1; i < 200; i++) ASSERT_EQ(Write("n", std::to_string(i)), Commit::done);
+  // A time-out for each would be ten seconds.
+  EXPECT_LT(steady_clock::now() - start, milliseconds(2000));
+  watcher.pipe().Say("200");
   EXPECT_EQ(watcher.Wait(), 0);
 }
 

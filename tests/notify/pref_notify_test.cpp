@@ -112,6 +112,23 @@ TEST_F(PrefNotifyTest, AThreadThatEndsLeavesNothingBehind) {
   EXPECT_EQ(deaths_, 2);
 }
 
+TEST_F(PrefNotifyTest, WhatWaitsFollowsASubscriberToAnotherThread) {
+  auto *const mortal = Listen(new Mortal(&deaths_));
+  Change();
+  Change();
+  std::thread([&] {
+    mortal->Init(0, 0);
+    EXPECT_EQ(ZOLTDeliver(), 2);
+    EXPECT_EQ(mortal->heard.size(), 2U);
+    Change();
+    RemoveNotificationObject(mortal);
+    mortal->Release();
+    EXPECT_EQ(ZOLTDeliver(), 1);
+    EXPECT_EQ(deaths_, 1);
+  }).join();
+  EXPECT_EQ(ZOLTDeliver(), 2) << "they are for nobody any more";
+}
+
 TEST_F(PrefNotifyTest, StrangeMessagesAreNotFollowed) {
   Listener *const listener = Listen(new Listener());
   uint32_t const self = GetCurrentThreadId();

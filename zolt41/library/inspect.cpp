@@ -38,7 +38,7 @@ ZOLTProcessKind KindOf(zolt::ListenerStatus const &listener) {
 
 void FillChannel(ZOLTState *state) {
   ZOLTChannelState &channel = state->channel;
-  Fill(zolt::SegmentPath(), &channel.file);
+  Fill(zolt::SegmentPathInUse(), &channel.file);
   // To look must not make it.
   channel.usable = 1;
   if (channel.file.present == 0) return;

@@ -6,9 +6,12 @@
 #include "zolt41/library/store_set.h"
 #include "zolt41/notify/channel_guard.h"
 #include "zolt41/notify/notify_thread.h"
+#include "zolt41/platform/kernel/shared_segment.h"
+#include "zolt41/platform/registry/hive_file.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/codepage.h"
+#include "zolt41/platform/system/home.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/string_table.h"
 #include "zolt41/prefs/level_tree.h"
@@ -36,6 +39,21 @@ void Build(char const *path) {
 void TearDown() {
   zolt::UnregisterStandardSections();
   DeleteStores();
+}
+
+// Keys that the program holds open keep the hives in the home in which it opened them.
+bool HivesFollow() {
+  HKEY key = 0;
+  // Whoever opens a key of a root has the hives follow the environment, if they can.
+  if (RegOpenKeyA(HKEY_CURRENT_USER, "Software", &key) == ERROR_SUCCESS) RegCloseKey(key);
+  return zolt::InspectHive(HKEY_CURRENT_USER).path ==
+         zolt::ResolveHivePath(zolt::ResolveHomes().user + "/user.hive");
+}
+
+// The channel stays where the hives stay.
+void FollowHome() {
+  std::string const path = zolt::SegmentPath();
+  if (!zolt::SegmentElsewhere(path) || HivesFollow()) zolt::BindSegment(path);
 }
 
 // The section whose keys are made last, in the tree in which they are made last.
@@ -88,6 +106,7 @@ int32_t InitZOLT() {
 
 void InitPrefs(char const *path) {
   if (initialised) return;
+  FollowHome();
   zolt::ChannelGuard guard;
   zolt::FirstFailure failure;
   if (!BuildAtOnce(path)) {

@@ -16,6 +16,10 @@ ZOLT_API int32_t InitZOLT();
 // for the default trees. Does nothing if the stores are built already. What cannot be opened is
 // left out quietly; ZOLTLastFailure tells why.
 //
+// Stores and channel, on which changes are told, are those of the home that the environment names
+// now. A program that holds registry keys open since before DisposeZOLT stays with both in the home
+// that it had.
+//
 // Waits at most a second for a process that holds the channel mutex, then goes on without it.
 ZOLT_API void InitPrefs(char const *path);
 

@@ -13,7 +13,7 @@ namespace {
 
 [[gnu::destructor]] void DetachProcess() {
   zolt::StopNotificationThread();
-  zolt::CloseChannelObjects();
+  zolt::LeaveChannelObjects();
   zolt::LeaveHives();
 }
 

@@ -38,7 +38,7 @@ void ForEachListener(ChannelArea *channel, Visit visit) {
     if (!SegmentPlaceHeld(i)) {
       channel->slots[i].listening.compare_exchange_strong(process, 0);
     } else {
-      visit(&channel->slots[i]);
+      visit(&channel->slots[i], process);
     }
   }
 }
@@ -57,7 +57,7 @@ void SleepUntilAnswered(ChannelArea *channel, uint32_t number, steady_clock::tim
 }
 
 void PassOverWhoDidNotAnswer(ChannelArea *channel, uint32_t number) {
-  ForEachListener(channel, [number](ProcessSlot *slot) {
+  ForEachListener(channel, [number](ProcessSlot *slot, uint32_t) {
     if (slot->awaited.load() != number) return;
     slot->lagging.store(1);
     // Its answer may have come between the two.
@@ -65,17 +65,34 @@ void PassOverWhoDidNotAnswer(ChannelArea *channel, uint32_t number) {
   });
 }
 
+void CountDown(ChannelArea *channel, uint32_t number) {
+  uint64_t open = channel->answers.open.load();
+  while (open >> 32 == number && static_cast<uint32_t>(open) != 0) {
+    if (!channel->answers.open.compare_exchange_weak(open, open - 1)) continue;
+    channel->block.pendingAcks.store(static_cast<uint32_t>(open) - 1);
+    if (static_cast<uint32_t>(open) != 1) return;
+    std::atomic<uint32_t> &sleeps = channel->answers.writerSleeps;
+    if (sleeps.exchange(0) != 0) WakeSleepers(&sleeps, 1);
+    return;
+  }
+}
+
 }  // namespace
 
 void ExpectAnswers(ChannelArea *channel, uint32_t number) {
-  uint32_t expected = 0;
-  ForEachListener(channel, [&](ProcessSlot *slot) {
+  // Open, and one too high, from before the first is awaited: an answer may come at once, from one
+  // that leaves.
+  channel->answers.open.store(Open(number, 1));
+  ForEachListener(channel, [&](ProcessSlot *slot, uint32_t process) {
     if (slot->lagging.load() != 0) return;
+    channel->answers.open.fetch_add(1);
     slot->awaited.store(number);
-    expected++;
+    // One that has left, or come into a dead one's place, may have looked just before that.
+    uint32_t awaited = number;
+    bool const left = slot->listening.load() != process;
+    if (left && slot->awaited.compare_exchange_strong(awaited, 0)) CountDown(channel, number);
   });
-  channel->answers.open.store(Open(number, expected));
-  channel->block.pendingAcks.store(expected);
+  CountDown(channel, number);
 }
 
 void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause) {
@@ -96,18 +113,19 @@ void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause) {
 void AnswerFor(ChannelArea *channel, uint32_t slot, uint32_t number) {
   if (slot >= kSegmentPlaces) return;
   ProcessSlot &own = channel->slots[slot];
-  if (own.lagging.load() != 0 && LastAnnouncement(channel->ring) == number) own.lagging.store(0);
   uint32_t awaited = number;
-  if (!own.awaited.compare_exchange_strong(awaited, 0)) return;
-  uint64_t open = channel->answers.open.load();
-  while (open >> 32 == number && static_cast<uint32_t>(open) != 0) {
-    if (!channel->answers.open.compare_exchange_weak(open, open - 1)) continue;
-    channel->block.pendingAcks.store(static_cast<uint32_t>(open) - 1);
-    if (static_cast<uint32_t>(open) != 1) return;
-    std::atomic<uint32_t> &sleeps = channel->answers.writerSleeps;
-    if (sleeps.exchange(0) != 0) WakeSleepers(&sleeps, 1);
-    return;
-  }
+  bool const answers = own.awaited.compare_exchange_strong(awaited, 0);
+  // Looked at behind the answer: the writer marks first and then looks for the answer.
+  if (own.lagging.load() != 0 && LastAnnouncement(channel->ring) == number) own.lagging.store(0);
+  if (answers) CountDown(channel, number);
+}
+
+void AnswerForAll(ChannelArea *channel, uint32_t slot) {
+  if (slot >= kSegmentPlaces) return;
+  ProcessSlot &own = channel->slots[slot];
+  uint32_t const awaited = own.awaited.exchange(0);
+  own.lagging.store(0);
+  if (awaited != 0) CountDown(channel, awaited);
 }
 
 }  // namespace zolt

@@ -20,9 +20,13 @@ void ExpectAnswers(ChannelArea *channel, uint32_t number);
 enum class Pause { none, full };
 void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause);
 
-// The process of `slot` has taken all announcements up to `number`, or does without them. A slot
-// that is none answers for nobody, and a second answer is none.
+// The process of `slot` has taken all announcements up to `number`. A slot that is none answers for
+// nobody, and a second answer is none.
 void AnswerFor(ChannelArea *channel, uint32_t slot, uint32_t number);
+
+// The process of `slot` does without whatever it is awaited for, be it published or not. It no
+// longer shows that it listens, so that nobody awaits it from here on.
+void AnswerForAll(ChannelArea *channel, uint32_t slot);
 
 }  // namespace zolt
 

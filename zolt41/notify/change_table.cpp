@@ -23,9 +23,12 @@ bool Ready(uint64_t mark, uint32_t epoch) {
   return mark >> 32 == epoch && (mark & kStates) == kReady;
 }
 
-// Nobody can still be writing to the record.
+// Nobody can still be writing to the record, and it belongs to no transaction, or to one before
+// that of `epoch`. Who was held up since he looked at the epoch may meet a later one.
 bool Free(uint64_t mark, uint32_t epoch) {
-  if ((mark & kStates) != kFilling) return mark >> 32 != epoch || mark == 0;
+  if (mark == 0) return true;
+  auto const age = static_cast<int32_t>(epoch - static_cast<uint32_t>(mark >> 32));
+  if ((mark & kStates) != kFilling) return age > 0;
   auto const thread = static_cast<uint32_t>(mark & 0xFFFFFFFF) >> 2;
   // A number that was given to another thread meanwhile only keeps the record from use for longer.
   return !ThreadLives(thread);
@@ -41,7 +44,11 @@ uint32_t Reserve(ChannelArea *channel, uint64_t *mark) {
     std::atomic<uint64_t> &word = channel->table.marks[index];
     uint64_t before = word.load(std::memory_order_relaxed);
     *mark = Mark(epoch, ThisThread(), kFilling);
-    if (Free(before, epoch) && word.compare_exchange_strong(before, *mark)) return index;
+    if (Free(before, epoch) && word.compare_exchange_strong(before, *mark)) {
+      if (channel->table.epoch.load() == epoch) return index;
+      // A Begin function came between, and what is told joins its transaction.
+      word.store(0, std::memory_order_release);
+    }
     index = count.load(std::memory_order_relaxed);
   }
   return kTableRecords;

@@ -1,5 +1,8 @@
 #include "zolt41/notify/channel_guard.h"
 
+#include <exception>
+#include <new>
+
 #include "zolt41/notify/announce.h"
 #include "zolt41/notify/channel_objects.h"
 
@@ -9,8 +12,12 @@ namespace {
 void TellWhatADeadWriterDidNot() {
   ChannelArea *const channel = Channel();
   if (channel == nullptr || channel->announcing.load() == 0) return;
-  Announce(kGapAnnouncement, Pause::none);
-  channel->announcing.store(0);
+  try {
+    Announce(kGapAnnouncement, Pause::none);
+    channel->announcing.store(0);
+  } catch (std::bad_alloc const &) {
+    // Left for the next.
+  }
 }
 
 }  // namespace
@@ -26,12 +33,12 @@ ChannelGuard::~ChannelGuard() {
   if (held_) ReleaseMutex(ChannelMutex());
 }
 
-Announcing::Announcing() : channel_(Channel()) {
+Announcing::Announcing() : channel_(Channel()), thrown_(std::uncaught_exceptions()) {
   if (channel_ != nullptr) channel_->announcing.store(1);
 }
 
 Announcing::~Announcing() {
-  if (channel_ != nullptr) channel_->announcing.store(0);
+  if (channel_ != nullptr && std::uncaught_exceptions() == thrown_) channel_->announcing.store(0);
 }
 
 }  // namespace zolt

@@ -27,7 +27,8 @@ class ChannelGuard {
 };
 
 // Stands while a writer has something to tell that is not all told yet, from before what is told is
-// kept for good. The channel mutex is held.
+// kept for good. The channel mutex is held. A writer that is thrown out has not told all: what it
+// noted then stays for whoever has the mutex next.
 class Announcing {
  public:
   Announcing();
@@ -37,6 +38,7 @@ class Announcing {
 
  private:
   ChannelArea *channel_;
+  int thrown_;
 };
 
 }  // namespace zolt

@@ -8,9 +8,8 @@ namespace zolt {
 
 namespace {
 
-// Threads may still ask for them while the process ends. The subscriber mutex only bears its name
-// for all to see: what guards the subscribers of a process is a lock of that process alone, so that
-// one which is stopped stops no other.
+// The subscriber mutex only bears its name for all to see: what guards the subscribers of a process
+// is a lock of that process alone, so that one which is stopped stops no other.
 constinit std::atomic<HANDLE> subscriberMutex = 0;
 constinit std::atomic<HANDLE> channelMutex = 0;
 constinit std::atomic<HANDLE> notifyEvent = 0;
@@ -41,11 +40,8 @@ void OpenChannelObjects() {
   notifyEvent = CreateEventA(nullptr, 1, 0, "ZOPref_EndPrefsNotify");
 }
 
-void CloseChannelObjects() {
-  for (std::atomic<HANDLE> *const handle : {&subscriberMutex, &channelMutex, &notifyEvent}) {
-    CloseHandle(handle->exchange(0));
-  }
-  DetachSegment();
+void LeaveChannelObjects() {
+  LeaveSegment(SegmentMutex::channel);
 }
 
 HANDLE ChannelMutex() {

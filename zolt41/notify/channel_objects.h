@@ -8,9 +8,12 @@
 namespace zolt {
 
 // What the processes of one user and home share. The handles are open from the attach of the
-// process to its detach; outside of that they are 0, and waits on them fail.
+// process to its death: its other threads may announce to the very last.
 void OpenChannelObjects();
-void CloseChannelObjects();
+
+// For the end of the process, which then has no notification thread any more. If no other process
+// uses the channel its file goes, and no thread of this process gets the channel mutex again.
+void LeaveChannelObjects();
 
 // Whoever announces holds it, and InitPrefs and the changes of the tree do.
 HANDLE ChannelMutex();

@@ -16,19 +16,23 @@
 namespace zolt {
 namespace {
 
-// All but the two words is guarded by the lock of the subscribers.
+// All but the atomic words is guarded by the lock of the subscribers.
 struct Notifier {
   bool wanted = false;   // between InitPrefs and DisposeZOLT
   bool running = false;  // in this process: the thread is not in the child of a fork
   bool stopping = false;
   bool listening = false;
-  bool waits = false;  // on the event that all processes share
+  bool waits = false;    // on the event that all processes share
+  bool counted = false;  // among the threads of all processes
   uint32_t place = kSegmentPlaces;
   RingReader reader;
   Thread thread;
   std::atomic<uint32_t> placed{0};    // the thread can be counted among those who are to answer
   std::atomic<uint32_t> commands{0};  // counts what the thread is told while it does not listen
+  std::atomic<bool> late{false};      // there are subscribers that it cannot hear for yet
 };
+
+constexpr auto kTryAgain = std::chrono::seconds(10);
 
 Notifier &TheNotifier() {
   static auto *const notifier = new Notifier();
@@ -55,17 +59,20 @@ void Wake(Notifier *notifier) {
   if (notifier->waits) PulseEvent(NotifyEvent());
 }
 
+// As soon as there is a segment.
 void TakePlace(Notifier *notifier) {
+  ChannelArea *const channel = Channel();
+  if (notifier->counted || channel == nullptr) return;
   uint32_t const place = TakeSegmentPlace();
   auto const guard = Lock();
-  ChannelArea *const channel = Channel();
   channel->block.threadCount.fetch_add(1);
+  notifier->counted = true;
   notifier->place = place;
   ProcessSlot *const slot = OwnSlot(*notifier);
   if (slot == nullptr) return;
   slot->listening.store(0);
-  slot->lagging.store(0);
-  slot->awaited.store(0);
+  // A writer may have counted the one that died here for living.
+  AnswerForAll(channel, place);
   slot->missed.store(0);
   slot->process.store(ThisProcess());
   uint32_t used = channel->slotsUsed.load();
@@ -74,21 +81,20 @@ void TakePlace(Notifier *notifier) {
   ShowListening(*notifier);
 }
 
-// A writer may have counted this process for an announcement that it does not come to hear.
-void AnswerForAll(Notifier const &notifier) {
-  AnswerFor(Channel(), notifier.place, LastAnnouncement(Channel()->ring));
-}
-
 void StopListening(Notifier *notifier) {
+  notifier->late.store(false);
   if (!notifier->listening) return;
   notifier->listening = false;
   ShowListening(*notifier);
-  AnswerForAll(*notifier);
+  // A writer may have counted this process for an announcement that it does not come to hear.
+  AnswerForAll(Channel(), notifier->place);
 }
 
 void LeavePlace(Notifier *notifier) {
   auto const guard = Lock();
   StopListening(notifier);
+  if (!notifier->counted) return;
+  notifier->counted = false;
   if (ProcessSlot *const slot = OwnSlot(*notifier)) slot->process.store(0);
   LeaveSegmentPlace(notifier->place);
   notifier->place = kSegmentPlaces;
@@ -129,16 +135,42 @@ bool HearOne(Notifier *notifier) {
   return true;
 }
 
-// False when the thread is to end.
-bool SleepUntilTold(Notifier *notifier) {
-  uint32_t const seen = notifier->commands.load();
-  {
-    auto const guard = Lock();
-    if (notifier->stopping) return false;
-    if (notifier->listening) return true;
+bool Start(Notifier *notifier);
+
+// Listens to what is announced from now on, if there is anybody to hear it and all that it takes.
+void ListenFromNow(Notifier *notifier) {
+  SubscriberList &list = SubscriberList::The();
+  if (!notifier->wanted || notifier->listening || list.empty()) return;
+  ChannelArea *const channel = Channel();
+  if (!Start(notifier) || channel == nullptr || !PrepareWords(channel)) {
+    notifier->late.store(true);
+    return;
   }
-  SleepOn(&notifier->commands, seen, std::chrono::nanoseconds(-1));
-  return true;
+  notifier->reader.StartAtEnd(channel->ring);
+  notifier->listening = true;
+  ShowListening(*notifier);
+  if (!notifier->late.exchange(false)) return;
+  list.DeliverGap();
+  for (uint32_t const thread : list.TakeThreadsToWake()) WakeThread(thread);
+}
+
+// Until there is somebody to hear; false when the thread is to end.
+bool AwaitSubscribers(Notifier *notifier) {
+  for (;;) {
+    TakePlace(notifier);
+    notifier->placed.store(1);
+    WakeSleepers(&notifier->placed, INT_MAX);
+    uint32_t const seen = notifier->commands.load();
+    std::chrono::nanoseconds wait(-1);
+    {
+      auto const guard = Lock();
+      if (notifier->stopping) return false;
+      if (notifier->late.load()) ListenFromNow(notifier);
+      if (notifier->listening) return true;
+      if (notifier->late.load()) wait = kTryAgain;
+    }
+    SleepOn(&notifier->commands, seen, wait);
+  }
 }
 
 // Until there is nobody to hear any more, or the thread is to end.
@@ -160,20 +192,25 @@ void Listen(Notifier *notifier) {
 
 void *Run(void *argument) {
   auto *const notifier = static_cast<Notifier *>(argument);
-  TakePlace(notifier);
-  notifier->placed.store(1);
-  WakeSleepers(&notifier->placed, INT_MAX);
-  while (SleepUntilTold(notifier)) Listen(notifier);
+  while (AwaitSubscribers(notifier)) Listen(notifier);
   LeavePlace(notifier);
   return nullptr;
 }
 
-void StartIfWanted(Notifier *notifier) {
-  if (!notifier->wanted || notifier->running || Channel() == nullptr) return;
+// True if the thread runs.
+bool Start(Notifier *notifier) {
+  if (notifier->running) return true;
   notifier->stopping = false;
   notifier->listening = false;
   notifier->placed.store(0);
   notifier->running = notifier->thread.Start(Run, notifier);
+  return notifier->running;
+}
+
+// The thread looks again at what there is to do.
+void ListenAndTell(Notifier *notifier) {
+  ListenFromNow(notifier);
+  if (notifier->running) Wake(notifier);
 }
 
 void AfterForkInChild() {
@@ -182,17 +219,9 @@ void AfterForkInChild() {
   notifier.running = false;
   notifier.listening = false;
   notifier.waits = false;
+  notifier.counted = false;
+  notifier.late.store(false);
   notifier.place = kSegmentPlaces;
-}
-
-void ListenFromNow(Notifier *notifier) {
-  StartIfWanted(notifier);
-  if (!notifier->running || notifier->listening || !PrepareWords(Channel())) return;
-  notifier->reader.StartAtEnd(Channel()->ring);
-  notifier->listening = true;
-  ShowListening(*notifier);
-  AnswerForAll(*notifier);
-  Wake(notifier);
 }
 
 }  // namespace
@@ -212,7 +241,7 @@ void StartNotificationThread() {
   if (notifier.wanted) return;
   notifier.wanted = true;
   SubscriberList::The().RemoveAll();
-  StartIfWanted(&notifier);
+  if (Channel() != nullptr) static_cast<void>(Start(&notifier));
 }
 
 void StopNotificationThread() {
@@ -221,6 +250,7 @@ void StopNotificationThread() {
   {
     auto const guard = Lock();
     notifier.wanted = false;
+    notifier.late.store(false);
     if (!notifier.running) return;
     notifier.stopping = true;
     thread = notifier.thread;
@@ -231,14 +261,23 @@ void StopNotificationThread() {
   notifier.running = false;
 }
 
+void ServeLateSubscribers() {
+  Notifier &notifier = TheNotifier();
+  if (!notifier.late.load(std::memory_order_relaxed)) return;
+  auto const guard = Lock();
+  ListenAndTell(&notifier);
+}
+
 }  // namespace zolt
 
 void AddNotificationObject(CPrefNotify *subscriber) {
   zolt::Notifier &notifier = zolt::TheNotifier();
+  // Before the lock is taken, since to attach may be to wait for other processes.
+  zolt::Channel();
   {
     auto const guard = zolt::Lock();
     zolt::SubscriberList::The().Add(subscriber);
-    zolt::ListenFromNow(&notifier);
+    zolt::ListenAndTell(&notifier);
     if (!notifier.running) return;
   }
   // From here on writers wait for this process too.

@@ -11,12 +11,17 @@ namespace zolt {
 // the hives come first, since a thread that holds one may want those of the subscribers.
 void PrepareNotificationForForks();
 
-// Forgets all subscribers and starts the thread, unless it runs. Without the shared segment, or
-// without a thread to be had, nobody hears.
+// Forgets all subscribers and starts the thread, unless it runs. Without the shared segment it is
+// started with the first subscriber.
 void StartNotificationThread();
 
 // Ends the thread and waits for its end. May be called when it does not run.
 void StopNotificationThread();
+
+// A subscriber that comes while the shared segment, memory for the announcements or a thread cannot
+// be had is late. The thread tries again every ten seconds; so does this, at once. Once they are
+// served all are told of a gap.
+void ServeLateSubscribers();
 
 }  // namespace zolt
 

@@ -47,7 +47,7 @@ class ZOLT_API CPrefNotify {
   virtual void OnKeyCreated();
 
   // Binds the object to a thread (0: the calling one), which must live for as long as the object
-  // is added. `instance` has no effect.
+  // is added. What waits for it goes along to another thread. `instance` has no effect.
   void Init(HINSTANCE instance, uint32_t threadId);
 
   // Listens to a section. Each call gives one callback for each transaction, also two calls with

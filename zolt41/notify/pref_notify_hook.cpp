@@ -8,9 +8,12 @@ using zolt::SubscriberList;
 
 void CPrefNotify::Init(HINSTANCE /*instance*/, uint32_t threadId) {
   uint32_t const thread = threadId == 0 ? GetCurrentThreadId() : threadId;
-  std::lock_guard const guard(SubscriberList::The().lock());
+  SubscriberList &list = SubscriberList::The();
+  std::lock_guard const guard(list.lock());
+  bool const moves = threadId_ != thread;
   threadId_ = thread;
-  hook_ = SubscriberList::The().HookOf(thread, GetMsgProc);
+  hook_ = list.HookOf(thread, GetMsgProc);
+  if (moves) list.PostAgain(this);
 }
 
 void CPrefNotify::Dispose() {

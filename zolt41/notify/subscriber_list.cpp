@@ -97,6 +97,24 @@ uint32_t SubscriberList::DeliverGap() {
   return lost;
 }
 
+void SubscriberList::PostAgain(CPrefNotify *subscriber) {
+  int32_t waiting = std::exchange(subscriber->pendingCount_, 0);
+  for (; waiting > 0; waiting--) {
+    if (PostOwnMessage(subscriber->threadId_, kChangeMessage,
+                       reinterpret_cast<uintptr_t>(subscriber),
+                       subscriber->hook_) != zolt::Post::done) {
+      break;
+    }
+    subscriber->pendingCount_++;
+  }
+  if (waiting > 0) {
+    // What cannot all come is lost as a whole.
+    subscriber->DropAll();
+    PostGap(subscriber);
+  }
+  WakeThread(subscriber->threadId_);
+}
+
 HHOOK SubscriberList::HookOf(uint32_t thread, HOOKPROC procedure) {
   std::erase_if(hooks_, [](auto const &entry) { return !ThreadHasQueue(entry.first); });
   auto const found = hooks_.find(thread);

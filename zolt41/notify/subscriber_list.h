@@ -40,6 +40,10 @@ class SubscriberList {
   uint32_t Deliver(AnnouncementHead const &head, NotificationInfo const *records, int32_t count);
   uint32_t DeliverGap();
 
+  // Has what waits for the subscriber come to the thread that it has now. The messages to the
+  // thread before count for nothing.
+  void PostAgain(CPrefNotify *subscriber);
+
   // Takes the threads that were posted to, to be woken without the lock.
   std::vector<uint32_t> TakeThreadsToWake() { return std::exchange(toWake_, {}); }
 

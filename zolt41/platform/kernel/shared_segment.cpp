@@ -34,12 +34,17 @@ static_assert(sizeof(Segment) == 0x3000 + kSegmentAreaSize);
 struct Attachment {
   std::mutex lock;
   SharedFile file;
+  std::string path;  // what it is attached or bound to, or none
   std::chrono::steady_clock::time_point nextTry;
   std::atomic<Segment *> segment{nullptr};
 };
 
 // Where it could not be had, it is asked for again after this time.
 constexpr auto kTryAgain = std::chrono::seconds(10);
+
+// How long the end of a process waits for another of its threads, in milliseconds: longer than End
+// takes.
+constexpr uint32_t kEndWait = 200;
 
 // A mutex that the calling thread has taken and not given back, how often, and in which segment: it
 // may have been detached since.
@@ -84,6 +89,10 @@ void Reset(void *block, bool) {
   for (RobustMutex &mutex : segment->places) InitRobustMutex(&mutex);
 }
 
+std::string PathOf(Attachment const &attachment) {
+  return attachment.path.empty() ? SegmentPath() : attachment.path;
+}
+
 Segment *Attach() {
   Attachment &attachment = TheAttachment();
   Segment *segment = attachment.segment.load(std::memory_order_acquire);
@@ -98,21 +107,28 @@ Segment *Attach() {
     before.Note();
     SharedFile::Format const format{0x315F474553535A5A, 4, sizeof(Segment),
                                     offsetof(Segment, area) + kSegmentFrontSize};
-    if (attachment.file.Attach(SegmentPath(), SharedFile::Owner::self, format, Reset) ==
-            Failure::none &&
+    std::string const path = PathOf(attachment);
+    if (attachment.file.Attach(path, SharedFile::Owner::self, format, Reset) == Failure::none &&
         attachment.file.ForeignNamespace()) {
       attachment.file.Detach();
     }
     ClearFailure();
     segment = static_cast<Segment *>(attachment.file.block());
+    if (segment != nullptr) attachment.path = path;
     attachment.segment.store(segment, std::memory_order_release);
   }
   return segment;
 }
 
-bool Took(RobustMutex *mutex) {
-  MutexWait const wait = LockRobustMutex(mutex, 0);
+bool Took(RobustMutex *mutex, uint32_t milliseconds = 0) {
+  MutexWait const wait = LockRobustMutex(mutex, milliseconds);
   return wait == MutexWait::got || wait == MutexWait::abandoned;
+}
+
+// The last to be attached removes the file.
+void GiveUp(Attachment *attachment) {
+  if (attachment->file.TakeAlone()) attachment->file.Unlink();
+  Forget(attachment);
 }
 
 }  // namespace
@@ -134,6 +150,25 @@ std::string SegmentPath() {
   std::snprintf(name, sizeof name, "/dev/shm/zolt41-%u-%016llx", geteuid(),
                 static_cast<unsigned long long>(hash));
   return name;
+}
+
+std::string SegmentPathInUse() {
+  Attachment &attachment = TheAttachment();
+  std::lock_guard const guard(attachment.lock);
+  return PathOf(attachment);
+}
+
+bool SegmentElsewhere(std::string const &path) {
+  Attachment &attachment = TheAttachment();
+  std::lock_guard const guard(attachment.lock);
+  return !attachment.path.empty() && attachment.path != path;
+}
+
+void BindSegment(std::string const &path) {
+  Attachment &attachment = TheAttachment();
+  std::lock_guard const guard(attachment.lock);
+  if (!attachment.path.empty() && attachment.path != path) GiveUp(&attachment);
+  attachment.path = path;
 }
 
 MutexWait LockInSegment(SegmentMutex mutex, uint32_t milliseconds) {
@@ -188,9 +223,9 @@ void LeaveSegmentPlace(uint32_t place) {
 bool SegmentPlaceHeld(uint32_t place) {
   Segment *segment = Attach();
   if (segment == nullptr || place >= kSegmentPlaces) return false;
-  if (!Took(&segment->places[place])) return true;
-  UnlockRobustMutex(&segment->places[place]);
-  return false;
+  // The kernel takes the owner out of the mutex of a thread that dies. Looked at and not tried: who
+  // tries one that is free holds it for that moment.
+  return RobustMutexOwner(&segment->places[place]) != 0;
 }
 
 uint32_t SegmentMutexOwner(SegmentMutex mutex) {
@@ -202,8 +237,20 @@ uint32_t SegmentMutexOwner(SegmentMutex mutex) {
 void DetachSegment() {
   Attachment &attachment = TheAttachment();
   std::lock_guard const guard(attachment.lock);
-  if (attachment.file.TakeAlone()) attachment.file.Unlink();
-  Forget(&attachment);
+  GiveUp(&attachment);
+  attachment.path.clear();
+}
+
+void LeaveSegment(SegmentMutex mutex) {
+  Attachment &attachment = TheAttachment();
+  std::lock_guard const guard(attachment.lock);
+  Segment *const segment = attachment.segment.load(std::memory_order_relaxed);
+  if (segment == nullptr || !attachment.file.TakeAlone()) return;
+  if (Took(&segment->mutexes[static_cast<size_t>(mutex)], kEndWait)) {
+    attachment.file.Unlink();
+  } else {
+    attachment.file.Share();
+  }
 }
 
 }  // namespace zolt

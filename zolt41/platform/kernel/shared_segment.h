@@ -15,9 +15,9 @@ namespace zolt {
 // short makes us fault, and one that writes over a mutex can make us write anywhere, since the C
 // library follows what stands in it.
 //
-// The first use attaches the process, to the segment of the home that the environment then names.
-// It cannot be had where another user's file is in its place, where there is no memory, or where a
-// process of another id namespace made it.
+// The first use attaches the process, to the segment that it is bound to, else to that of the home
+// that the environment then names. It cannot be had where another user's file is in its place,
+// where there is no memory, or where a process of another id namespace made it.
 enum class SegmentMutex : uint32_t { subscribers, channel, count };
 
 // Places for processes. A thread that holds one until its end shows that its process is alive.
@@ -30,6 +30,16 @@ inline constexpr uint32_t kSegmentFrontSize = 0x3000;
 
 // The file of the home that the environment names. Two homes have two; the name tells no path.
 std::string SegmentPath();
+
+// The file that the process is attached or bound to, else the one that it would attach to now.
+std::string SegmentPathInUse();
+
+// The process is attached or bound to another file than `path`.
+bool SegmentElsewhere(std::string const &path);
+
+// Binds the process to the segment at `path`, whatever becomes of the environment. One that is
+// attached to another gives that up as DetachSegment does. No thread may hold a mutex or a place.
+void BindSegment(std::string const &path);
 
 // Null if the segment cannot be had. Nothing that is read from the area may be trusted.
 void *SegmentArea();
@@ -61,10 +71,16 @@ uint32_t SegmentMutexOwner(SegmentMutex mutex);
 // Has the segment cared for around forks from now on, which else begins with its first use.
 void PrepareSegmentForForks();
 
-// Gives the segment up, for the end of the process; the last one to do so removes the file. It
-// stays mapped, since other threads may be in the middle of something, and the kernel writes to the
-// mutexes of threads that end.
+// Gives the segment up, and what the process was bound to; the last one to do so removes the file.
+// It stays mapped, since other threads may be in the middle of something, and the kernel writes to
+// the mutexes of threads that end.
 void DetachSegment();
+
+// For the end of the process, whose other threads may go on to the very last and have the segment
+// for as long. Removes the file if no other process is attached, and takes `mutex` for good before
+// that: what is done under it would be known to nobody who then comes. Where the mutex cannot be
+// had soon the file is left; the next process makes it anew.
+void LeaveSegment(SegmentMutex mutex);
 
 }  // namespace zolt
 

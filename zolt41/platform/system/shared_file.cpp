@@ -54,6 +54,23 @@ bool SetLock(int descriptor, short type) {
   return fcntl(descriptor, F_OFD_SETLK, &lock) == 0;
 }
 
+// As posix_fallocate, whatever signals come.
+int AllocateBytes(int descriptor, off_t offset, off_t size) {
+  int error = 0;
+  do {
+    error = posix_fallocate(descriptor, offset, size);
+  } while (error == EINTR);
+  return error;
+}
+
+// The open file is the one at `path`.
+bool IsAt(int descriptor, std::string const &path) {
+  struct stat here {};
+  struct stat there {};
+  return fstat(descriptor, &here) == 0 && here.st_nlink > 0 && stat(path.c_str(), &there) == 0 &&
+         here.st_ino == there.st_ino && here.st_dev == there.st_dev;
+}
+
 }  // namespace
 
 Failure SharedFile::Fail(Failure failure) const {
@@ -110,7 +127,7 @@ Failure SharedFile::Reset(Format const &format, std::function<void(void *, bool)
   }
   // Every page gets its place on the disk now: a write to a mapping has no way to report a full
   // disk but a signal.
-  if (int const error = posix_fallocate(descriptor_, 0, format.front); error != 0) {
+  if (int const error = AllocateBytes(descriptor_, 0, format.front); error != 0) {
     return Fail(FailureFromErrno(error));
   }
   Failure failure = Failure::none;
@@ -188,7 +205,7 @@ Failure SharedFile::Attach(std::string const &path, Owner owner, Format const &f
 }
 
 bool SharedFile::Allocate(uint32_t offset, uint32_t size) const {
-  return posix_fallocate(descriptor_, offset, size) == 0;
+  return AllocateBytes(descriptor_, offset, size) == 0;
 }
 
 void SharedFile::Detach() {
@@ -220,8 +237,9 @@ bool SharedFile::ReattachInChild() {
   struct stat there {};
   bool const same = own >= 0 && fstat(own, &here) == 0 && fstat(descriptor_, &there) == 0 &&
                     here.st_ino == there.st_ino && here.st_dev == there.st_dev;
-  // Mapped in the same place, so that nothing that points into it has to know.
-  if (same && SetLock(own, F_RDLCK) &&
+  // Looked for again behind the lock: until then the parent may remove it. Mapped in the same
+  // place, so that nothing that points into it has to know.
+  if (same && SetLock(own, F_RDLCK) && IsAt(own, path_) &&
       mmap(block_, size_, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_FIXED, own, 0) == block_) {
     close(descriptor_);
     descriptor_ = own;
@@ -240,10 +258,7 @@ bool SharedFile::ForeignNamespace() const {
 }
 
 bool SharedFile::InPlace() const {
-  struct stat here {};
-  struct stat there {};
-  return fstat(descriptor_, &here) == 0 && here.st_nlink > 0 && stat(path_.c_str(), &there) == 0 &&
-         here.st_ino == there.st_ino && here.st_dev == there.st_dev;
+  return IsAt(descriptor_, path_);
 }
 
 bool SharedFile::Linked() const {
