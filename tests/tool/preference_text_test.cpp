@@ -152,7 +152,7 @@ TEST_F(PreferenceTextTest, WrongTextIsRefusedAtItsPlace) {
   std::string const tail = "\nend\n";
   std::string const million(1000000, 'a');
   for (Row const &row : {
-           Row{"", 4, ":0:1: is no preference text"},
+           Row{"", 4, ": is empty; nothing is written"},
            Row{"zolt-preferences 2\n", 4, ":1:18: is written by a newer version of zolt"},
            Row{"zolt-preferences 1\ncode-page 1250\n", 2, ":2:11: is in code page 1250"},
            Row{"zolt-preferences 1\ncode-page 1252\nstore all\n", 4, ":3:7: is no store"},
@@ -216,8 +216,12 @@ TEST_F(PreferenceTextTest, ReplaceRemovesWhatTheFileDoesNotNameAndUndoBringsItBa
   EXPECT_EQ(Content(undo), kHead +
                                "\n[Conferencing:Audio]\nVolume = \"70\"\nunset New\n"
                                "Other = \"1\"\n\nend\n");
-  EXPECT_EQ(RunTool({"prefs", "load", undo}).code, 0);
+  EXPECT_EQ(RunTool({"-y", "prefs", "load", "--undo", undo, undo}).code, 2);
+  std::string const bare = kHead + "[Audio]\nVolume = \"40\"\nend\n";
+  EXPECT_EQ(RunTool({"prefs", "load", "--undo", undo, "-"}, {.input = bare}).code, 0);
+  EXPECT_EQ(RunTool({"prefs", "load", undo}).code, 0) << "what changes nothing leaves the way back";
   EXPECT_EQ(Dump(), before);
+  EXPECT_EQ(RunTool({"prefs", "load", "--undo", undo, "-"}, {.input = bare}).code, 2);
 }
 
 TEST_F(PreferenceTextTest, DiffSaysWhatLoadWouldChangeAndPatchMakesIt) {
@@ -252,6 +256,10 @@ TEST_F(PreferenceTextTest, DumpLeavesOutAndStandsAlone) {
             kHead + "\nsection [Lab]\n\nsection [Lab:Deep]\n\n[Lab:Deep:Er]\nv = \"x\"\n\nend\n");
   EXPECT_EQ(Run("prefs dump --exclude lab --exclude *Recent?").out,
             kHead + "\n[Conferencing:Audio]\nVolume = \"70\"\n\nend\n");
+  EXPECT_EQ(Run("prefs dump Lab --exclude audio:x --exclude lab:*").err,
+            "zolt: --exclude audio:x matches nothing\n");
+  EXPECT_EQ(Run("prefs dump --exclude audio:rec* --exclude lab").out,
+            kHead + "\n[Conferencing:Audio]\nVolume = \"70\"\n\nend\n");
   EXPECT_EQ(Run("prefs dump Nowhere").code, 1);
   EXPECT_EQ(Run("prefs dump", {.output = ToolOutput::fullDevice}).code, 3);
 }
@@ -273,7 +281,7 @@ TEST_F(PreferenceTextTest, SectionsWhoseNamesRunIntoTheSameIdStayApart) {
 TEST_F(PreferenceTextTest, ClearRemovesValuesAndWithRThoseBelow) {
   Set({"Lab", "v", "1", "w", "2"});
   Set({"Lab:Deep", "v", "1"});
-  EXPECT_EQ(Run("prefs clear Lab").err, "zolt: user store: 0 values written, 2 removed\n");
+  EXPECT_EQ(Run("prefs clear Lab").err, "zolt: user store: 2 values removed\n");
   EXPECT_EQ(Body(), "\n[Lab]\n\n[Lab:Deep]\nv = \"1\"\n\nend\n");
   EXPECT_EQ(Run("prefs clear Lab -r --json").out,
             "[{\"schema\":1,\"section\":\"Lab:Deep\",\"id\":\"0x146151C4\",\"name\":\"v\","

@@ -56,7 +56,9 @@ constexpr std::array kOptions = {
     Option{OptionId::patch, 0, "patch", "", false, "in a form that prefs load takes"},
     Option{OptionId::add, 0, "add", "VALUE", false,
            "put VALUE at the end; may be given several times"},
-    Option{OptionId::remove, 0, "remove", "N", false, "take out the item of this number"},
+    Option{OptionId::remove, 0, "remove", "N", false,
+           "take out the item of this number; may be given several\n"
+           "times"},
 };
 
 constexpr bool InOrder() {

@@ -67,4 +67,16 @@ void OutputFile::Finish() {
   close(folder);
 }
 
+bool IsThere(std::string const &path) {
+  struct stat found {};
+  return lstat(path.c_str(), &found) == 0;
+}
+
+bool IsSameFile(std::string const &a, std::string const &b) {
+  struct stat first {};
+  struct stat second {};
+  return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
 }  // namespace zolt::tool

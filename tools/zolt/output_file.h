@@ -27,6 +27,10 @@ class OutputFile {
   Output out_;
 };
 
+bool IsThere(std::string const &path);
+// Both lead to one file.
+bool IsSameFile(std::string const &a, std::string const &b);
+
 }  // namespace zolt::tool
 
 #endif  // ZOLT41_TOOLS_ZOLT_OUTPUT_FILE_H_

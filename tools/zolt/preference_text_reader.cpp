@@ -36,7 +36,8 @@ class Reader {
 
  private:
   void ReadHead() {
-    if (!cursor_.NextLine() || !cursor_.TakeWord(kTextMark)) {
+    if (!cursor_.NextLine()) cursor_.FailEmpty();
+    if (!cursor_.TakeWord(kTextMark)) {
       cursor_.Fail("is no preference text: it does not begin with \"zolt-preferences 1\"");
     }
     if (!cursor_.TakeWord(kTextVersion)) cursor_.FailNewer();

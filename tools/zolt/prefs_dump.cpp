@@ -8,6 +8,7 @@
 #include "tools/zolt/progress.h"
 #include "tools/zolt/section_key.h"
 #include "tools/zolt/store_snapshot.h"
+#include "tools/zolt/text.h"
 #include "tools/zolt/verbs.h"
 
 namespace zolt::tool {
@@ -29,6 +30,10 @@ void DumpTo(Output &out, SectionPath const &path, Call const &call) {
     }
   });
   if (!found && !path.standard()) FailWithoutSection({&level}, path);
+  for (std::string const &pattern : exclusions.Unused()) {
+    if (!call.settings.quiet)
+      WriteError("zolt: " + Escape("--exclude " + pattern + " matches nothing"));
+  }
   if (json) {
     document.Finish();
   } else {

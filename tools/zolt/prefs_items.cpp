@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <limits>
 #include <optional>
 
@@ -75,7 +76,7 @@ int Show(List const &list, Call const &call) {
 }
 
 struct Edit {
-  std::optional<size_t> remove;
+  std::vector<size_t> remove;  // from the last to the first
   std::vector<StoredValue> add;
 };
 
@@ -84,25 +85,28 @@ Edit EditFrom(Arguments const &arguments) {
   ValueType const type = TypeFrom(arguments);
   for (std::string_view const value : arguments.Values(OptionId::add))
     edit.add.push_back(ParseValue(type, value));
-  if (!arguments.Has(OptionId::remove)) return edit;
-  std::string_view const word = arguments.Value(OptionId::remove);
-  size_t index = 0;
-  auto const result = std::from_chars(word.data(), word.data() + word.size(), index);
-  if (result.ec != std::errc() || result.ptr != word.data() + word.size()) {
-    Refuse("--remove " + std::string(word), "is no number of an item", "they count from 0");
+  for (std::string_view const word : arguments.Values(OptionId::remove)) {
+    size_t index = 0;
+    auto const result = std::from_chars(word.data(), word.data() + word.size(), index);
+    if (result.ec != std::errc() || result.ptr != word.data() + word.size()) {
+      Refuse("--remove " + std::string(word), "is no number of an item", "they count from 0");
+    }
+    edit.remove.push_back(index);
   }
-  edit.remove = index;
+  std::ranges::sort(edit.remove, std::greater());
+  auto const twins = std::ranges::unique(edit.remove);
+  edit.remove.erase(twins.begin(), twins.end());
   return edit;
 }
 
 std::vector<RawValue> Edited(std::vector<RawValue> items, Edit const &edit, List const &list) {
-  if (edit.remove) {
-    if (*edit.remove >= items.size()) {
+  for (size_t const index : edit.remove) {
+    if (index >= items.size()) {
       throw ToolError(kNo, "absent", Subject(list.path, list.name),
-                      "has no item " + std::to_string(*edit.remove),
+                      "has no item " + std::to_string(index),
                       "it has " + std::to_string(items.size()));
     }
-    items.erase(items.begin() + static_cast<ptrdiff_t>(*edit.remove));
+    items.erase(items.begin() + static_cast<ptrdiff_t>(index));
   }
   for (StoredValue const &value : edit.add) items.push_back(*RawOf(value));
   return items;
@@ -136,12 +140,14 @@ int Items(Call const &call) {
   List const list{SectionPath::FromOperand(call.operands[0]), ValueName(call.operands[1])};
   Edit const edit = EditFrom(call.arguments);
   PrepareLibrary(call.arguments, call.settings);
-  if (!edit.remove && edit.add.empty()) return Show(list, call);
+  if (edit.remove.empty() && edit.add.empty()) return Show(list, call);
   Level const &level = *call.settings.level;
   auto const look = [&] { return Look(level, list, edit); };
   StoreUpdate update = look();
   if (!call.settings.dryRun && !update.sections.empty()) {
     SayWhoseStore(call.settings, level);
+    SectionPath const *const paths[] = {&list.path};
+    SayNewSections(paths, call.settings);
     update = WriteUpdate(level, std::move(update), look);
   }
   return ReportUpdate(update, level, call);
@@ -160,9 +166,10 @@ Verb const kPrefsItems = {
     .run = Items,
     .description =
         "A list is the values LIST0, LIST1, LIST2 and so on of a section, up to the first that is\n"
-        "missing. Prints number and value of each. --add puts values at the end, --remove takes\n"
-        "one out and moves those behind it up; both at once first remove. All is one transaction,\n"
-        "and takes away what lies behind a gap, as programs do that write the list.",
+        "missing. Prints number and value of each. --add puts a value at the end, --remove takes\n"
+        "one out and moves those behind it up. Both may be given several times; numbers are those\n"
+        "before the call. All is one transaction, and takes away what lies behind a gap, as\n"
+        "programs do that write the list.",
     .examples =
         "  zolt prefs items Conferencing Recent\n"
         "  zolt prefs items Conferencing Recent --add anna@example.org\n"

@@ -1,11 +1,13 @@
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/progress.h"
+#include "tools/zolt/section_key.h"
 #include "tools/zolt/text_update.h"
 #include "tools/zolt/verbs.h"
 
@@ -37,7 +39,16 @@ class Looker {
   }
 
  private:
-  void SaveUndo(StoreUpdate const &update) const {
+  // Nothing that is there goes, unless that is agreed to: it may be the way back from before.
+  void SaveUndo(StoreUpdate const &update) {
+    if (update.sections.empty()) return;
+    if (!mayOverwrite_ && IsThere(undo_)) {
+      if (IsSameFile(undo_, std::string(call_.operands[0]))) {
+        Refuse(undo_, "is the file that is loaded");
+      }
+      Confirm("write over " + undo_, call_.settings);
+    }
+    mayOverwrite_ = true;
     OutputFile file(undo_);
     file.out().Write(UndoOf(*text_.level, update));
     file.Finish();
@@ -48,11 +59,13 @@ class Looker {
   bool replace_;
   std::string undo_;
   size_t agreed_ = 0;
+  bool mayOverwrite_ = false;
 };
 
 int Load(Call const &call) {
-  if (call.arguments.Has(OptionId::undo) && call.arguments.Value(OptionId::undo).empty()) {
-    Refuse("--undo", "names no file");
+  if (call.arguments.Has(OptionId::undo)) {
+    std::string_view const undo = call.arguments.Value(OptionId::undo);
+    if (undo.empty() || undo == "-") Refuse("--undo", "names no file");
   }
   PrepareLibrary(call.arguments, call.settings);
   PreferenceText const text = TextFrom(call, call.operands[0]);
@@ -60,6 +73,9 @@ int Load(Call const &call) {
   StoreUpdate update = looker.Look();
   if (!call.settings.dryRun && !update.sections.empty()) {
     SayWhoseStore(call.settings, *text.level);
+    std::vector<SectionPath const *> paths;
+    for (SectionUpdate const &section : update.sections) paths.push_back(&section.path);
+    SayNewSections(paths, call.settings);
     Progress const progress(call.settings,
                             "writing " + std::to_string(update.changes()) + " values");
     update = WriteUpdate(*text.level, std::move(update), [&looker] { return looker.Look(); });

@@ -3,6 +3,7 @@
 
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
+#include "tools/zolt/section_key.h"
 #include "tools/zolt/store_write.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/value_type.h"
@@ -66,9 +67,13 @@ std::optional<StoredValue> Expected(ValueType type, Arguments const &arguments) 
   }
   if (absent) Refuse("", "--if and --if-absent exclude each other");
   std::string_view const old = arguments.Value(OptionId::ifValue);
-  // A text as it is stored, whatever the type checks of the new one.
   if (type == ValueType::bytes) return ParseValue(type, old);
-  return StoredValue{Kind::text, ToLocal(old)};
+  // What is a number or a boolean is written as it would be stored, and may be any text.
+  try {
+    return ParseValue(type, old);
+  } catch (ToolError const &) {
+    return StoredValue{Kind::text, ToLocal(old)};
+  }
 }
 
 // Whoever reads it second would find nothing.
@@ -123,6 +128,8 @@ int Set(Call const &call) {
   // What is there already needs no right to write.
   if (!call.settings.dryRun && std::ranges::any_of(changes, &Change::changes)) {
     SayWhoseStore(call.settings, level);
+    SectionPath const *const paths[] = {&plan.path};
+    SayNewSections(paths, call.settings);
     changes = ChangeAtOnce(level, plan.path, plan.names, decide);
   }
   return ReportChanges(plan.path, changes, call.settings, call.out);

@@ -5,6 +5,7 @@
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
 #include "tools/zolt/near_name.h"
+#include "tools/zolt/output.h"
 #include "tools/zolt/text.h"
 
 namespace zolt::tool {
@@ -127,6 +128,16 @@ bool Exists(SectionPath const &path, std::vector<SectionKey> const &keys) {
 
 void FailWithoutSection(std::vector<Level const *> const &levels, SectionPath const &path) {
   throw ToolError(kNo, "absent", path.Text(), "no such section", NearSection(levels, path));
+}
+
+void SayNewSections(std::span<SectionPath const *const> paths, Settings const &settings) {
+  if (settings.quiet || settings.json) return;
+  std::vector<Level const *> const levels = Chain(*settings.level);
+  for (SectionPath const *const path : paths) {
+    if (Exists(*path, OpenAlong(levels, *path))) continue;
+    std::string const near = NearSection(levels, *path);
+    if (!near.empty()) WriteError("zolt: " + Escape(path->Text() + " is a new section; " + near));
+  }
 }
 
 }  // namespace zolt::tool

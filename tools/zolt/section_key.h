@@ -1,12 +1,14 @@
 #ifndef ZOLT41_TOOLS_ZOLT_SECTION_KEY_H_
 #define ZOLT41_TOOLS_ZOLT_SECTION_KEY_H_
 
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/zolt/level.h"
 #include "tools/zolt/section_path.h"
+#include "tools/zolt/settings.h"
 #include "zolt41/zolt41.h"
 
 namespace zolt::tool {
@@ -54,6 +56,10 @@ bool Exists(SectionPath const &path, std::vector<SectionKey> const &keys);
 // Fails with the section's name and one that is near it.
 [[noreturn]] void FailWithoutSection(std::vector<Level const *> const &levels,
                                      SectionPath const &path);
+
+// Says, unless it is to be quiet, of each section that does not exist yet and has a name near to
+// one that does, that it is new: it may be a slip.
+void SayNewSections(std::span<SectionPath const *const> paths, Settings const &settings);
 
 }  // namespace zolt::tool
 

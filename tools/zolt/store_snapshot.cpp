@@ -67,13 +67,31 @@ class Visit {
 
 }  // namespace
 
-Exclusions::Exclusions(std::vector<std::string_view> const &patterns)
-    : patterns_(patterns.begin(), patterns.end()) {}
+Exclusions::Exclusions(std::vector<std::string_view> const &patterns) {
+  for (std::string_view const given : patterns) {
+    size_t const end = std::min(given.find(':'), given.size());
+    SectionPath const standard = StandardSectionNamed(given.substr(0, end));
+    std::string text(given);
+    if (!standard.top()) text = Joined(standard) + text.substr(end);
+    patterns_.push_back({std::string(given), std::move(text)});
+  }
+}
 
 bool Exclusions::MatchText(std::string const &text) const {
-  return std::ranges::any_of(patterns_, [&text](std::string const &pattern) {
-    return fnmatch(pattern.c_str(), text.c_str(), FNM_CASEFOLD | FNM_NOESCAPE) == 0;
-  });
+  bool matches = false;
+  for (Pattern const &pattern : patterns_) {
+    if (fnmatch(pattern.text.c_str(), text.c_str(), FNM_CASEFOLD | FNM_NOESCAPE) != 0) continue;
+    pattern.used = true;
+    matches = true;
+  }
+  return matches;
+}
+
+std::vector<std::string> Exclusions::Unused() const {
+  std::vector<std::string> unused;
+  for (Pattern const &pattern : patterns_)
+    if (!pattern.used) unused.push_back(pattern.given);
+  return unused;
 }
 
 bool Exclusions::Match(SectionPath const &path) const {

@@ -21,11 +21,19 @@ class Exclusions {
 
   bool Match(SectionPath const &path) const;
   bool Match(SectionPath const &path, std::string const &name) const;
+  // Those that have matched nothing, as they were given.
+  std::vector<std::string> Unused() const;
 
  private:
+  struct Pattern {
+    std::string given;
+    std::string text;  // with the path of a standard section that it begins with
+    mutable bool used = false;
+  };
+
   bool MatchText(std::string const &text) const;
 
-  std::vector<std::string> patterns_;
+  std::vector<Pattern> patterns_;
 };
 
 // Gives each section of a store from `path` down to `take`, sorted by names, with its values,

@@ -52,8 +52,9 @@ void TextCursor::CheckCharacters() {
     at_ = at;
     char32_t const character = NextCharacter(line_, &at);
     if (character == kInvalid) FailHere("is no valid UTF-8");
+    if (character == 0xFEFF) FailHere("begins with a byte order mark; UTF-8 needs none");
     if (character != '\t' && Unprintable(character)) {
-      FailHere("a control character is written as \\xNN, in quotes");
+      FailHere("a control character stands in quotes, as a backslash, x and two digits");
     }
   }
   at_ = 0;
@@ -141,7 +142,10 @@ void TextCursor::TakeEscape(std::string *local) {
   }
   int const high = escape.size() < 4 || escape[1] != 'x' ? -1 : HexDigit(escape[2]);
   int const low = high < 0 ? -1 : HexDigit(escape[3]);
-  if (low < 0) FailHere(R"(no such escape; it is \\, \", \n, \t, \r or \xNN)");
+  if (low < 0)
+    FailHere(
+        "no such escape; behind a backslash stands one more, a quote, n, t, r, or x and two "
+        "digits");
   if (high == 0 && low == 0) FailHere("a text holds no NUL; base64(1) does");
   *local += static_cast<char>(high << 4 | low);
   at_ += 4;
@@ -180,6 +184,10 @@ void TextCursor::FailHere(std::string const &message) {
 void TextCursor::FailNewer() {
   throw ToolError(kDamaged, "newer", PlaceOf(at_), "is written by a newer version of zolt",
                   "use that version");
+}
+
+void TextCursor::FailEmpty() {
+  throw ToolError(kDamaged, "syntax", name_, "is empty", "nothing is written");
 }
 
 void TextCursor::Refuse(std::string const &message, std::string const &hint) {

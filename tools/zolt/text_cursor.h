@@ -46,6 +46,7 @@ class TextCursor {
   [[noreturn]] void Fail(std::string const &message);
   [[noreturn]] void FailHere(std::string const &message);
   [[noreturn]] void FailNewer();
+  [[noreturn]] void FailEmpty();
   [[noreturn]] void Refuse(std::string const &message, std::string const &hint);
 
  private:

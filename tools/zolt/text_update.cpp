@@ -66,15 +66,20 @@ PreferenceText SideOf(Level const &level, StoreUpdate const &update, MaybeRaw Va
   return text;
 }
 
+std::string Values(size_t count) {
+  return std::to_string(count) + (count == 1 ? " value" : " values");
+}
+
 std::string Summary(StoreUpdate const &update, Level const &level, bool dryRun) {
   std::string text = std::string(level.name) + " store: ";
   if (update.sections.empty()) return text + "unchanged";
   size_t const removed = update.removals();
   size_t const written = update.changes() - removed;
-  text += std::to_string(written) + (written == 1 ? " value" : " values");
-  text += dryRun ? " would be written" : " written";
-  if (removed > 0) text += ", " + std::to_string(removed) + " removed";
-  return text;
+  char const *const would = dryRun ? " would be" : "";
+  if (written > 0 || removed == 0) text += Values(written) + would + " written";
+  if (removed == 0) return text;
+  return text + (written > 0 ? ", " + std::to_string(removed) : Values(removed) + would) +
+         " removed";
 }
 
 void SayEach(StoreUpdate const &update) {

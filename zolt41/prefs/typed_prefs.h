@@ -87,6 +87,9 @@ class ZOLT_API TYPrefs {
   int32_t ReadFree(uint32_t section, char const *name, uint32_t type, uint8_t *data, uint32_t &size,
                    int32_t parentFirst);
 
+  // Listeners are told of such writes only between the Begin and End functions of
+  // notify/transaction.h; zolt::Transaction tells by itself.
+  //
   // A number is stored as decimal text, a boolean as "Yes" or "No". A text of more than 255 bytes
   // is stored and reads as absent; a write into a section that is not registered is lost.
   int32_t WriteStr(uint32_t section, char const *name, char const *value, PrefLevel level);
