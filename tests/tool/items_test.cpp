@@ -1,5 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <vector>
+
 #include "tests/tool/background_tool.h"
 #include "tests/tool/tool_fixture.h"
 
@@ -10,7 +15,7 @@ using ItemsTest = ToolTest;
 
 TEST_F(ItemsTest, AListIsShownAndEdited) {
   Expect({
-      {"prefs items Audio L", 0, "", ""},
+      {"prefs items Audio L", 1, "", "zolt: Conferencing:Audio L: no such list\n"},
       {"prefs items Audio L --add a --add b --add c", 0, "",
        "zolt: user store: 3 values written\n"},
       {"prefs items Audio L", 0, "0\ta\n1\tb\n2\tc\n", ""},
@@ -45,6 +50,26 @@ TEST_F(ItemsTest, WhatLiesBehindAGapGoesAndOtherTypesAndNamesStay) {
       Run("prefs list Audio --only").out,
       "L0\ta\ttext\tuser\nl7\tstays\ttext\tuser\nLx\tstays\ttext\tuser\nL5\t0x00\tbytes\tuser\n"
       "L1\tb\ttext\tuser\n");
+}
+
+TEST_F(ItemsTest, EditsOfSeveralProcessesLoseNoItem) {
+  for (int i = 0; i < 10; i++) ASSERT_EQ(Run("prefs items Audio L --add old").code, 0);
+  std::vector<std::thread> editors;
+  for (char const *edit : {"--add new", "--add new", "--remove 0"}) {
+    editors.emplace_back([edit] {
+      for (int i = 0; i < 10; i++)
+        EXPECT_EQ(Run("prefs items Audio L " + std::string(edit)).code, 0);
+    });
+  }
+  for (std::thread &editor : editors) editor.join();
+  std::string const items = Run("prefs items Audio L").out;
+  EXPECT_EQ(std::ranges::count(items, '\n'), 20) << items;
+}
+
+TEST_F(ItemsTest, ANameAsLongAsItMayBeEndsTheList) {
+  std::string const list(254, 'n');
+  for (int i = 0; i < 10; i++) Set({"Audio", list + std::to_string(i), "x"});
+  EXPECT_EQ(std::ranges::count(RunTool({"prefs", "items", "Audio", list}).out, '\n'), 10);
 }
 
 TEST_F(ItemsTest, ALoadIsHeardSectionBySection) {

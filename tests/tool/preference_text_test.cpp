@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <tuple>
 
 #include "tests/support/format_page.h"
@@ -202,7 +204,8 @@ TEST_F(PreferenceTextTest, ReplaceRemovesWhatTheFileDoesNotNameAndUndoBringsItBa
       "[Audio]\nVolume = \"40\"\nMute = \"No\"\nNew = \"n\"\nsection [Lab]\nend\n";
   EXPECT_EQ(LoadBody(text, "-n --exit-code").code, 1);
   EXPECT_EQ(RunTool({"prefs", "load", "--replace", "-"}, {.input = kHead + text}).err,
-            "zolt: would remove 1 value that - does not name, which needs a yes; use -y, or -n to "
+            "zolt: would remove 1 value that standard input does not name, which needs a yes; use "
+            "-y, or -n to "
             "see it\n");
   EXPECT_EQ(Dump(), before);
   std::string const undo = InHome("undo");
@@ -262,6 +265,49 @@ TEST_F(PreferenceTextTest, DumpLeavesOutAndStandsAlone) {
             kHead + "\n[Conferencing:Audio]\nVolume = \"70\"\n\nend\n");
   EXPECT_EQ(Run("prefs dump Nowhere").code, 1);
   EXPECT_EQ(Run("prefs dump", {.output = ToolOutput::fullDevice}).code, 3);
+}
+
+TEST_F(PreferenceTextTest, ADumpIsOfOneMoment) {
+  auto const text = [](char const *value) {
+    std::string all = kHead + "[Bulk]\n";
+    for (int i = 0; i < 100; i++) all += "v" + std::to_string(i) + " = \"" + value + "\"\n";
+    return all + "end\n";
+  };
+  Load(text("a"));
+  std::atomic<bool> stop = false;
+  std::thread writer([&] {
+    for (int i = 0; !stop; i++) Load(text(i % 2 == 0 ? "b" : "a"));
+  });
+  for (int i = 0; i < 20; i++) {
+    std::string const dump = Body();
+    EXPECT_NE(dump.find("\"a\"") == std::string::npos, dump.find("\"b\"") == std::string::npos);
+  }
+  stop = true;
+  writer.join();
+}
+
+TEST_F(PreferenceTextTest, ASectionThatIsMadeIsAChange) {
+  std::string const text = kHead + "section [Only]\nend\n";
+  EXPECT_EQ(Run("prefs diff -", {.input = text}).out, "Only\tcreated\n");
+  EXPECT_EQ(Run("--json prefs diff -", {.input = text}).out,
+            "[{\"schema\":1,\"section\":\"Only\",\"id\":\"0x94C4E4F5\",\"name\":\"\","
+            "\"level\":\"user\",\"kind\":\"section\",\"changed\":true}]\n");
+  EXPECT_EQ(Load(text, "-n").err,
+            "Only: made (not written)\nzolt: user store: 1 section would be made\n");
+  EXPECT_EQ(Load(text).err, "zolt: user store: 1 section made\n");
+  EXPECT_EQ(Load(text).err, "zolt: user store: unchanged\n");
+}
+
+TEST_F(PreferenceTextTest, UndoHasTheSpellingThatWasStored) {
+  Set({"Audio", "Volume", "70"});
+  std::string const before = Dump();
+  std::string const undo = InHome("undo");
+  EXPECT_EQ(RunTool({"prefs", "load", "--undo", undo, "-"},
+                    {.input = kHead + "[audio]\nunset VOLUME\nend\n"})
+                .code,
+            0);
+  EXPECT_EQ(RunTool({"prefs", "load", undo}).code, 0);
+  EXPECT_EQ(Dump(), before);
 }
 
 TEST_F(PreferenceTextTest, LoadGoesToTheStoreOfTheFileOrTheOneAskedFor) {

@@ -159,6 +159,14 @@ void ValuesDocument::Finish() {
 void WriteUpdateDocument(StoreUpdate const &update, Level const &level, Output &out) {
   bool any = false;
   for (SectionUpdate const &section : update.sections) {
+    if (section.made) {
+      Json object = Head(section.path, "");
+      object["level"] = level.name;
+      object["kind"] = "section";
+      object["changed"] = true;
+      out.Write(Separator(any) + Line(object));
+      any = true;
+    }
     for (ValueUpdate const &value : section.values) {
       Json object = Head(section.path, value.name);
       object["level"] = level.name;

@@ -26,6 +26,21 @@ bool AllExist(Level const &level, std::span<SectionPath const *const> paths) {
   });
 }
 
+// The keys that are made in a tree while this lives are kept together or not at all. In one that
+// may not be written none are made.
+class KeysTogether {
+ public:
+  explicit KeysTogether(HKEY root) : hive_(root), begun_(hive_.Begin() == ERROR_SUCCESS) {}
+
+  void Keep() {
+    if (begun_ && hive_.Commit() != ERROR_SUCCESS) throw StoreFailure("sections");
+  }
+
+ private:
+  HiveTransaction hive_;
+  bool begun_;
+};
+
 }  // namespace
 
 OpenSections::OpenSections(Level const &level, std::span<SectionPath const *const> paths)
@@ -38,13 +53,17 @@ OpenSections::OpenSections(Level const &level, std::span<SectionPath const *cons
   }
   prefs_ = level.store();
   if (prefs_ == nullptr) throw StoreFailure(std::string(level.name) + " store");
-  for (SectionPath const *const path : paths) Open(*path);
+  OpenAll(paths);
 }
 
-bool OpenSections::Has(std::span<SectionPath const *const> paths) const {
-  return std::ranges::all_of(paths, [this](SectionPath const *path) {
-    return path->top() || ids_.contains(KeyOf(*path));
-  });
+void OpenSections::OpenAll(std::span<SectionPath const *const> paths) {
+  std::optional<KeysTogether> user;
+  std::optional<KeysTogether> machine;
+  if (library_) user.emplace(HKEY_CURRENT_USER);
+  if (library_) machine.emplace(HKEY_LOCAL_MACHINE);
+  for (SectionPath const *const path : paths) Open(*path);
+  if (machine) machine->Keep();
+  if (user) user->Keep();
 }
 
 uint32_t OpenSections::IdOf(SectionPath const &path) const {

@@ -20,13 +20,12 @@ class OpenSections {
  public:
   OpenSections(Level const &level, std::span<SectionPath const *const> paths);
 
-  bool Has(std::span<SectionPath const *const> paths) const;
-
   // The id under which the section is open: its own, or where another one has the same, or it has
   // none, one that only this process uses.
   uint32_t IdOf(SectionPath const &path) const;
 
  private:
+  void OpenAll(std::span<SectionPath const *const> paths);
   int32_t Open(SectionPath const &path);
   int32_t IdFor(SectionPath const &path);
 

@@ -23,7 +23,8 @@ class OutputFile {
 
  private:
   std::string path_;
-  std::string written_;  // what is renamed, or ""
+  bool special_;
+  std::string written_ = {};  // what is renamed, or ""
   Output out_;
 };
 

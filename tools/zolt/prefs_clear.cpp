@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <functional>
 #include <utility>
+#include <vector>
 
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
@@ -36,6 +39,31 @@ StoreUpdate Look(Level const &level, SectionPath const &path, bool recursive) {
   return update;
 }
 
+std::vector<SectionPath> SectionsOf(StoreUpdate const &update) {
+  std::vector<SectionPath> paths;
+  for (SectionUpdate const &section : update.sections) paths.push_back(section.path);
+  return paths;
+}
+
+// Without the sections that have come since: they are not open.
+StoreUpdate OfThese(StoreUpdate update, std::vector<SectionPath> const &seen) {
+  std::erase_if(update.sections, [&seen](SectionUpdate const &section) {
+    return std::ranges::none_of(seen, [&section](SectionPath const &path) {
+      return std::ranges::equal(section.path.names(), path.names());
+    });
+  });
+  return update;
+}
+
+// Gives up what was seen before it looks again.
+StoreUpdate Write(Level const &level, StoreUpdate seen, std::function<StoreUpdate()> const &look) {
+  std::vector<SectionPath> const sections = SectionsOf(seen);
+  seen = {};
+  std::vector<SectionPath const *> paths;
+  for (SectionPath const &path : sections) paths.push_back(&path);
+  return WriteUpdate(level, paths, [&] { return OfThese(look(), sections); });
+}
+
 int Clear(Call const &call) {
   SectionPath const path = SectionPath::FromOperand(call.operands[0]);
   bool const recursive = call.arguments.Has(OptionId::recursive);
@@ -46,7 +74,7 @@ int Clear(Call const &call) {
   if (!call.settings.dryRun && !update.sections.empty()) {
     SayWhoseStore(call.settings, level);
     Progress const progress(call.settings, "removing");
-    update = WriteUpdate(level, std::move(update), look);
+    update = Write(level, std::move(update), look);
   }
   return ReportUpdate(update, level, call);
 }

@@ -19,6 +19,7 @@ void WriteTable(StoreUpdate const &update, Call const &call) {
   Table table(call.settings, call.out, 5);
   bool const brief = call.out.terminal();
   for (SectionUpdate const &section : update.sections) {
+    if (section.made) table.Add({section.path.Text(), "created", "", "", ""});
     for (ValueUpdate const &value : section.values) {
       table.Add({section.path.Text(), KindOf(value), ToUtf8(value.name),
                  Column(Interpreted(value.before), brief),
@@ -33,15 +34,19 @@ int Diff(Call const &call) {
   if (patch && call.settings.json) Refuse("", "--patch and --json exclude each other");
   PrepareLibrary(call.arguments, call.settings);
   PreferenceText const text = TextFrom(call, call.operands[0]);
-  StoreUpdate const update = UpdateOf(text, call.arguments.Has(OptionId::replace));
+  StoreUpdate update;
+  {
+    Progress progress(call.settings, "comparing");
+    update = UpdateOf(text, call.arguments.Has(OptionId::replace), &progress);
+  }
   if (patch) {
-    call.out.Write(PatchOf(*text.level, update));
+    WritePatch(*text.level, update, call.out);
   } else if (call.settings.json) {
     WriteUpdateDocument(update, *text.level, call.out);
   } else {
     WriteTable(update, call);
   }
-  return update.sections.empty() ? kDone : kNo;
+  return update.any() ? kNo : kDone;
 }
 
 }  // namespace
@@ -57,7 +62,8 @@ Verb const kPrefsDiff = {
     .run = Diff,
     .description =
         "Lists section, change, name, old and new value of what prefs load FILE would change, and\n"
-        "ends with 1 if there is something. With --replace, what that would remove, too. With\n"
+        "ends with 1 if there is something; a section that is made has no name behind it. With "
+        "--replace, what that would remove, too. With\n"
         "--patch it is a text that prefs load takes.",
     .examples =
         "  zolt prefs diff settings.txt\n"

@@ -1,4 +1,5 @@
-#include <optional>
+#include <utility>
+#include <vector>
 
 #include "tools/zolt/documents.h"
 #include "tools/zolt/errors.h"
@@ -15,30 +16,47 @@ namespace zolt::tool {
 
 namespace {
 
+// All of it as it was at one moment. Nobody can write meanwhile, so nothing is written out before
+// it is over. Of a store that we may not write there is no such moment.
+std::vector<TextSection> Snapshot(Level const &level, SectionPath const &path,
+                                  Exclusions const &exclusions, Progress *progress) {
+  HiveTransaction hive(level.root);
+  bool const there = SectionKey(level, path, SectionKey::Role::first).key() != 0;
+  if (!there && !path.standard()) FailWithoutSection({&level}, path);
+  if (there && hive.Begin() != ERROR_SUCCESS) {
+    ToolError const failure = StoreFailure(std::string(level.name) + " store");
+    if (failure.kind != std::string_view("denied")) throw failure;
+  }
+  std::vector<TextSection> sections;
+  VisitStore(level, path, exclusions, [&](TextSection &&section) {
+    progress->Step(section.values.size());
+    sections.push_back(std::move(section));
+  });
+  return sections;
+}
+
 void DumpTo(Output &out, SectionPath const &path, Call const &call) {
   Level const &level = *call.settings.level;
   Exclusions const exclusions(call.arguments.Values(OptionId::exclude));
-  ValuesDocument document(out);
-  bool const json = call.settings.json;
-  Progress progress(call.settings, "reading");
-  if (!json) out.Write(TextHead(level));
-  bool const found = VisitStore(level, path, exclusions, [&](TextSection &&section) {
-    if (json) {
-      document.Add(section, level);
-    } else {
-      out.Write(TextOf(section));
-    }
-  });
-  if (!found && !path.standard()) FailWithoutSection({&level}, path);
+  std::vector<TextSection> sections;
+  {
+    Progress progress(call.settings, "reading");
+    sections = Snapshot(level, path, exclusions, &progress);
+  }
   for (std::string const &pattern : exclusions.Unused()) {
-    if (!call.settings.quiet)
+    if (!call.settings.quiet) {
       WriteError("zolt: " + Escape("--exclude " + pattern + " matches nothing"));
+    }
   }
-  if (json) {
+  if (call.settings.json) {
+    ValuesDocument document(out);
+    for (TextSection const &section : sections) document.Add(section, level);
     document.Finish();
-  } else {
-    out.Write(TextEnd());
+    return;
   }
+  out.Write(TextHead(level));
+  for (TextSection const &section : sections) out.Write(TextOf(section));
+  out.Write(TextEnd());
 }
 
 int Dump(Call const &call) {

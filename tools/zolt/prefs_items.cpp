@@ -25,6 +25,10 @@ struct List {
   SectionPath path;
   std::string name;  // in the code page of the stores
 
+  bool HasName(size_t index) const {
+    return name.size() + std::to_string(index).size() <= kLongestItemName;
+  }
+
   std::string ItemName(size_t index) const {
     std::string item = name + std::to_string(index);
     if (item.size() > kLongestItemName) Refuse(ToUtf8(item), "the name of an item is too long");
@@ -45,17 +49,34 @@ struct List {
   }
 };
 
-// The items of the store itself, up to the first index without a value.
+// The items of the store itself, up to the first index without a value or with too long a name.
 std::vector<RawValue> StoredItems(List const &list, HKEY key) {
   std::vector<RawValue> items;
-  while (MaybeRaw raw = ReadRaw(key, list.ItemName(items.size()))) items.push_back(std::move(*raw));
+  while (list.HasName(items.size())) {
+    MaybeRaw raw = ReadRaw(key, list.ItemName(items.size()));
+    if (!raw) break;
+    items.push_back(std::move(*raw));
+  }
   return items;
+}
+
+// Where else on the chain there is such a list.
+std::string Elsewhere(List const &list, std::vector<SectionKey> const &keys) {
+  for (SectionKey const &key : keys) {
+    if (ReadRaw(key.key(), list.ItemName(0)))
+      return "-L " + std::string(key.level().name) + " has one";
+  }
+  return "";
 }
 
 int Show(List const &list, Call const &call) {
   std::vector<SectionKey> const keys = OpenAlong(ReadLevels(call.settings), list.path);
   if (!Exists(list.path, keys)) FailWithoutSection(ReadLevels(call.settings), list.path);
   size_t const count = StoredItems(list, keys.front().key()).size();
+  if (count == 0) {
+    throw ToolError(kNo, "absent", Subject(list.path, list.name), "no such list",
+                    Elsewhere(list, keys));
+  }
   std::vector<Entry> entries;
   for (size_t i = 0; i < count; i++) {
     std::string name = list.ItemName(i);
@@ -121,7 +142,6 @@ StoreUpdate Look(Level const &level, List const &list, Edit const &edit) {
     ValueUpdate item{list.ItemName(i), {}, {}};
     if (i < before.size()) item.before = before[i];
     if (i < after.size()) item.after = after[i];
-    // Where the list ended nobody else may have added one meanwhile.
     if (item.changes()) section.values.push_back(std::move(item));
   }
   // What lies behind a gap would join a list that grows.
@@ -148,7 +168,7 @@ int Items(Call const &call) {
     SayWhoseStore(call.settings, level);
     SectionPath const *const paths[] = {&list.path};
     SayNewSections(paths, call.settings);
-    update = WriteUpdate(level, std::move(update), look);
+    update = WriteUpdate(level, paths, look);
   }
   return ReportUpdate(update, level, call);
 }

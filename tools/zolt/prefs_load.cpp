@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <exception>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/zolt/confirm.h"
@@ -15,52 +17,94 @@ namespace zolt::tool {
 
 namespace {
 
-// Looks at the store, asks what has to be asked, and saves the way back.
-class Looker {
- public:
-  Looker(Call const &call, PreferenceText const &text)
-      : call_(call),
-        text_(text),
-        replace_(call.arguments.Has(OptionId::replace)),
-        undo_(call.arguments.Value(OptionId::undo)) {}
+constexpr char kInput[] = "standard input";
 
-  StoreUpdate Look() {
-    StoreUpdate update = UpdateOf(text_, replace_);
-    // Again only if it has become more while others wrote.
-    size_t const unnamed = update.unnamed();
-    if (unnamed > agreed_) {
-      Confirm("remove " + std::to_string(unnamed) + (unnamed == 1 ? " value" : " values") +
-                  " that " + std::string(call_.operands[0]) + " does not name",
-              call_.settings);
-      agreed_ = unnamed;
-    }
-    if (!undo_.empty() && !call_.settings.dryRun) SaveUndo(update);
-    return update;
+// What is agreed to before anybody is kept from writing, and holds while that is so.
+class Agreement {
+ public:
+  Agreement(Call const &call, PreferenceText const &text)
+      : call_(call), text_(text), undo_(call.arguments.Value(OptionId::undo)) {}
+
+  StoreUpdate Look(Progress *progress) const {
+    return UpdateOf(text_, call_.arguments.Has(OptionId::replace), progress);
   }
 
- private:
-  // Nothing that is there goes, unless that is agreed to: it may be the way back from before.
-  void SaveUndo(StoreUpdate const &update) {
-    if (update.sections.empty()) return;
-    if (!mayOverwrite_ && IsThere(undo_)) {
-      if (IsSameFile(undo_, std::string(call_.operands[0]))) {
-        Refuse(undo_, "is the file that is loaded");
-      }
-      Confirm("write over " + undo_, call_.settings);
+  void Ask(StoreUpdate const &update) {
+    unnamed_ = update.unnamed();
+    if (unnamed_ > 0) {
+      std::string_view const file = call_.operands[0] == "-" ? kInput : call_.operands[0];
+      Confirm("remove " + std::to_string(unnamed_) + (unnamed_ == 1 ? " value" : " values") +
+                  " that " + std::string(file) + " does not name",
+              call_.settings);
     }
-    mayOverwrite_ = true;
+    if (undo_.empty() || !IsThere(undo_)) return;
+    // It may be the way back from before.
+    if (IsSameFile(undo_, std::string(call_.operands[0]))) {
+      Refuse(undo_, "is the file that is loaded");
+    }
+    Confirm("write over " + undo_, call_.settings);
+  }
+
+  // False if somebody has made it more than was agreed to.
+  bool Covers(StoreUpdate const &update) const { return update.unnamed() <= unnamed_; }
+
+  void SaveUndo(StoreUpdate const &update) const {
+    if (undo_.empty() || !update.any()) return;
     OutputFile file(undo_);
-    file.out().Write(UndoOf(*text_.level, update));
+    WriteUndo(*text_.level, update, file.out());
     file.Finish();
   }
 
+ private:
   Call const &call_;
   PreferenceText const &text_;
-  bool replace_;
   std::string undo_;
-  size_t agreed_ = 0;
-  bool mayOverwrite_ = false;
+  size_t unnamed_ = 0;
 };
+
+class MoreThanAgreed : public std::exception {};
+
+// The sections that a look found missing, which a later one does not know any more.
+std::vector<SectionPath> MissingIn(StoreUpdate const &update) {
+  std::vector<SectionPath> missing;
+  for (SectionUpdate const &section : update.sections)
+    if (section.made) missing.push_back(section.path);
+  return missing;
+}
+
+void AddMade(std::vector<SectionPath> const &made, StoreUpdate *update) {
+  for (SectionPath const &path : made) {
+    auto const same = [&path](SectionUpdate const &section) {
+      return std::ranges::equal(section.path.names(), path.names());
+    };
+    auto found = std::ranges::find_if(update->sections, same);
+    if (found == update->sections.end()) {
+      update->sections.push_back({.path = path, .values = {}});
+      found = update->sections.end() - 1;
+    }
+    found->made = true;
+  }
+}
+
+// Gives up what was seen before it looks again, and then the text: many values are held once.
+StoreUpdate Write(PreferenceText *text, StoreUpdate seen, Agreement const &agreement,
+                  Progress *progress) {
+  std::vector<SectionPath const *> paths;
+  for (TextSection const &section : text->sections) paths.push_back(&section.path);
+  std::string const work = "writing " + std::to_string(seen.changes()) + " values";
+  std::vector<SectionPath> const missing = MissingIn(seen);
+  seen = {};
+  StoreUpdate update = WriteUpdate(*text->level, paths, [&] {
+    StoreUpdate now = agreement.Look(nullptr);
+    if (!agreement.Covers(now)) throw MoreThanAgreed();
+    agreement.SaveUndo(now);
+    text->sections.clear();
+    progress->Begin(work);
+    return now;
+  });
+  AddMade(missing, &update);
+  return update;
+}
 
 int Load(Call const &call) {
   if (call.arguments.Has(OptionId::undo)) {
@@ -68,19 +112,27 @@ int Load(Call const &call) {
     if (undo.empty() || undo == "-") Refuse("--undo", "names no file");
   }
   PrepareLibrary(call.arguments, call.settings);
-  PreferenceText const text = TextFrom(call, call.operands[0]);
-  Looker looker(call, text);
-  StoreUpdate update = looker.Look();
-  if (!call.settings.dryRun && !update.sections.empty()) {
-    SayWhoseStore(call.settings, *text.level);
-    std::vector<SectionPath const *> paths;
-    for (SectionUpdate const &section : update.sections) paths.push_back(&section.path);
-    SayNewSections(paths, call.settings);
-    Progress const progress(call.settings,
-                            "writing " + std::to_string(update.changes()) + " values");
-    update = WriteUpdate(*text.level, std::move(update), [&looker] { return looker.Look(); });
+  PreferenceText text = TextFrom(call, call.operands[0]);
+  Level const &level = *text.level;
+  Agreement agreement(call, text);
+  for (bool said = false;; said = true) {
+    StoreUpdate update;
+    {
+      Progress progress(call.settings, "comparing");
+      update = agreement.Look(&progress);
+    }
+    if (call.settings.dryRun || !update.any()) return ReportUpdate(update, level, call);
+    agreement.Ask(update);
+    if (!said) SayWhoseStore(call.settings, level);
+    if (!said) SayNewSections(PathsOf(update), call.settings);
+    try {
+      Progress progress(call.settings, "writing");
+      update = Write(&text, std::move(update), agreement, &progress);
+    } catch (MoreThanAgreed const &) {
+      continue;
+    }
+    return ReportUpdate(update, level, call);
   }
-  return ReportUpdate(update, *text.level, call);
 }
 
 }  // namespace

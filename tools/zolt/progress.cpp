@@ -57,7 +57,8 @@ std::string Progress::LineNow() {
     line += " [" + std::string(filled, '#') + std::string(kBarWidth - filled, ' ') + "] " +
             std::to_string(part * 100 / steps_) + "%";
   } else {
-    line += " ...";
+    size_t const done = done_.load(std::memory_order_relaxed);
+    line += done > 0 ? " " + std::to_string(done) : " ...";
   }
   return line + "\033[K";
 }

@@ -20,9 +20,10 @@ class Progress {
   Progress(Progress const &) = delete;
   Progress &operator=(Progress const &) = delete;
 
-  // What is being done now, and in how many steps; 0 if that is not known.
+  // What is being done now, and in how many steps; 0 if that is not known: then only their number
+  // is shown.
   void Begin(std::string what, size_t steps = 0);
-  void Step() { done_.fetch_add(1, std::memory_order_relaxed); }
+  void Step(size_t count = 1) { done_.fetch_add(count, std::memory_order_relaxed); }
 
  private:
   void Draw();

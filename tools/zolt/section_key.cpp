@@ -63,6 +63,8 @@ std::string Replaced(SectionPath const &path, size_t known, std::string const &n
 
 std::string NearSection(std::vector<Level const *> const &levels, SectionPath const &path) {
   size_t const known = KnownNames(levels, path);
+  // Somebody has made it meanwhile.
+  if (known == path.names().size()) return "";
   std::vector<std::string> names;
   std::vector<std::string> paths;
   for (SectionKey const &key : OpenAlong(levels, path.Above(known))) {

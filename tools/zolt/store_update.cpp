@@ -1,8 +1,6 @@
 #include "tools/zolt/store_update.h"
 
 #include <algorithm>
-#include <optional>
-#include <utility>
 
 #include "tools/zolt/errors.h"
 #include "tools/zolt/open_sections.h"
@@ -25,16 +23,6 @@ ToolError ChannelHeld() {
   return {kLocked, "timeout", "channel of changes", "held by " + holder, hint};
 }
 
-void Expect(Transaction *transaction, uint32_t section, ValueUpdate const &value) {
-  if (!value.before) {
-    transaction->Expect(section, value.name.c_str(), nullptr);
-    return;
-  }
-  std::string const &data = value.before->data;
-  transaction->ExpectFree(section, value.name.c_str(), value.before->type, data.data(),
-                          static_cast<uint32_t>(data.size()));
-}
-
 void Add(Transaction *transaction, uint32_t section, ValueUpdate const &value) {
   if (!value.after) {
     transaction->Remove(section, value.name.c_str());
@@ -45,22 +33,12 @@ void Add(Transaction *transaction, uint32_t section, ValueUpdate const &value) {
                        static_cast<uint32_t>(data.size()));
 }
 
-std::vector<SectionPath const *> PathsOf(StoreUpdate const &update) {
-  std::vector<SectionPath const *> paths;
-  for (SectionUpdate const &section : update.sections) paths.push_back(&section.path);
-  return paths;
-}
-
-Commit Write(Level const &level, OpenSections const &sections, StoreUpdate const &update) {
-  Transaction transaction(level.level);
+void AddTo(Transaction *transaction, OpenSections const &sections, StoreUpdate const &update) {
   for (SectionUpdate const &section : update.sections) {
     uint32_t const id = sections.IdOf(section.path);
-    for (ValueUpdate const &value : section.values) {
-      Expect(&transaction, id, value);
-      if (value.changes()) Add(&transaction, id, value);
-    }
+    for (ValueUpdate const &value : section.values)
+      if (value.changes()) Add(transaction, id, value);
   }
-  return transaction.Write();
 }
 
 template <typename Which>
@@ -85,26 +63,30 @@ size_t StoreUpdate::unnamed() const {
   return Count(*this, &ValueUpdate::unnamed);
 }
 
-StoreUpdate WriteUpdate(Level const &level, StoreUpdate update,
+size_t StoreUpdate::sectionsMade() const {
+  return static_cast<size_t>(std::ranges::count_if(sections, &SectionUpdate::made));
+}
+
+std::vector<SectionPath const *> PathsOf(StoreUpdate const &update) {
+  std::vector<SectionPath const *> paths;
+  for (SectionUpdate const &section : update.sections) paths.push_back(&section.path);
+  return paths;
+}
+
+StoreUpdate WriteUpdate(Level const &level, std::span<SectionPath const *const> paths,
                         std::function<StoreUpdate()> const &look) {
-  std::optional<OpenSections> sections;
-  for (;;) {
-    std::vector<SectionPath const *> const paths = PathsOf(update);
-    if (!sections || !sections->Has(paths)) sections.emplace(level, paths);
-    switch (Write(level, *sections, update)) {
-      case Commit::done:
-      case Commit::unchanged:
-        return update;
-      case Commit::mismatch:
-        // Somebody else has written, so it goes on for all together.
-        update = look();
-        continue;
-      case Commit::timed_out:
-        throw ChannelHeld();
-      default:
-        throw StoreFailure(std::string(level.name) + " store");
-    }
+  OpenSections const sections(level, paths);
+  Transaction transaction(level.level);
+  StoreUpdate update;
+  Commit const result = transaction.Write([&] {
+    update = look();
+    AddTo(&transaction, sections, update);
+  });
+  if (result == Commit::timed_out) throw ChannelHeld();
+  if (result != Commit::done && result != Commit::unchanged) {
+    throw StoreFailure(std::string(level.name) + " store");
   }
+  return update;
 }
 
 }  // namespace zolt::tool

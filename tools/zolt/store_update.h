@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -26,22 +27,28 @@ struct ValueUpdate {
 struct SectionUpdate {
   SectionPath path;
   std::vector<ValueUpdate> values;
+  bool made = false;  // it is missing
 };
 
 struct StoreUpdate {
   std::vector<SectionUpdate> sections;
 
+  bool any() const { return changes() > 0 || sectionsMade() > 0; }
   // How many values change, and how many of these are removed, or removed unnamed.
   size_t changes() const;
+  size_t sectionsMade() const;
   size_t removals() const;
   size_t unnamed() const;
 };
 
-// Writes what changes in one transaction, with events, if all values are still as they were looked
-// at; sections that are named and missing are made. If somebody else has written meanwhile `look`
-// is asked for another look, and so on. Gives the update that was written. Throws if that fails.
-StoreUpdate WriteUpdate(Level const &level, StoreUpdate update,
+// Opens the sections, making those that are missing, and asks `look` for the update while nobody
+// else can write to the store; what then changes is written in one transaction, with events. Gives
+// the update. Throws if that fails, or what `look` throws, with nothing written.
+StoreUpdate WriteUpdate(Level const &level, std::span<SectionPath const *const> paths,
                         std::function<StoreUpdate()> const &look);
+
+// The sections of an update.
+std::vector<SectionPath const *> PathsOf(StoreUpdate const &update);
 
 }  // namespace zolt::tool
 

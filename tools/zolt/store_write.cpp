@@ -1,7 +1,5 @@
 #include "tools/zolt/store_write.h"
 
-#include <utility>
-
 #include "tools/zolt/section_key.h"
 #include "tools/zolt/store_update.h"
 
@@ -48,14 +46,13 @@ std::vector<Change> ChangeAtOnce(Level const &level, SectionPath const &path,
                                  std::vector<std::string> const &names,
                                  std::function<void(std::vector<Change> *)> const &decide) {
   std::vector<Change> changes;
-  auto const look = [&] {
+  SectionPath const *const paths[] = {&path};
+  WriteUpdate(level, paths, [&] {
     StoreUpdate update;
     update.sections.push_back(Look(level, path, names));
     changes = Decide(decide, &update.sections.front());
     return update;
-  };
-  StoreUpdate update = look();
-  if (update.changes() > 0) WriteUpdate(level, std::move(update), look);
+  });
   return changes;
 }
 

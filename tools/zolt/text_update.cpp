@@ -1,5 +1,6 @@
 #include "tools/zolt/text_update.h"
 
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -55,16 +56,40 @@ void AddUnnamed(TextSection const &section, SectionKey const &key, SectionUpdate
   }
 }
 
-PreferenceText SideOf(Level const &level, StoreUpdate const &update, MaybeRaw ValueUpdate::*side) {
-  PreferenceText text{.level = &level, .sections = {}};
+void WriteSide(Level const &level, StoreUpdate const &update, MaybeRaw ValueUpdate::*side,
+               Output &out) {
+  out.Write(TextHead(level));
   for (SectionUpdate const &section : update.sections) {
     TextSection changed{.path = section.path, .onlyThere = section.values.empty()};
     for (ValueUpdate const &value : section.values)
       changed.values.push_back({value.name, value.*side});
-    text.sections.push_back(std::move(changed));
+    out.Write(TextOf(changed));
   }
-  return text;
+  out.Write(TextEnd());
 }
+
+// The names of a section as they are stored, by those without case; read when first asked for.
+class StoredSpelling {
+ public:
+  explicit StoredSpelling(SectionKey const &key) : key_(key) {}
+
+  std::string const &Of(std::string const &name) {
+    if (!read_) {
+      for (std::string &stored : key_.ValueNames()) {
+        std::string folded = Folded(stored);
+        names_.emplace(std::move(folded), std::move(stored));
+      }
+      read_ = true;
+    }
+    auto const found = names_.find(Folded(name));
+    return found == names_.end() ? name : found->second;
+  }
+
+ private:
+  SectionKey const &key_;
+  std::unordered_map<std::string, std::string> names_;
+  bool read_ = false;
+};
 
 std::string Values(size_t count) {
   return std::to_string(count) + (count == 1 ? " value" : " values");
@@ -72,7 +97,12 @@ std::string Values(size_t count) {
 
 std::string Summary(StoreUpdate const &update, Level const &level, bool dryRun) {
   std::string text = std::string(level.name) + " store: ";
-  if (update.sections.empty()) return text + "unchanged";
+  if (!update.any()) return text + "unchanged";
+  size_t const made = update.sectionsMade();
+  if (update.changes() == 0) {
+    return text + std::to_string(made) + (made == 1 ? " section" : " sections") +
+           (dryRun ? " would be made" : " made");
+  }
   size_t const removed = update.removals();
   size_t const written = update.changes() - removed;
   char const *const would = dryRun ? " would be" : "";
@@ -84,6 +114,7 @@ std::string Summary(StoreUpdate const &update, Level const &level, bool dryRun) 
 
 void SayEach(StoreUpdate const &update) {
   for (SectionUpdate const &section : update.sections) {
+    if (section.made) WriteError(Escape(section.path.Text() + ": made (not written)"));
     for (ValueUpdate const &value : section.values) {
       WriteError(Escape(Subject(section.path, value.name) + ": " +
                         Describe(Interpreted(value.before)) + " -> " +
@@ -101,31 +132,33 @@ PreferenceText TextFrom(Call const &call, std::string_view file) {
   return text;
 }
 
-StoreUpdate UpdateOf(PreferenceText const &text, bool replace) {
+StoreUpdate UpdateOf(PreferenceText const &text, bool replace, Progress *progress) {
   CheckParents(text);
   StoreUpdate update;
   for (TextSection const &section : text.sections) {
     SectionKey const key(*text.level, section.path, SectionKey::Role::first);
-    SectionUpdate changed{section.path, {}};
+    StoredSpelling spelling(key);
+    SectionUpdate changed{.path = section.path, .values = {}};
     for (TextValue const &value : section.values) {
+      if (progress != nullptr) progress->Step();
       MaybeRaw before = ReadRaw(key.key(), value.name);
-      if (before != value.value) {
-        changed.values.push_back({value.name, std::move(before), value.value});
-      }
+      if (before == value.value) continue;
+      std::string const &name = value.value ? value.name : spelling.Of(value.name);
+      changed.values.push_back({name, std::move(before), value.value});
     }
     if (replace && !section.onlyThere) AddUnnamed(section, key, &changed);
-    bool const made = key.key() == 0 && !section.path.standard();
-    if (made || !changed.values.empty()) update.sections.push_back(std::move(changed));
+    changed.made = key.key() == 0 && !section.path.standard();
+    if (changed.made || !changed.values.empty()) update.sections.push_back(std::move(changed));
   }
   return update;
 }
 
-std::string PatchOf(Level const &level, StoreUpdate const &update) {
-  return TextOf(SideOf(level, update, &ValueUpdate::after));
+void WritePatch(Level const &level, StoreUpdate const &update, Output &out) {
+  WriteSide(level, update, &ValueUpdate::after, out);
 }
 
-std::string UndoOf(Level const &level, StoreUpdate const &update) {
-  return TextOf(SideOf(level, update, &ValueUpdate::before));
+void WriteUndo(Level const &level, StoreUpdate const &update, Output &out) {
+  WriteSide(level, update, &ValueUpdate::before, out);
 }
 
 int ReportUpdate(StoreUpdate const &update, Level const &level, Call const &call) {
@@ -136,7 +169,7 @@ int ReportUpdate(StoreUpdate const &update, Level const &level, Call const &call
     if (settings.dryRun) SayEach(update);
     WriteError("zolt: " + Summary(update, level, settings.dryRun));
   }
-  return settings.dryRun && settings.exitCode && !update.sections.empty() ? kNo : kDone;
+  return settings.dryRun && settings.exitCode && update.any() ? kNo : kDone;
 }
 
 }  // namespace zolt::tool

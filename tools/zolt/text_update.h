@@ -4,6 +4,7 @@
 #include <string>
 
 #include "tools/zolt/preference_text.h"
+#include "tools/zolt/progress.h"
 #include "tools/zolt/store_update.h"
 #include "tools/zolt/verbs.h"
 
@@ -17,11 +18,11 @@ PreferenceText TextFrom(Call const &call, std::string_view file);
 // not name in its sections. Sections that are missing are among it, with no value. Throws a usage
 // error, with the place, for a section that lies in one which is neither in the store nor in the
 // text.
-StoreUpdate UpdateOf(PreferenceText const &text, bool replace);
+StoreUpdate UpdateOf(PreferenceText const &text, bool replace, Progress *progress = nullptr);
 
-// The text that makes an update, or that takes it back.
-std::string PatchOf(Level const &level, StoreUpdate const &update);
-std::string UndoOf(Level const &level, StoreUpdate const &update);
+// Write the text that makes an update, or that takes it back; sections stay.
+void WritePatch(Level const &level, StoreUpdate const &update, Output &out);
+void WriteUndo(Level const &level, StoreUpdate const &update, Output &out);
 
 // Says what an update did or, under -n and value by value, would do. Gives the exit code.
 int ReportUpdate(StoreUpdate const &update, Level const &level, Call const &call);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <exception>
 #include <span>
 #include <string>
 #include <string_view>
@@ -139,7 +140,6 @@ Commit Transaction::CheckExpected(ChangeSet *changes) {
 
 Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
   WinPrefs *const store = StoreOf(level_);
-  if (hive->Begin() != ERROR_SUCCESS) return FailureOfHive();
   // A section may not be open because the hive could not be read, which its own failure tells.
   if (Commit const open = CheckSections(); open != Commit::done) return open;
   // What is expected was so before the changes, wherever it was said.
@@ -170,32 +170,49 @@ Commit Transaction::CheckSections() const {
 }
 
 Commit Transaction::Write() {
+  return Write({});
+}
+
+Commit Transaction::Write(std::function<void()> const &look) {
   ClearFailure();
   Commit result = Commit::unchanged;
   if (StoreOf(level_) == nullptr) {
     result = Refuse(Failure::denied, Commit::denied, "level");
-  } else if (!collected_->steps.empty() || !collected_->expected.empty()) {
-    result = WriteAndAnnounce();
+  } else if (look || !collected_->steps.empty() || !collected_->expected.empty()) {
+    result = WriteAndAnnounce(look);
   }
   collected_->expected.clear();
   collected_->steps.clear();
   return result;
 }
 
-Commit Transaction::WriteAndAnnounce() {
+Commit Transaction::WriteAndAnnounce(std::function<void()> const &look) {
   ChannelGuard const channel;
   if (channel.timedOut()) {
     return Refuse(Failure::timed_out, Commit::timed_out, "/ZO/ZOLT/SECURE2");
   }
-  Announcing const announcing;
   ChangeSet changes;
-  Commit result = Commit::io;
+  std::exception_ptr thrown;
+  Commit result = Commit::unchanged;
   {
-    HiveTransaction hive(TreeOf(level_).root);
-    result = Apply(&changes, &hive);
+    Announcing const announcing;
+    try {
+      result = LookAndApply(look, &changes);
+    } catch (...) {
+      // Nothing was written, so there is nothing that nobody told.
+      thrown = std::current_exception();
+    }
+    if (result == Commit::done) AnnounceChanges(changes, level_, extra_);
   }
-  if (result == Commit::done) AnnounceChanges(changes, level_, extra_);
+  if (thrown != nullptr) std::rethrow_exception(thrown);
   return result;
+}
+
+Commit Transaction::LookAndApply(std::function<void()> const &look, ChangeSet *changes) {
+  HiveTransaction hive(TreeOf(level_).root);
+  if (hive.Begin() != ERROR_SUCCESS) return FailureOfHive();
+  if (look) look();
+  return Apply(changes, &hive);
 }
 
 }  // namespace zolt

@@ -2,6 +2,7 @@
 #define ZOLT41_PREFS_WRITE_TRANSACTION_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "zolt41/platform/system/api.h"
@@ -68,12 +69,19 @@ class ZOLT_API Transaction {
   // memory cannot be had it writes, and nobody hears.
   [[nodiscard]] Commit Write();
 
+  // The same, but first calls `look`, while all is held that keeps other programs from writing to
+  // the store: what it reads stays so until it is written. It may call the functions above and read
+  // the store; it must not write by other means, nor wait for anybody. What it throws comes
+  // through, with nothing written.
+  [[nodiscard]] Commit Write(std::function<void()> const &look);
+
  private:
   struct Collected;
 
   ZOLT_HIDDEN Commit CheckSections() const;
   ZOLT_HIDDEN Commit CheckExpected(ChangeSet *changes);
-  ZOLT_HIDDEN Commit WriteAndAnnounce();
+  ZOLT_HIDDEN Commit WriteAndAnnounce(std::function<void()> const &look);
+  ZOLT_HIDDEN Commit LookAndApply(std::function<void()> const &look, ChangeSet *changes);
   ZOLT_HIDDEN Commit Apply(ChangeSet *changes, HiveTransaction *hive);
 
   PrefLevel level_;
