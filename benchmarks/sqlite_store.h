@@ -38,7 +38,8 @@ class SqliteStore {
     Prepare(&commit_, "COMMIT");
   }
   ~SqliteStore() {
-    for (sqlite3_stmt *statement : {select_, walk_, upsert_, begin_, commit_}) sqlite3_finalize(statement);
+    for (sqlite3_stmt *statement : {select_, walk_, upsert_, begin_, commit_})
+      sqlite3_finalize(statement);
     sqlite3_close(database_);
   }
   SqliteStore(SqliteStore const &) = delete;

@@ -3,6 +3,7 @@
 
 // All that the library offers its clients.
 
+#include "zolt41/cardfile/call_card.h"
 #include "zolt41/cards/card_prefs.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/cards/property_storage.h"
@@ -18,12 +19,22 @@
 #include "zolt41/foundation/zoltx_ptr_array.h"
 #include "zolt41/foundation/zoltx_string.h"
 #include "zolt41/foundation/zoltx_string_array.h"
+#include "zolt41/interchange/basic_read.h"
+#include "zolt41/interchange/card_text_export.h"
+#include "zolt41/interchange/card_text_import.h"
+#include "zolt41/interchange/vcard_export.h"
 #include "zolt41/library/inspect.h"
 #include "zolt41/library/library.h"
 #include "zolt41/library/pref_tree.h"
 #include "zolt41/notify/notification_info.h"
 #include "zolt41/notify/pref_notify.h"
 #include "zolt41/notify/transaction.h"
+#include "zolt41/platform/com/co_init.h"
+#include "zolt41/platform/com/com_abi.h"
+#include "zolt41/platform/com/com_alloc.h"
+#include "zolt41/platform/com/memory_stream.h"
+#include "zolt41/platform/com/ole_storage.h"
+#include "zolt41/platform/com/variant.h"
 #include "zolt41/platform/kernel/message_loop.h"
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/global_block.h"
@@ -40,5 +51,9 @@
 #include "zolt41/prefs/typed_prefs.h"
 #include "zolt41/prefs/win_prefs.h"
 #include "zolt41/prefs/write_transaction.h"
+#include "zolt41/rolodex/rolodex.h"
+#include "zolt41/services/mail.h"
+#include "zolt41/services/network.h"
+#include "zolt41/services/url.h"
 
 #endif  // ZOLT41_ZOLT41_H_

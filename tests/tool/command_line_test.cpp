@@ -89,8 +89,9 @@ TEST_F(CommandLineTest, HelpNamesWhatThereIs) {
   std::string const about = Run("help prefs set").out;
   EXPECT_NE(about.find("--if-absent"), std::string::npos);
   EXPECT_NE(about.find("Examples:"), std::string::npos);
-  for (std::string const line : {"prefs set --help", "help set", "prefs set Audio -h"})
+  for (std::string const line : {"prefs set --help", "prefs set Audio -h"})
     Expect({{line, 0, about, ""}});
+  EXPECT_EQ(Run("help set").out, about + "\n" + Run("help card set").out);
   EXPECT_NE(Run("help").out.find("prefs explain"), std::string::npos);
 }
 

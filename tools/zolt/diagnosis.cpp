@@ -101,6 +101,25 @@ Json ChannelObject(ZOLTChannelState const &channel) {
 
 }  // namespace
 
+std::string ServiceOf(ZOLTDoorState const &door) {
+  struct Row {
+    char const *module;
+    char const *service;
+  };
+  static constexpr Row kRows[] = {{"MAPI32.DLL", "mail"},
+                                  {"Shell32", "links"},
+                                  {"Wininet.dll", "network"},
+                                  {"Rasapi32.dll", "dial-up"}};
+  for (Row const &row : kRows)
+    if (std::string_view(row.module) == door.name) return row.service;
+  return door.name;
+}
+
+char const *NameOf(ZOLTDoorKind kind) {
+  static constexpr char const *kNames[] = {"native", "missing", "replaced"};
+  return kNames[static_cast<size_t>(kind)];
+}
+
 char const *NameOf(ZOLTProcessKind kind) {
   static constexpr char const *kNames[] = {"idle", "listening", "lagging"};
   return kNames[kind];
@@ -129,6 +148,11 @@ std::string StateDocument(ZOLTState const &state, std::vector<Problem> const &pr
                                      {"program", process.program},
                                      {"state", NameOf(process.kind)},
                                      {"missed", process.missed}});
+  }
+  document["services"] = Json::array();
+  for (uint32_t i = 0; i < state.doorCount; i++) {
+    document["services"].push_back(
+        {{"service", ServiceOf(state.doors[i])}, {"state", NameOf(state.doors[i].kind)}});
   }
   document["problems"] = Json::array();
   for (Problem const &each : problems) {

@@ -20,6 +20,10 @@ std::vector<Problem> Diagnose(ZOLTState const &state, uint32_t user);
 // "idle", "listening" or "lagging".
 char const *NameOf(ZOLTProcessKind kind);
 
+// What a door leads to, such as "mail", and "native", "missing" or "replaced".
+std::string ServiceOf(ZOLTDoorState const &door);
+char const *NameOf(ZOLTDoorKind kind);
+
 // The document of the whole state, ended by a line end.
 std::string StateDocument(ZOLTState const &state, std::vector<Problem> const &problems);
 

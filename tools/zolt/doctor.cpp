@@ -37,6 +37,8 @@ void WriteState(ZOLTState const &state, Call const &call) {
     table.Add({"process " + std::to_string(process.process), process.program, NameOf(process.kind),
                missed});
   }
+  for (uint32_t i = 0; i < state.doorCount; i++)
+    table.Add({"service", ServiceOf(state.doors[i]), NameOf(state.doors[i].kind), ""});
   table.Finish();
 }
 

@@ -23,14 +23,6 @@ std::string Environment(char const *name) {
   return value == nullptr ? "" : value;
 }
 
-// Where the library keeps the user's stores.
-std::string UserHome() {
-  if (std::string home = Environment("ZOLT_HOME"); !home.empty()) return home;
-  std::string data = Environment("XDG_DATA_HOME");
-  if (data.empty() || data.front() != '/') data = Environment("HOME") + "/.local/share";
-  return data + "/zolt41";
-}
-
 std::string OwnerOf(std::string const &path) {
   struct stat found {};
   if (stat(path.c_str(), &found) != 0) return "nobody yet";
@@ -58,6 +50,13 @@ std::string TreeOf(Arguments const &arguments) {
 }
 
 }  // namespace
+
+std::string UserHome() {
+  if (std::string home = Environment("ZOLT_HOME"); !home.empty()) return home;
+  std::string data = Environment("XDG_DATA_HOME");
+  if (data.empty() || data.front() != '/') data = Environment("HOME") + "/.local/share";
+  return data + "/zolt41";
+}
 
 void PrepareLibrary(Arguments const &arguments, Settings const &settings) {
   if (arguments.Has(OptionId::home)) {

@@ -1,6 +1,8 @@
 #ifndef ZOLT41_TOOLS_ZOLT_LIBRARY_SESSION_H_
 #define ZOLT41_TOOLS_ZOLT_LIBRARY_SESSION_H_
 
+#include <string>
+
 #include "tools/zolt/arguments.h"
 #include "tools/zolt/settings.h"
 
@@ -37,6 +39,9 @@ class StoreSession {
   Level const &level_;
   WinPrefs store_;
 };
+
+// Where the library keeps the user's stores.
+std::string UserHome();
 
 // Says whose store is written, where that is not plain: under sudo.
 void SayWhoseStore(Settings const &settings, Level const &level);

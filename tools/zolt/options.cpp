@@ -27,7 +27,9 @@ constexpr std::array kOptions = {
     Option{OptionId::nul, 'z', "null", "", true, "raw fields, each ended by a NUL"},
     Option{OptionId::help, 'h', "help", "", true, "this text"},
     Option{OptionId::version, 0, "version", "", true, "the version of zolt"},
-    Option{OptionId::type, 't', "type", "TYPE", false, "text (the default), num, bool or bytes"},
+    Option{OptionId::type, 't', "type", "TYPE", false,
+           "of a preference text (the default), num, bool or bytes;\n"
+           "of a card's property unicode (the default), ascii, url, ..."},
     Option{OptionId::defaultValue, 0, "default", "VALUE", false,
            "what to print where there is no such value"},
     Option{OptionId::parentFirst, 0, "parent-first", "", false,
@@ -59,6 +61,25 @@ constexpr std::array kOptions = {
     Option{OptionId::remove, 0, "remove", "N", false,
            "take out the item of this number; may be given several\n"
            "times"},
+    Option{OptionId::flags, 0, "flags", "LIST", false,
+           "flags with commas between: HOME,WORK,FAX,..."},
+    Option{OptionId::to, 0, "to", "FORM", false, "card or text"},
+    Option{OptionId::profile, 0, "profile", "NAME", false, "classic, 3.0 (the default) or 4.0"},
+    Option{OptionId::subject, 0, "subject", "TEXT", false, "the subject of the message"},
+    Option{OptionId::text, 0, "text", "TEXT", false, "the text of the message"},
+    Option{OptionId::compose, 0, "compose", "", false,
+           "show it in the desktop's mail program first"},
+    Option{OptionId::file, 'f', "file", "FILE", false, "the book"},
+    Option{OptionId::first, 0, "first", "", false, "of several cards the first"},
+    Option{OptionId::all, 0, "all", "", false, "all cards that are so named"},
+    Option{OptionId::category, 0, "category", "N", false,
+           "cards in this category; may be given several times"},
+    Option{OptionId::email, 0, "email", "ADDRESS", false, "an e-mail address; several times"},
+    Option{OptionId::tel, 0, "tel", "NUMBER", false, "a telephone number; several times"},
+    Option{OptionId::prune, 0, "prune", "", false, "also remove what the other side does not have"},
+    Option{OptionId::format, 0, "format", "FORM", false, "card (the default), text or vcard"},
+    Option{OptionId::repair, 0, "repair", "", false,
+           "mend the file, and keep the old one beside it"},
 };
 
 constexpr bool InOrder() {

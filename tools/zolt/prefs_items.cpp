@@ -115,8 +115,7 @@ Edit EditFrom(Arguments const &arguments) {
     edit.remove.push_back(index);
   }
   std::ranges::sort(edit.remove, std::greater());
-  auto const twins = std::ranges::unique(edit.remove);
-  edit.remove.erase(twins.begin(), twins.end());
+  edit.remove.erase(std::unique(edit.remove.begin(), edit.remove.end()), edit.remove.end());
   return edit;
 }
 

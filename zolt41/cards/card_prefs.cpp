@@ -1,6 +1,5 @@
 #include "zolt41/cards/card_prefs.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -38,6 +37,7 @@ TYUserPrefs::~TYUserPrefs() {
 void TYUserPrefs::DisposeData() {
   for (char *block : outside_) _DisposeMem(block);
   outside_.clear();
+  freeOutside_.clear();
   _DisposeMem(slots_);
   _DisposeMem(pool_);
   slots_ = nullptr;
@@ -113,12 +113,13 @@ bool TYUserPrefs::PutOutside(char *slot, char const *data, uint32_t size) {
   char *const block = NewMem(size);
   if (block == nullptr) return false;
   std::memcpy(block, data, size);
-  auto const place = std::ranges::find(outside_, nullptr);
-  auto const number = static_cast<uint32_t>(place - outside_.begin());
-  if (place == outside_.end()) {
+  auto number = static_cast<uint32_t>(outside_.size());
+  if (freeOutside_.empty()) {
     outside_.push_back(block);
   } else {
-    *place = block;
+    number = freeOutside_.back();
+    freeOutside_.pop_back();
+    outside_[number] = block;
   }
   StoreLittle32(zolt::kSizeOutside, slot + zolt::kSlotValueSize);
   StoreLittle32(number, slot + zolt::kSlotValueOffset);
@@ -129,7 +130,9 @@ void TYUserPrefs::DropOutside(char const *slot) {
   char *const block = OutsideAt(slot);
   if (block == nullptr) return;
   _DisposeMem(block);
-  outside_[LoadLittle32(slot + zolt::kSlotValueOffset)] = nullptr;
+  uint32_t const number = LoadLittle32(slot + zolt::kSlotValueOffset);
+  outside_[number] = nullptr;
+  freeOutside_.push_back(number);
 }
 
 void TYUserPrefs::SetPropData(uint32_t section, char const *name, char const *data, uint32_t size) {

@@ -73,6 +73,7 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
   char *pool_ = nullptr;   // a memory block with the values that were loaded, or null
   // Values that outgrew the pool, each a memory block, or null where a place is free.
   std::vector<char *> outside_;
+  std::vector<uint32_t> freeOutside_;
 };
 
 #endif  // ZOLT41_CARDS_CARD_PREFS_H_

@@ -11,6 +11,7 @@
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/file_status.h"
 #include "zolt41/platform/system/home.h"
+#include "zolt41/platform/system/late_module.h"
 
 namespace {
 
@@ -57,6 +58,16 @@ void FillChannel(ZOLTState *state) {
   }
 }
 
+void FillDoors(ZOLTState *state) {
+  constexpr ZOLTDoorKind kKinds[] = {ZOLTDoorNative, ZOLTDoorMissing, ZOLTDoorReplaced};
+  for (zolt::LateModuleStatus const &module : zolt::LateModules()) {
+    if (state->doorCount == std::size(state->doors)) break;
+    ZOLTDoorState &door = state->doors[state->doorCount++];
+    zolt::FillField(module.name, door.name);
+    door.kind = kKinds[static_cast<size_t>(module.kind)];
+  }
+}
+
 }  // namespace
 
 int32_t ZOLTInspect(ZOLTState *out) {
@@ -66,5 +77,6 @@ int32_t ZOLTInspect(ZOLTState *out) {
   Fill(HKEY_CURRENT_USER, homes.user, "/user.hive", &out->user);
   Fill(HKEY_LOCAL_MACHINE, homes.machine, "/machine.hive", &out->machine);
   FillChannel(out);
+  FillDoors(out);
   return 1;
 }

@@ -45,12 +45,26 @@ struct ZOLTChannelState {
   char holderProgram[16];
 };
 
+// A service of the machine that is reached late, and what it stands on.
+enum ZOLTDoorKind : int32_t {
+  ZOLTDoorNative = 0,
+  ZOLTDoorMissing = 1,   // the machine lacks what it stands on
+  ZOLTDoorReplaced = 2,  // by a trial
+};
+
+struct ZOLTDoorState {
+  char name[32];
+  ZOLTDoorKind kind;
+};
+
 struct ZOLTState {
   ZOLTHiveState user;
   ZOLTHiveState machine;
   ZOLTChannelState channel;
   uint32_t processCount;
   ZOLTProcessState processes[256];
+  uint32_t doorCount;
+  ZOLTDoorState doors[8];
 };
 
 // Fills in `*out` and gives 1; 0 for null. Needs no InitPrefs, makes no file, and waits only as

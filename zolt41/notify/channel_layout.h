@@ -15,7 +15,10 @@ namespace zolt {
 
 // 40 bytes that all users of the library share.
 struct SharedBlock {
-  std::atomic<uint32_t> componentServer[3];
+  // What the last process found that looked for mail; nobody believes it.
+  std::atomic<uint32_t> mailEntry;
+  std::atomic<uint32_t> mailModule;
+  std::atomic<uint32_t> canMail;
   // The open transaction of a Begin function.
   std::atomic<uint32_t> sectionId;
   std::atomic<uint32_t> extra;

@@ -10,7 +10,9 @@
 #include <mutex>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
+#include "zolt41/platform/system/file_calls.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/system_path.h"
 
@@ -45,6 +47,12 @@ class Handles {
     int const descriptor = found->second;
     descriptors_.erase(found);
     return descriptor;
+  }
+
+  // The descriptor that the handle had.
+  int Exchange(uint32_t handle, int descriptor) {
+    std::lock_guard const lock(mutex_);
+    return std::exchange(descriptors_.at(handle), descriptor);
   }
 
  private:
@@ -96,7 +104,8 @@ int FlagsOf(uint32_t access) {
 // -1, with the failure told.
 int OpenPlain(std::string const &path, int flags) {
   // Nothing waits for the other end of a pipe.
-  int const descriptor = open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwnerOnly);
+  int const descriptor = zolt::TheFileCalls().open(
+      path.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kOwnerOnly);
   struct stat status {};
   if (descriptor < 0 || fstat(descriptor, &status) != 0) {
     Fail(errno, path);
@@ -122,19 +131,15 @@ int OpenLocked(std::string const &path, uint32_t access, uint32_t share, int mor
   return -1;
 }
 
-using Transfer = ssize_t (*)(int, void *, size_t);
-
-ssize_t WriteFrom(int descriptor, void *bytes, size_t count) {
-  return write(descriptor, bytes, count);
-}
-
-// Goes on until all is done, or no more is to be had.
-int32_t TransferAll(uint32_t file, void *bytes, uint32_t count, uint32_t *done, Transfer transfer) {
+// Goes on until all is done, or no more is to be had. `transfer` moves what it can of the bytes
+// from an offset on.
+template <typename Transfer>
+int32_t TransferAll(uint32_t file, uint32_t count, uint32_t *done, Transfer transfer) {
   int const descriptor = zolt::DescriptorOf(file);
   *done = 0;
   if (descriptor < 0) return FailOnFile(EBADF);
   while (*done < count) {
-    ssize_t const moved = transfer(descriptor, static_cast<char *>(bytes) + *done, count - *done);
+    ssize_t const moved = transfer(descriptor, *done, count - *done);
     if (moved < 0 && errno == EINTR) continue;
     if (moved < 0) return FailOnFile(errno);
     if (moved == 0) break;
@@ -143,12 +148,58 @@ int32_t TransferAll(uint32_t file, void *bytes, uint32_t count, uint32_t *done, 
   return kDone;
 }
 
+bool CloseUnlocked(int descriptor) {
+  // The lock goes with the last descriptor, of which a child of fork may have one.
+  struct flock lock {};
+  lock.l_type = F_UNLCK;
+  lock.l_whence = SEEK_SET;
+  fcntl(descriptor, F_OFD_SETLK, &lock);
+  return close(descriptor) == 0;
+}
+
 }  // namespace
 
 namespace zolt {
 
 int DescriptorOf(uint32_t file) {
   return TheHandles().Find(file);
+}
+
+uint32_t AdoptNewFile(char const *path) {
+  int const descriptor = OpenLocked(path, GENERIC_READ | GENERIC_WRITE, 0, O_CREAT | O_EXCL);
+  return descriptor < 0 ? INVALID_HANDLE_VALUE : TheHandles().Add(descriptor);
+}
+
+void TakeHandle(uint32_t file, uint32_t other) {
+  CloseUnlocked(TheHandles().Exchange(file, TheHandles().Take(other)));
+}
+
+int32_t ReadFileAt(uint32_t file, uint32_t position, void *buffer, uint32_t count, uint32_t *done) {
+  return TransferAll(file, count, done, [&](int descriptor, uint32_t from, uint32_t rest) {
+    return TheFileCalls().readAt(descriptor, static_cast<char *>(buffer) + from, rest,
+                                 off_t{position} + from);
+  });
+}
+
+int32_t WriteFileAt(uint32_t file, uint32_t position, void const *buffer, uint32_t count,
+                    uint32_t *done) {
+  return TransferAll(file, count, done, [&](int descriptor, uint32_t from, uint32_t rest) {
+    return TheFileCalls().writeAt(descriptor, static_cast<char const *>(buffer) + from, rest,
+                                  off_t{position} + from);
+  });
+}
+
+int32_t ResizeFile(uint32_t file, uint32_t size) {
+  int const descriptor = DescriptorOf(file);
+  if (descriptor < 0) return FailOnFile(EBADF);
+  return TheFileCalls().resize(descriptor, size) == 0 ? kDone : FailOnFile(errno);
+}
+
+int64_t SizeOfFile(uint32_t file) {
+  struct stat status {};
+  if (fstat(DescriptorOf(file), &status) == 0) return status.st_size;
+  FailOnFile(errno);
+  return -1;
 }
 
 }  // namespace zolt
@@ -166,33 +217,32 @@ uint32_t CreateFileA(char const *name, uint32_t access, uint32_t share, void *,
 int32_t CloseHandle(uint32_t file) {
   int const descriptor = TheHandles().Take(file);
   if (descriptor < 0) return kFailed;
-  // The lock goes with the last descriptor, of which a child of fork may have one.
-  struct flock lock {};
-  lock.l_type = F_UNLCK;
-  lock.l_whence = SEEK_SET;
-  fcntl(descriptor, F_OFD_SETLK, &lock);
-  return close(descriptor) == 0 ? kDone : kFailed;
+  return CloseUnlocked(descriptor) ? kDone : kFailed;
 }
 
 int32_t FlushFileBuffers(uint32_t file) {
   int const descriptor = zolt::DescriptorOf(file);
   if (descriptor < 0) return FailOnFile(EBADF);
-  return fdatasync(descriptor) == 0 ? kDone : FailOnFile(errno);
+  return zolt::TheFileCalls().sync(descriptor) == 0 ? kDone : FailOnFile(errno);
 }
 
 int32_t ReadFile(uint32_t file, void *buffer, uint32_t count, uint32_t *done, void *) {
-  return TransferAll(file, buffer, count, done, read);
+  return TransferAll(file, count, done, [&](int descriptor, uint32_t from, uint32_t rest) {
+    return zolt::TheFileCalls().read(descriptor, static_cast<char *>(buffer) + from, rest);
+  });
 }
 
 int32_t WriteFile(uint32_t file, void const *buffer, uint32_t count, uint32_t *done, void *) {
-  return TransferAll(file, const_cast<void *>(buffer), count, done, WriteFrom);
+  return TransferAll(file, count, done, [&](int descriptor, uint32_t from, uint32_t rest) {
+    return zolt::TheFileCalls().write(descriptor, static_cast<char const *>(buffer) + from, rest);
+  });
 }
 
 int32_t SetEndOfFile(uint32_t file) {
   int const descriptor = zolt::DescriptorOf(file);
   if (descriptor < 0) return FailOnFile(EBADF);
   off_t const position = lseek(descriptor, 0, SEEK_CUR);
-  return ftruncate(descriptor, position) == 0 ? kDone : FailOnFile(errno);
+  return zolt::TheFileCalls().resize(descriptor, position) == 0 ? kDone : FailOnFile(errno);
 }
 
 uint32_t SetFilePointer(uint32_t file, int32_t distance, int32_t *, uint32_t method) {
@@ -211,5 +261,5 @@ int32_t DeleteFileA(char const *name) {
   zolt::ClearFailure();
   if (name == nullptr) return kFailed;
   std::string const path = zolt::SystemPath(name);
-  return unlink(path.c_str()) == 0 || Fail(errno, path) ? kDone : kFailed;
+  return zolt::TheFileCalls().unlink(path.c_str()) == 0 || Fail(errno, path) ? kDone : kFailed;
 }

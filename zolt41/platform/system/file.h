@@ -52,6 +52,24 @@ namespace zolt {
 // The descriptor behind a handle, which stays the handle's; -1 if there is none.
 int DescriptorOf(uint32_t file);
 
+// A new file at exactly this path, open for reading and writing and for nobody else. Gives its
+// handle, or INVALID_HANDLE_VALUE with errno telling why.
+uint32_t AdoptNewFile(char const *path);
+
+// The handle `file` becomes that of the other's file; its own is closed, and `other` is no handle
+// any more.
+void TakeHandle(uint32_t file, uint32_t other);
+
+// As ReadFile, WriteFile and SetEndOfFile, but at a position that is given, and without regard to
+// the one that the handle has.
+int32_t ReadFileAt(uint32_t file, uint32_t position, void *buffer, uint32_t count, uint32_t *done);
+int32_t WriteFileAt(uint32_t file, uint32_t position, void const *buffer, uint32_t count,
+                    uint32_t *done);
+int32_t ResizeFile(uint32_t file, uint32_t size);
+
+// -1 on failure.
+int64_t SizeOfFile(uint32_t file);
+
 }  // namespace zolt
 
 #endif  // ZOLT41_PLATFORM_SYSTEM_FILE_H_

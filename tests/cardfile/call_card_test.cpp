@@ -1,0 +1,268 @@
+#include "zolt41/cardfile/call_card.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/support/child.h"
+#include "tests/support/format_page.h"
+#include "tests/support/temp_home.h"
+#include "zolt41/cards/property_format.h"
+#include "zolt41/foundation/afs_file.h"
+#include "zolt41/foundation/mem_block.h"
+#include "zolt41/platform/system/last_failure.h"
+
+namespace zolt::testing {
+namespace {
+
+class CallCardTest : public ::testing::Test {
+ protected:
+  std::string Path(std::string const &name) const { return home_.path() + "/" + name; }
+  static std::string Content(std::string const &path) {
+    std::ifstream file(path);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  static void Put(std::string const &path, std::string const &content) {
+    std::ofstream(path) << content;
+  }
+  static void AddName(PCardStorage *card) {
+    card->AddProp("FN", PropertyUnicode, 0, "A\0l\0\0\0", 6);
+  }
+  static std::string Text(PCardStorage *card, char const *name) {
+    char buffer[64];
+    card->GetStrProp(name, 0, 0, "-", buffer, 60);
+    return buffer;
+  }
+  // Other files of the folder than these.
+  size_t Others(std::initializer_list<char const *> names) const {
+    size_t count = 0;
+    for (auto const &entry : std::filesystem::directory_iterator(home_.path())) {
+      bool known = false;
+      for (char const *name : names) known = known || entry.path().filename() == name;
+      count += known ? 0 : 1;
+    }
+    return count;
+  }
+
+  TempHome home_;
+};
+
+TEST_F(CallCardTest, BytesOfAFileAndItsVersion) {
+  std::string const path = Path("c");
+  CallCard card(CardFormatBinary);
+  AddName(&card);
+  card.SetKey("0123456789ABCDEFGHIJKLMN\0\0\0\0\0\0\0\0");
+  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, path.c_str()), 1);
+  EXPECT_EQ(card.Modified(), 0);
+  std::string const bytes = Content(path);
+  EXPECT_EQ(bytes, FromHex(ExampleOf("card_file.md")));
+  EXPECT_EQ(card.SaveCard(), 1);
+  EXPECT_EQ(Content(path), bytes) << "the version in memory stays";
+  CallCard loaded(path.c_str());
+  EXPECT_EQ(loaded.Format(), CardFormatBinary);
+  EXPECT_EQ(loaded.GetVersion(), 1);
+  loaded.SetParentalControl(-2);
+  EXPECT_EQ(loaded.Modified(), 1);
+  EXPECT_EQ(loaded.SaveCard(), 1);
+  EXPECT_EQ(Content(path).substr(12, 4), "\xFE\xFF\xFF\xFF");
+  EXPECT_EQ(Content(path)[48], 2);
+  EXPECT_EQ(Content(path).substr(16, 32), bytes.substr(16, 32));
+}
+
+TEST_F(CallCardTest, TheFirstSaveMakesAKeyThatStays) {
+  std::string const path = Path("c");
+  CallCard card(CardFormatBinary);
+  EXPECT_STREQ(card.GetKey(), "");
+  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, (Path("none") + "/c").c_str()), 0);
+  EXPECT_STREQ(card.GetKey(), "") << "none without a file";
+  card.SaveCardAs(CardFormatBinary, path.c_str());
+  std::string const key = card.GetKey();
+  EXPECT_EQ(Content(path).substr(16, 24).substr(0, key.size()), key);
+  EXPECT_EQ(Content(path).substr(40, 8), std::string(8, '\0'));
+  CallCard other(CardFormatBinary);
+  other.SaveCardAs(CardFormatBinary, Path("d").c_str());
+  EXPECT_NE(Content(Path("d")).substr(16, 24), Content(path).substr(16, 24));
+}
+
+TEST_F(CallCardTest, PreferencesTravelInTheList) {
+  std::string const path = Path("c");
+  CallCard card(CardFormatBinary);
+  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, path.c_str()), 1);
+  EXPECT_EQ(card.PropCount(), 0U) << "no preferences, no property";
+  static_cast<TYUserPrefs *>(card.Prefs())->SetStr(7, "n", "v");
+  EXPECT_EQ(card.Modified(), 1);
+  EXPECT_EQ(card.SaveCard(), 1);
+  EXPECT_EQ(card.Modified(), 0);
+  CallCard loaded(path.c_str());
+  EXPECT_EQ(loaded.Prefs()->Exists(7, "n"), 1);
+  static_cast<TYUserPrefs *>(loaded.Prefs())->Clear();
+  loaded.SaveCard();
+  uint32_t length = 0;
+  loaded.GetPropA(loaded.FindProp("L-BRNDL-TYPREFS", 0x80000000, 0, 0, nullptr), &length, nullptr,
+                  nullptr, nullptr);
+  EXPECT_EQ(length, 8U);
+  char *const list = card.Get();
+  CallCard copied(list, static_cast<int32_t>(GetMemSize(list)), CardFormatNone);
+  _DisposeMem(list);
+  EXPECT_EQ(copied.Prefs()->Exists(7, "n"), 1);
+}
+
+TEST_F(CallCardTest, CopiesHaveWhatIsSaid) {
+  CallCard card(CardFormatText);
+  AddName(&card);
+  card.SetName(std::string(300, 'n').c_str());
+  card.SetKey(std::string(32, 'k').c_str());
+  card.SetPrivate(1);
+  card.SetParentalControl(2);
+  static_cast<TYUserPrefs *>(card.Prefs())->SetStr(7, "n", "v");
+  std::unique_ptr<CallCard> const copy(card.Copy());
+  EXPECT_EQ(copy->Format(), CardFormatText);
+  EXPECT_EQ(copy->GetName(), std::string(255, 'n'));
+  EXPECT_EQ(copy->GetKey(), std::string(32, 'k'));
+  EXPECT_EQ(copy->Private() + copy->ParentalControl(), 0);
+  EXPECT_EQ(Text(copy.get(), "FN"), "Al");
+  EXPECT_EQ(copy->Prefs()->Exists(7, "n"), 0);
+}
+
+TEST_F(CallCardTest, FormatsAndFailures) {
+  static int32_t hookResult = 0;
+  CallCard none(CardFormatNone);
+  AddName(&none);
+  EXPECT_EQ(none.SaveCard(), 1);
+  EXPECT_EQ(none.Modified(), 0);
+  CallCard host(CardFormatHost);
+  AddName(&host);
+  EXPECT_EQ(host.SaveCard(), 0);
+  EXPECT_EQ(host.Modified(), 1);
+  SetSaveCallCardProc([](CallCard *) { return hookResult; });
+  EXPECT_EQ(host.SaveCard(), 0);
+  hookResult = 1;
+  EXPECT_EQ(host.SaveCard(), 1);
+  SetSaveCallCardProc(nullptr);
+  CallCard card(CardFormatText);
+  AddName(&card);
+  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, nullptr), 0);
+  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, home_.path().c_str()), 0) << "a folder";
+  EXPECT_STREQ(card.GetName(), "");
+  EXPECT_EQ(card.Format(), CardFormatText);
+  EXPECT_EQ(card.Modified(), 1);
+}
+
+TEST_F(CallCardTest, WhatIsNoCardFileIsTakenForText) {
+  CallCard missing(Path("none").c_str());
+  EXPECT_EQ(missing.Format(), CardFormatText);
+  EXPECT_EQ(missing.Modified(), 0);
+  Put(Path("t"), "10.0.0.1\r\n0\r\n\r\n[Card Infos]\r\nFN=ASCII::Al\r\n");
+  CallCard text(Path("t").c_str());
+  EXPECT_EQ(text.Format(), CardFormatText);
+  EXPECT_EQ(Text(&text, "FN"), "Al");
+  EXPECT_EQ(text.Modified(), 0);
+  Put(Path("bad"), "1\n2\n[Card Infos]\nFN=ASCII::Ben\nP=BITMAP::x\n");
+  text.SetName(Path("bad").c_str());
+  text.Load();
+  EXPECT_EQ(Text(&text, "FN"), "Al") << "text that cannot be read replaces nothing";
+
+  CallCard card(CardFormatBinary);
+  AddName(&card);
+  card.SaveCardAs(CardFormatBinary, Path("c").c_str());
+  std::string bytes = Content(Path("c"));
+  bytes.replace(0, 9, "ln_091296");
+  Put(Path("small"), bytes);
+  EXPECT_EQ(CallCard(Path("small").c_str()).Format(), CardFormatBinary);
+  bytes[9] = 'x';
+  Put(Path("other"), bytes);
+  EXPECT_EQ(CallCard(Path("other").c_str()).Format(), CardFormatText);
+}
+
+TEST_F(CallCardTest, EveryCutAndFlippedFileIsReadOrRefused) {
+  CallCard card(CardFormatBinary);
+  AddName(&card);
+  static_cast<TYUserPrefs *>(card.Prefs())->SetStr(7, "n", "v");
+  card.SaveCardAs(CardFormatBinary, Path("c").c_str());
+  std::string const bytes = Content(Path("c"));
+  for (size_t size = 0; size < bytes.size(); size++) {
+    Put(Path("cut"), bytes.substr(0, size));
+    CallCard cut(Path("cut").c_str());
+    // Without its head it is taken for text.
+    if (size >= 56) {
+      EXPECT_EQ(cut.PropCount(), 0U) << size;
+    }
+    EXPECT_EQ(cut.FindProp("FN", 0, 0, 0, nullptr), 0xFFFFFFFFU) << size;
+  }
+  for (size_t at = 0; at < bytes.size(); at++) {
+    std::string flipped = bytes;
+    flipped[at] = static_cast<char>(~flipped[at]);
+    Put(Path("cut"), flipped);
+    CallCard loaded(Path("cut").c_str());
+    static_cast<TYUserPrefs *>(loaded.Prefs())->SetStr(7, "m", "w");
+    EXPECT_EQ(loaded.SaveCardAs(CardFormatBinary, Path("again").c_str()), 1);
+  }
+}
+
+TEST_F(CallCardTest, ASaveKeepsLinksModesAndOtherNames) {
+  std::string const path = Path("c");
+  CallCard card(CardFormatBinary);
+  card.SaveCardAs(CardFormatBinary, path.c_str());
+  ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+  ASSERT_EQ(symlink("c", Path("link").c_str()), 0);
+  AddName(&card);
+  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, Path("link").c_str()), 1);
+  struct stat status {};
+  ASSERT_EQ(lstat(Path("link").c_str(), &status), 0);
+  EXPECT_TRUE(S_ISLNK(status.st_mode));
+  ASSERT_EQ(stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640U);
+  ASSERT_EQ(link(path.c_str(), Path("second").c_str()), 0);
+  card.SetParentalControl(9);
+  EXPECT_EQ(card.SaveCard(), 1);
+  EXPECT_EQ(Content(path), Content(Path("second")));
+  ASSERT_EQ(symlink("nowhere/c", Path("dangling").c_str()), 0);
+  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, Path("dangling").c_str()), 0);
+  EXPECT_EQ(Others({"c", "link", "second", "dangling"}), 0U);
+}
+
+TEST_F(CallCardTest, AFileThatIsOpenElsewhereIsNotReplaced) {
+  std::string const path = Path("c");
+  CallCard card(CardFormatBinary);
+  card.SaveCardAs(CardFormatBinary, path.c_str());
+  uint32_t file = 0;
+  ASSERT_EQ(AFS_LZOpenFile(path.c_str(), 1, &file), 0);
+  AddName(&card);
+  EXPECT_EQ(card.SaveCard(), 0);
+  EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 2);
+  AFS_CloseFile(file);
+  EXPECT_EQ(card.SaveCard(), 1);
+}
+
+TEST_F(CallCardTest, AWriterThatIsKilledLeavesTheOldFileOrTheNewOne) {
+  std::string const path = Path("c");
+  CallCard card(CardFormatBinary);
+  card.SaveCardAs(CardFormatBinary, path.c_str());
+  std::string const large(1 << 20, 'x');
+  for (int i = 0; i < 20; i++) {
+    Child writer([&](Child::Pipe &pipe) {
+      for (int32_t number = 0;; number++) {
+        pipe.Say("goes");
+        card.DeleteProp(0);
+        card.AddProp("N", 0, static_cast<uint32_t>(number), large.data(), 1 << 20);
+        card.SaveCard();
+      }
+      return 0;
+    });
+    for (int saves = 0; saves <= i % 4; saves++) writer.pipe().Hear();
+    writer.Signal(9);
+    writer.Wait();
+    CallCard loaded(path.c_str());
+    ASSERT_EQ(loaded.Format(), CardFormatBinary);
+    ASSERT_LE(loaded.PropCount(), 1U);
+  }
+  card.SaveCard();
+  EXPECT_EQ(Others({"c"}), 0U) << "what dead writers left is removed";
+}
+
+}  // namespace
+}  // namespace zolt::testing

@@ -1,0 +1,149 @@
+#include "zolt41/foundation/text_coding.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace zolt::testing {
+namespace {
+
+// Both ways that the bytes can go.
+std::vector<CodingBlocks const *> Ways() {
+  std::vector<CodingBlocks const *> ways = {nullptr};
+  if (VectorBlocks() != nullptr) ways.push_back(VectorBlocks());
+  return ways;
+}
+
+std::string RandomBytes(size_t size) {
+  std::mt19937 random(static_cast<uint32_t>(size));
+  std::string bytes(size, '\0');
+  for (char &byte : bytes) byte = static_cast<char>(random());
+  return bytes;
+}
+
+// Bit by bit.
+std::string PlainBase64(std::string const &bytes) {
+  std::string text;
+  for (size_t bit = 0; bit < 8 * bytes.size(); bit += 6) {
+    size_t value = 0;
+    for (size_t i = bit; i < bit + 6; i++) {
+      bool const set = i < 8 * bytes.size() && (bytes[i / 8] >> (7 - i % 8) & 1) != 0;
+      value = 2 * value + (set ? 1 : 0);
+    }
+    text += "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"[value];
+  }
+  while (text.size() % 4 != 0) text += '=';
+  return text;
+}
+
+std::string PlainHex(std::string const &bytes) {
+  std::string text;
+  for (char const byte : bytes) {
+    char digits[3];
+    snprintf(digits, sizeof digits, "%02X", static_cast<unsigned char>(byte));
+    text += digits;
+  }
+  return text;
+}
+
+TEST(TextCodingTest, EveryLengthThereAndBack) {
+  for (CodingBlocks const *const way : Ways()) {
+    for (size_t size = 0; size < 200; size++) {
+      std::string const bytes = RandomBytes(size);
+      // What lies behind the end stays as it is.
+      std::string base64(Base64Size(size) + 40, '#');
+      EncodeBase64(bytes, base64.data(), way);
+      EXPECT_EQ(base64, PlainBase64(bytes) + std::string(40, '#')) << size;
+      std::string hex(HexSize(size) + 40, '#');
+      EncodeHex(bytes, hex.data(), way);
+      EXPECT_EQ(hex, PlainHex(bytes) + std::string(40, '#')) << size;
+      std::string back;
+      EXPECT_TRUE(DecodeBase64(PlainBase64(bytes), &back, way) && back == bytes) << size;
+      EXPECT_TRUE(DecodeHex(PlainHex(bytes), &back, way) && back == bytes) << size;
+    }
+  }
+}
+
+TEST(TextCodingTest, EveryByteIsADigitOrNone) {
+  for (CodingBlocks const *const way : Ways()) {
+    for (int i = 0; i < 256; i++) {
+      char const byte = static_cast<char>(i);
+      bool const isHex = i != 0 && std::string("0123456789ABCDEF").find(byte) != std::string::npos;
+      bool const isBase64 = i != 0 && (byte == '+' || byte == '/' || (i < 128 && isalnum(i) != 0));
+      for (size_t const place : {0U, 31U, 45U, 63U}) {
+        std::string text(64, 'A');
+        text[place] = byte;
+        std::string back;
+        EXPECT_EQ(DecodeHex(text, &back, way), isHex) << i;
+        // Padding stands at the very end, and 'A' before it leaves no bits.
+        bool const isPadding = place == 63 && byte == '=';
+        EXPECT_EQ(DecodeBase64(text, &back, way), isBase64 || isPadding) << i;
+        EXPECT_EQ(IsHexDigit(byte), isHex);
+      }
+    }
+  }
+}
+
+TEST(TextCodingTest, OtherTextIsRefused) {
+  std::string bytes;
+  for (char const *const text :
+       {"QQ=", "Q", "QUI", "Q===", "====", "QR==", "QUJ=", "QQ==QUJD", "QUJD\r\n\r\n", "Q=Q="}) {
+    EXPECT_FALSE(DecodeBase64(text, &bytes)) << text;
+  }
+  EXPECT_TRUE(DecodeBase64("QUI=", &bytes) && bytes == "AB");
+  for (char const *const text : {"0", "000", "0a", "G0", "0:", " 0"}) {
+    EXPECT_FALSE(DecodeHex(text, &bytes)) << text;
+  }
+}
+
+TEST(TextCodingTest, LinesOfSixtyCharacters) {
+  std::string const line(60, 'A');
+  struct Row {
+    size_t size;
+    std::string text;
+  };
+  for (Row const &row : {Row{0, ""}, Row{42, line.substr(4)}, Row{44, line.substr(1) + "=\r\n"},
+                         Row{45, line + "\r\n"}, Row{46, line + "\r\nAA=="},
+                         Row{135, line + "\r\n" + line + "\r\n" + line + "\r\n"}}) {
+    EXPECT_EQ(Base64InLines(std::string(row.size, '\0')), row.text);
+  }
+  std::string const bytes = RandomBytes(1000);
+  std::string text = Base64InLines(bytes);
+  for (size_t i = 60; i < text.size(); i += 60) {
+    EXPECT_EQ(text.substr(i, 2), "\r\n");
+    text.erase(i, 2);
+  }
+  EXPECT_EQ(text, PlainBase64(bytes));
+}
+
+TEST(TextCodingTest, QuotedPrintable) {
+  std::string const x59(59, 'x');
+  std::string const x57 = x59.substr(2);
+  struct Row {
+    std::string text;
+    std::string quoted;
+  };
+  Row const rows[] = {
+      {"", ""},
+      {"a=b\tc\x1F\x7F\x80\xE9~", "a=3Db\tc=1F\x7F=80=E9~"},
+      {"a\r\nb\rc\nd\r", "a=0Ab=0Acd=0A"},
+      {std::string(70, 'x'), x59 + "=\r\n" + std::string(11, 'x')},
+      {x59, x59},
+      // The break comes before an LF that is dropped, and before nothing else if that was the last.
+      {x59 + "\n", x59 + "=\r\n"},
+      {x59 + "\r\n", x59 + "=\r\n=0A"},
+      {x57 + "=yz", x57 + "=3D=\r\nyz"},
+      {"a ", "a =\r\n"},
+      {"a \t\r\nb", "a \t=\r\n=0Ab"},
+      {"a \nb", "a b"},
+      // The line's length is not counted anew behind a blank.
+      {" \r\n" + x59, " =\r\n=0A" + x59.substr(7) + "=\r\n" + x59.substr(52)},
+  };
+  for (Row const &row : rows) EXPECT_EQ(QuotedPrintable(row.text), row.quoted) << row.text;
+}
+
+}  // namespace
+}  // namespace zolt::testing

@@ -1,0 +1,170 @@
+#include "zolt41/interchange/card_text_export.h"
+
+#include <sys/resource.h>
+
+#include "tests/interchange/interchange_fixture.h"
+#include "tests/support/child.h"
+#include "zolt41/prefs/section_name_hash.h"
+
+namespace zolt::testing {
+namespace {
+
+constexpr auto kGeneral = static_cast<uint32_t>(SectionLetters("GNRL"));
+constexpr auto kAudio = static_cast<uint32_t>(SectionLetters("AUDI"));
+std::string const kEmptyCard = "0.0.0.0\r\n0\r\n\r\n[Card Infos]\r\n";
+
+class CardTextExportTest : public InterchangeTest {
+ protected:
+  static void AddExample(PCardStorage *card) {
+    AddWide(card, "X-BRNDL-IP", 0, u"10.0.0.1");
+    AddWide(card, "FN", 0, u"Al");
+    AddText(card, "TEL", PropertyVoice | PropertyHome, "555=1234");
+    TYUserPrefs prefs(PrefLevelCard, nullptr, 0);
+    prefs.SetStr(kGeneral, "AutoOpen", "Yes");
+    AddPrefs(card, &prefs);
+  }
+};
+
+TEST_F(CardTextExportTest, TheExampleInEveryForm) {
+  PCardStorage card;
+  EXPECT_EQ(TextOf(&card), kEmptyCard);
+  AddExample(&card);
+  std::string const text = WithLineEnds(ExampleOf("card_text.md"));
+  EXPECT_EQ(TextOf(&card), text);
+  EXPECT_NE(text.find(FromHex(ExampleOf("card_text.md", 1))), std::string::npos);
+  Put(Path("card"), "an older and longer text" + text);
+  EXPECT_EQ(ExportCard(&card, Path("card").c_str()), static_cast<int32_t>(text.size()));
+  EXPECT_EQ(Content(Path("card")), text);
+  Put(Scratch(), "stale");
+  uint32_t size = 0;
+  void *const block = ExportCardData(&card, &size);
+  ASSERT_NE(block, nullptr);
+  EXPECT_EQ(std::string(static_cast<char *>(GlobalLock(block)), size), text);
+  GlobalFree(block);
+  EXPECT_FALSE(std::filesystem::exists(Scratch()));
+}
+
+TEST_F(CardTextExportTest, ALineForEachProperty) {
+  struct Row {
+    uint32_t type;
+    uint32_t flags;
+    std::string value;
+    std::string line;
+  };
+  std::string const nul(1, '\0');
+  std::string const allNames =
+      "DOM,INTL,POSTAL,PARCEL,HOME,WORK,PREF,VOICE,FAX,MSG,CELL,PAGER,BBS,MODEM,CAR,ISDN,VIDEO,"
+      "_local";
+  Row const rows[] = {
+      {0, 0, "a\tb\x7F\x80\xE9=~" + nul + "behind", "ASCII::a=09b\x7F=80=E9=3D~"},
+      {3, 0x80000000, "no end", "DATETIME:_local:no end"},
+      {5, 0x30, "http://x" + nul, "URL:HOME,WORK:http://x"},
+      {6, 0x100000, "", "LOCATION::"},
+      {1, 0xFFFFFFFF, "", "SOUND:" + allNames + ":<>"},
+      {2, 0, "GIF", "BITMAP::<474946>"},
+      {4, 0, nul, "TIMEZONE::<00>"},
+      {7, 0, "=", "TEMPLATE::<3D>"},
+      {8, 0x80020000, nul + "\xFF", "DATA:_local:<00FF>"},
+      {9, 0, "x", "DATA::<78>"},
+      {0x80000005, 0x20000, FromHex("E900 8000 0900 AC20 0000 4100"),
+       "UNICODE::<E90080000900AC2000004100>?=80=09?"},
+      {0x80000000, 0, FromHex("4100 42"), "UNICODE::<410042>A"},
+  };
+  for (Row const &row : rows) {
+    PCardStorage card;
+    Add(&card, "Any Name", row.type, row.flags, row.value);
+    EXPECT_EQ(TextOf(&card), kEmptyCard + "Any Name=" + row.line + "\r\n");
+  }
+}
+
+TEST_F(CardTextExportTest, HeadLinesHold64Bytes) {
+  struct Row {
+    size_t length;
+    std::string wide;  // what becomes of 16-bit text of that length, which is not cut
+  };
+  for (Row const &row : {Row{62, std::string(62, 'x')}, Row{63, "0.0.0.0"}, Row{65, "0.0.0.0"}}) {
+    PCardStorage card;
+    AddWide(&card, "X-BRNDL-IP", 0, std::u16string(row.length, u'x'));
+    AddText(&card, "X-BRNDL-CONFID", 0, std::string(row.length, 'y'));
+    std::string const id(std::min<size_t>(row.length, 64), 'y');
+    EXPECT_TRUE(TextOf(&card).starts_with(row.wide + "\r\n" + id + "\r\n\r\n[Card")) << row.length;
+  }
+}
+
+TEST_F(CardTextExportTest, PreferencesInTheOrderOfTheStore) {
+  PCardStorage card;
+  TYUserPrefs prefs(PrefLevelCard, nullptr, 0);
+  AddPrefs(&card, &prefs);
+  std::string const head = kEmptyCard + "\r\n[Preferences]\r\n";
+  EXPECT_EQ(TextOf(&card), head);
+  card.DeleteProp(0);
+  prefs.SetStr(kAudio, "beta", "a=b\t\xE9");
+  prefs.SetStr(kAudio, "Alpha", "");
+  prefs.SetStr(kGeneral, "Long", std::string(1025, 'l').c_str());
+  prefs.SetStr(0xFFFFFFFF, "Lost", "1");
+  prefs.SetStr(0x42000000, "Between", "2");
+  AddPrefs(&card, &prefs);
+  AddText(&card, "l-brndl-typrefS behind", 0, "x");
+  std::string const property = "l-brndl-typrefS behind=ASCII::x\r\n";
+  std::string const values = "Between=2\r\n\r\n[Audio]\r\nAlpha=\r\nbeta=a=b\t\xE9\r\n";
+  EXPECT_EQ(TextOf(&card), kEmptyCard + property +
+                               "\r\n[Preferences]\r\nLost=1\r\n\r\n[General]\r\nLong=" +
+                               std::string(1023, 'l') + "\r\n" + values);
+  WinPrefs *const names = GetSystemPrefs();
+  SetSystemPrefs(nullptr);
+  EXPECT_EQ(TextOf(&card).find("[General]"), std::string::npos);
+  EXPECT_NE(TextOf(&card).find("[Preferences]\r\nLost=1\r\nLong=l"), std::string::npos);
+  SetSystemPrefs(names);
+}
+
+TEST_F(CardTextExportTest, ManyValuesThatShareTheirBytesStayBounded) {
+  constexpr uint32_t kSlots = 1000;
+  std::string blob = FromHex("01000000 E8030000");
+  for (uint32_t i = 0; i < kSlots; i++) {
+    std::string name = "n" + std::to_string(i);
+    name.resize(32, '\0');
+    blob += FromHex("4C524E47") + name + FromHex("00001000 00000000");
+  }
+  blob += std::string(0x100000, 'x');
+  PCardStorage card;
+  Add(&card, kCardPrefsProperty, PropertyData, PropertyLocal, blob);
+  EXPECT_LT(TextOf(&card).size(), kSlots * 1040 + 100);
+}
+
+TEST_F(CardTextExportTest, AFailureLeavesTheOldFile) {
+  PCardStorage card;
+  AddExample(&card);
+  Add(&card, "PHOTO", PropertyBitmap, 0, std::string(100000, 'p'));
+  std::string const path = Path("card");
+  Put(path, "old");
+  EXPECT_EQ(ExportCard(&card, Path("none/card").c_str()), -1);
+  EXPECT_EQ(ExportCard(&card, Path("").c_str()), -1);
+  EXPECT_EQ(ExportCard(&card, static_cast<char const *>(nullptr)), -1);
+  Child full([&](Child::Pipe &) {
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit const limit{4096, 4096};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    uint32_t size = 1;
+    bool const refused = ExportCard(&card, path.c_str()) == -1 &&
+                         ExportCardData(&card, &size) == nullptr && size == 0;
+    return refused ? 0 : 1;
+  });
+  EXPECT_EQ(full.Wait(), 0);
+  EXPECT_EQ(Content(path), "old");
+  EXPECT_FALSE(std::filesystem::exists(Scratch()));
+}
+
+TEST_F(CardTextExportTest, TheScratchFileIsNotWrittenThroughALink) {
+  PCardStorage card;
+  uint32_t size = 0;
+  Put(Path("precious"), "mine");
+  std::filesystem::create_symlink(Path("precious"), Scratch());
+  GlobalFree(ExportCardData(&card, &size));
+  EXPECT_EQ(size, kEmptyCard.size());
+  EXPECT_EQ(Content(Path("precious")), "mine");
+  std::filesystem::create_directory(Scratch());
+  EXPECT_EQ(ExportCardData(&card, &size), nullptr);
+}
+
+}  // namespace
+}  // namespace zolt::testing

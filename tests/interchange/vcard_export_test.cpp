@@ -1,0 +1,238 @@
+#include "zolt41/interchange/vcard_export.h"
+
+#include <sys/resource.h>
+
+#include "tests/interchange/interchange_fixture.h"
+#include "tests/support/child.h"
+
+namespace zolt::testing {
+namespace {
+
+class VCardExportTest : public InterchangeTest {
+ protected:
+  std::string Exported(PCardStorage *card, VCardProfile profile, char const *key = nullptr) const {
+    EXPECT_EQ(ExportVCardAs(card, Path("vcf").c_str(), profile, key), 1);
+    return Content(Path("vcf"));
+  }
+  // What stands between the first and the last line.
+  std::string Classic(PCardStorage *card) const {
+    EXPECT_EQ(ExportVCard(card, Path("classic").c_str()), 1);
+    std::string const text = Content(Path("classic"));
+    EXPECT_EQ(Exported(card, VCardClassic, "ignored"), text);
+    EXPECT_TRUE(text.starts_with("BEGIN:VCARD\r\n") && text.ends_with("END:VCARD\r\n"));
+    return text.substr(13, text.size() - 13 - 11);
+  }
+  // The lines behind the version and before the end, unfolded.
+  std::string Lines(PCardStorage *card, VCardProfile profile) const {
+    std::string text = Exported(card, profile);
+    for (size_t fold; (fold = text.find("\r\n ")) != std::string::npos;) text.erase(fold, 3);
+    std::string const head =
+        "BEGIN:VCARD\r\nVERSION:" + std::string(profile == VCard3 ? "3" : "4") + ".0\r\n";
+    EXPECT_TRUE(text.starts_with(head) && text.ends_with("END:VCARD\r\n")) << text;
+    return text.substr(head.size(), text.size() - head.size() - 11);
+  }
+};
+
+TEST_F(VCardExportTest, TheExampleInEveryProfile) {
+  PCardStorage card;
+  AddWide(&card, "FN", 0, u"\u00C9va K");
+  AddText(&card, "TEL", PropertyHome | PropertyPref, "5,5");
+  Add(&card, "PHOTO", PropertyBitmap, 0, "GIF8");
+  std::string key = "a key";
+  key.resize(32);
+  std::string const three = Exported(&card, VCard3, key.data());
+  EXPECT_EQ(three, WithLineEnds(ExampleOf("vcard.md")));
+  EXPECT_NE(three.find(FromHex(ExampleOf("vcard.md", 1))), std::string::npos);
+  EXPECT_EQ(Exported(&card, VCard4, key.data()), WithLineEnds(ExampleOf("vcard.md", 2)));
+  EXPECT_EQ(Exported(&card, VCardClassic), WithLineEnds(ExampleOf("vcard.md", 3)));
+  EXPECT_EQ(Exported(&card, VCard3, "").find("UID"), std::string::npos);
+}
+
+TEST_F(VCardExportTest, ClassicRowsInTheirOrder) {
+  PCardStorage card;
+  EXPECT_EQ(Classic(&card), "");
+  for (char const *const name : {"SOUND", "PHOTO", "LOGO"}) Add(&card, name, PropertySound, 0, "x");
+  for (char const *const name : {"URL", "X-BRNDL-TYNAME", "EMAIL", "ORG", "X-BRNDL-IP",
+                                 "X-BRNDL-CONFID", "TITLE", "FAX", "TEL", "FN", "label"}) {
+    AddText(&card, name, PropertyVoice, "voice");
+    AddText(&card, name, PropertyHome | PropertyWork, "both");
+    AddText(&card, name, PropertyHome, "home");
+  }
+  EXPECT_EQ(Classic(&card),
+            "LABEL;POSTAL;HOME:both\r\nLABEL;POSTAL;WORK:both\r\nFN:voice\r\nTEL;HOME:both\r\n"
+            "TEL;WORK:both\r\nFAX;HOME:both\r\nFAX;WORK:both\r\nTITLE:voice\r\nORG:voice\r\n"
+            "EMAIL;INTERNET;HOME:both\r\nEMAIL;INTERNET;WORK:both\r\nURL;HOME:both\r\n"
+            "URL;WORK:both\r\nTITLE:voice\r\nX-BRNDL-IP:voice\r\nX-BRNDL-TYNAME:voice\r\n"
+            "LOGO;TYPE=GIF;ENCODING=BASE64:\r\neA==\r\n\r\n"
+            "PHOTO;TYPE=GIF;ENCODING=BASE64:\r\neA==\r\n\r\n"
+            "SOUND;TYPE=WAVE;ENCODING=BASE64:\r\neA==\r\n\r\n");
+}
+
+TEST_F(VCardExportTest, ClassicValuesByType) {
+  std::string const quoted = ";ENCODING=QUOTED-PRINTABLE;CHARSET=ISO-8859-1:";
+  struct Row {
+    uint32_t type;
+    std::string value;
+    std::string line;
+  };
+  Row const rows[] = {
+      {0, "a=,;\\\r\n\xE9", ":a=,;\\\r\n\xE9\r\n"},
+      {5, std::string("up to\0here", 10), ":up to\r\n"},
+      {4, "bytes", "\r\n"},
+      {0x80000001, FromHex("E900 2D4E 3D00 0000 4100"), quoted + "=E9?=3D\r\n"},
+      {1, std::string(45, '\0'), ";ENCODING=BASE64:\r\n" + std::string(60, 'A') + "\r\n\r\n\r\n"},
+      {2, "", ";ENCODING=BASE64:\r\n\r\n\r\n"},
+  };
+  for (Row const &row : rows) {
+    PCardStorage card;
+    Add(&card, "ORG", row.type, 0, row.value);
+    EXPECT_EQ(Classic(&card), "ORG" + row.line);
+  }
+}
+
+TEST_F(VCardExportTest, EveryPropertyWithItsTypes) {
+  PCardStorage card;
+  AddWide(&card, "FN", 0, u" Ada King Lovelace ");
+  AddText(&card, "TEL", 0x7FFFFFFF, "1");
+  AddText(&card, "TEL", PropertyLocal, "secret");
+  AddText(&card, "tel", 0, "2");
+  AddText(&card, "TEL", 0, " ");
+  Add(&card, "TEL", PropertyData, 0, "no text");
+  AddText(&card, "FAX", PropertyWork, "3");
+  AddText(&card, "EMAIL", PropertyHome | PropertyPref | PropertyVoice, "a@b");
+  AddText(&card, "EMAIL", 0, "c@d");
+  Add(&card, "URL", PropertyUrl, PropertyWork, "http://x/y;z");
+  AddWide(&card, "TITLE", 0, u"Analyst");
+  AddWide(&card, "ORG", 0, u"A, B;C");
+  AddText(&card, "X-BRNDL-IP", 0, "10.0.0.1");
+  AddText(&card, "X-BRNDL-CONFID", 0, "7");
+  AddText(&card, "X-BRNDL-TYNAME", 0, "t");
+  AddText(&card, "L-NOTE", 0, "secret");
+  AddText(&card, "NOTE", 0, "of no line");
+  std::string const rest =
+      "TITLE:Analyst\r\nORG:A\\, "
+      "B;C\r\nX-BRNDL-IP:10.0.0.1\r\nX-BRNDL-CONFID:7\r\nX-BRNDL-TYNAME:t\r\n";
+  std::string const names = "N:Lovelace;Ada King;;;\r\nFN: Ada King Lovelace \r\n";
+  EXPECT_EQ(
+      Lines(&card, VCard3),
+      names +
+          "TEL;TYPE=home,work,voice,fax,msg,cell,pager,bbs,modem,car,isdn,video,pref:1\r\nTEL:2\r\n"
+          "TEL;TYPE=work,fax:3\r\nEMAIL;TYPE=internet,home,pref:a@b\r\nEMAIL;TYPE=internet:c@d\r\n"
+          "URL;TYPE=work:http://x/y\\;z\r\n" +
+          rest);
+  EXPECT_EQ(Lines(&card, VCard4),
+            names +
+                "TEL;TYPE=home,work,voice,fax,cell,pager,video;PREF=1:1\r\nTEL:2\r\n"
+                "TEL;TYPE=work,fax:3\r\nEMAIL;TYPE=home;PREF=1:a@b\r\nEMAIL:c@d\r\n"
+                "URL;TYPE=work:http://x/y\\;z\r\n" +
+                rest);
+}
+
+TEST_F(VCardExportTest, AddressesAndTheirLabels) {
+  PCardStorage card;
+  AddText(&card, "LABEL", PropertyHome | PropertyParcel, "1 \"Oak\" St,\r\nTown");
+  AddText(&card, "LABEL", PropertyWork, "2");
+  AddText(&card, "LABEL", PropertyWork, "3; 4");
+  AddText(&card, "ADR", PropertyWork, ";;2 Elm St;City");
+  AddText(&card, "ADR", 0, "5 Ash St, X");
+  std::string const names = "N:Unknown;;;;\r\nFN:Unknown\r\n";
+  EXPECT_EQ(Lines(&card, VCard3),
+            names +
+                "ADR;TYPE=work:;;2 Elm St;City;;;\r\nADR:;;5 Ash St\\, X;;;;\r\n"
+                "LABEL;TYPE=parcel,home:1 \"Oak\" "
+                "St\\,\\nTown\r\nLABEL;TYPE=work:2\r\nLABEL;TYPE=work:3\\; 4\r\n");
+  EXPECT_EQ(Lines(&card, VCard4),
+            names +
+                "ADR;TYPE=work;LABEL=\"2\":;;2 Elm St;City;;;\r\nADR:;;5 Ash St\\, X;;;;\r\n"
+                "ADR;TYPE=home;LABEL=\"1 'Oak' St,\\nTown\":;;1 \"Oak\" St\\,\\nTown;;;;\r\n"
+                "ADR;TYPE=work;LABEL=\"3; 4\":;;3\\; 4;;;;\r\n");
+}
+
+TEST_F(VCardExportTest, ANameIsAlwaysThere) {
+  struct Row {
+    char const *property;
+    char const *text;
+    std::string lines;
+  };
+  for (Row const &row : {Row{"FN", "Ada", "N:Ada;;;;\r\nFN:Ada\r\n"},
+                         Row{"N", "King;Ada", "N:King;Ada\r\nFN:a b@c\r\n"},
+                         Row{"FN", " \t", "N:b@c;a;;;\r\nFN:a b@c\r\n"},
+                         Row{"X-BRNDL-TYNAME", "x;y", "N:x\\;y;;;;\r\nFN:x\\;y\r\n"}}) {
+    PCardStorage card;
+    AddText(&card, "EMAIL", 0, "a b@c");
+    AddText(&card, row.property, 0, row.text);
+    EXPECT_TRUE(Lines(&card, VCard3).starts_with(row.lines)) << Lines(&card, VCard3);
+  }
+}
+
+TEST_F(VCardExportTest, MediaByTheirFirstBytes) {
+  struct Row {
+    std::string bytes;
+    std::string three;
+    std::string four;
+  };
+  for (Row const &row : {Row{FromHex("89504E470D0A1A0A"), ";TYPE=PNG", "image/png"},
+                         Row{"RIFF....WEBP", ";TYPE=WEBP", "image/webp"},
+                         Row{"RIFF....WAVE", ";TYPE=WAVE", "audio/wav"},
+                         Row{"RIFF....", "", "application/octet-stream"},
+                         Row{"RIF", "", "application/octet-stream"}}) {
+    PCardStorage card;
+    Add(&card, "PHOTO", PropertyBitmap, 0, "");
+    Add(&card, "PHOTO", PropertyUrl, 0, "http://x");
+    Add(&card, "SOUND", PropertyData, 0, row.bytes);
+    EXPECT_NE(Lines(&card, VCard3)
+                  .find("\r\nPHOTO;VALUE=uri:http://x\r\nSOUND;ENCODING=b" + row.three + ":"),
+              std::string::npos);
+    EXPECT_NE(
+        Lines(&card, VCard4).find("\r\nPHOTO:http://x\r\nSOUND:data:" + row.four + ";base64\\,"),
+        std::string::npos);
+  }
+}
+
+TEST_F(VCardExportTest, TextIsUtf8InFoldedLines) {
+  struct Row {
+    std::u16string text;
+    std::string lines;
+  };
+  std::string const s70(70, 's');
+  std::u16string const w70(70, u's');
+  Row const rows[] = {
+      {w70 + u"t", "TITLE:" + s70.substr(1) + "\r\n st"},
+      {w70.substr(1), "TITLE:" + s70.substr(1)},
+      {w70.substr(2) + u"\u00E9", "TITLE:" + s70.substr(2) + "\r\n \u00E9"},
+      {w70.substr(3) + u"\u00E9", "TITLE:" + s70.substr(3) + "\u00E9"},
+      {w70.substr(4) + u"\U0001F600" + w70 + w70,
+       "TITLE:" + s70.substr(4) + "\r\n \U0001F600" + s70 + "\r\n " + s70},
+      {u"\xD800x\xDC00", "TITLE:\uFFFDx\uFFFD"},
+      {u"a\tb\u0001\u007F\u0085c\\\r\nd\re\nf", "TITLE:a\tb\u0085c\\\\\\nd\\ne\\nf"},
+  };
+  for (Row const &row : rows) {
+    PCardStorage card;
+    AddWide(&card, "TITLE", 0, row.text);
+    std::string const text = Exported(&card, VCard4);
+    EXPECT_EQ(text.substr(text.find("TITLE")), row.lines + "\r\nEND:VCARD\r\n");
+  }
+  PCardStorage local;
+  AddText(&local, "TITLE", 0, "\xE9\x80");
+  EXPECT_NE(Exported(&local, VCard3).find("TITLE:\u00E9\u20AC\r\n"), std::string::npos);
+}
+
+TEST_F(VCardExportTest, AFailureLeavesTheOldFile) {
+  PCardStorage card;
+  Add(&card, "PHOTO", PropertyBitmap, 0, std::string(100000, 'p'));
+  std::string const path = Path("old");
+  Put(path, "old");
+  EXPECT_EQ(ExportVCard(&card, Path("none/card").c_str()), 0);
+  EXPECT_EQ(ExportVCardAs(&card, path.c_str(), static_cast<VCardProfile>(3), nullptr), 0);
+  Child full([&](Child::Pipe &) {
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit const limit{4096, 4096};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    return ExportVCard(&card, path.c_str()) + ExportVCardAs(&card, path.c_str(), VCard4, nullptr);
+  });
+  EXPECT_EQ(full.Wait(), 0);
+  EXPECT_EQ(Content(path), "old");
+}
+
+}  // namespace
+}  // namespace zolt::testing

@@ -1,0 +1,170 @@
+#include "zolt41/services/mail.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "tests/services/stand_in.h"
+#include "zolt41/platform/desktop/mail_client.h"
+#include "zolt41/platform/system/late_module.h"
+#include "zolt41/services/mail_state.h"
+
+namespace zolt::testing {
+namespace {
+
+struct Sent {
+  std::string name;
+  std::string address;
+  std::string subject;
+  std::string text;
+  uint32_t flags;
+  bool rest;  // all other fields are as they should be
+};
+
+std::optional<Sent> sent;
+uint32_t answer = 0;
+bool usable = true;
+
+uint32_t FakeSendMail(uintptr_t session, uintptr_t ui, MapiMessage *message, uint32_t flags,
+                      uint32_t reserved) {
+  MapiRecipDesc const &to = *message->lpRecips;
+  bool const plain = session == 0 && ui == 0 && reserved == 0 && message->ulReserved == 0 &&
+                     message->lpszMessageType == nullptr && message->flFlags == 0 &&
+                     message->lpOriginator == nullptr && message->nRecipCount == 1 &&
+                     message->nFileCount == 0 && message->lpFiles == nullptr &&
+                     to.ulReserved == 0 && to.ulRecipClass == 1 && to.ulEIDSize == 0 &&
+                     to.lpEntryID == nullptr;
+  sent =
+      Sent{to.lpszName, to.lpszAddress, message->lpszSubject, message->lpszNoteText, flags, plain};
+  return answer;
+}
+
+LateFunction const kFunctions[] = {{"MAPISendMail", reinterpret_cast<FARPROC>(FakeSendMail)}};
+LateModule const kFake = {"mapi32", kFunctions, [] { return usable; }};
+LateModule const kWithout = {"MAPI32.DLL", {}, [] { return true; }};
+
+class MailTest : public StandInTest {
+ protected:
+  MailTest() {
+    ForgetMailTest();
+    sent.reset();
+    answer = 0;
+    usable = true;
+  }
+  ~MailTest() override { ForgetMailTest(); }
+
+  void Profile(std::string const &text) { std::ofstream(home_.path() + "/profile.ini") << text; }
+  static uint32_t Send(std::string to, std::string subject, std::string text, int32_t silent) {
+    return SendMail(nullptr, to.data(), subject.data(), text.data(), nullptr, silent);
+  }
+  // What is told on standard error, since there is no desktop.
+  template <typename Do>
+  static std::string ToldBy(Do what) {
+    ::testing::internal::CaptureStderr();
+    what();
+    return ::testing::internal::GetCapturedStderr();
+  }
+};
+
+TEST_F(MailTest, TheProfileTheModuleAndItsFunctionDecide) {
+  struct Row {
+    char const *profile;
+    bool there;
+    bool function;
+    int32_t can;
+  };
+  for (Row const &row :
+       {Row{"[MAIL]\nMAPI=1\n", true, true, 1}, Row{"[mail]\r\nmapi = 2\r\n", true, true, 0},
+        Row{"[mail]\r\nmapi=2\r\n", true, true, 1}, Row{"[MAIL]\nMAPI=0\n", true, true, 0},
+        Row{"[OTHER]\nMAPI=1\n[MAIL]\nx=1\n", true, true, 0},
+        Row{"[MAIL]\nMAPI=1\n", false, true, 0}, Row{"[MAIL]\nMAPI=1\n", true, false, 0}}) {
+    LateModuleSwap const swap(row.function ? &kFake : &kWithout);
+    usable = row.there;
+    Profile(row.profile);
+    ForgetMailTest();
+    EXPECT_EQ(CanMail(), row.can) << row.profile << row.there << row.function;
+  }
+}
+
+TEST_F(MailTest, TheTestRunsOnce) {
+  LateModuleSwap const swap(&kFake);
+  Profile("[MAIL]\nMAPI=0\n");
+  EXPECT_EQ(CanMail(), 0);
+  Profile("[MAIL]\nMAPI=1\n");
+  EXPECT_EQ(CanMail(), 0);
+  EXPECT_EQ(Send("a@b", "s", "t", 1), 0U);
+  EXPECT_FALSE(sent);
+}
+
+TEST_F(MailTest, TheMessageIsFilledAsItShould) {
+  LateModuleSwap const swap(&kFake);
+  Profile("[MAIL]\nMAPI=1\n");
+  for (auto const &[silent, flags] : {std::pair{0, 9U}, std::pair{1, 1U}, std::pair{-7, 1U}}) {
+    EXPECT_EQ(Send("anna@example.org", "Hello", "Text", silent), 0U);
+    ASSERT_TRUE(sent && sent->rest);
+    EXPECT_EQ(sent->name + " " + sent->address, "anna@example.org SMTP:anna@example.org");
+    EXPECT_EQ(sent->subject + " " + sent->text, "Hello Text");
+    EXPECT_EQ(sent->flags, flags);
+  }
+}
+
+TEST_F(MailTest, OnlyRealFailuresAreTold) {
+  LateModuleSwap const swap(&kFake);
+  Profile("[MAIL]\nMAPI=1\n");
+  for (uint32_t const code : {0U, 1U, 2U, 3U, 26U}) {
+    answer = code;
+    bool const told = code == 2 || code == 26;
+    EXPECT_EQ(ToldBy([&] { EXPECT_EQ(Send("a", "b", "c", 1), code); }),
+              told ? "zolt41: Send Mail failed to send message.\n" : "")
+        << code;
+  }
+}
+
+TEST_F(MailTest, WithoutADesktopSendmailGetsTheMessage) {
+  StandIn("sendmail");
+  EXPECT_EQ(CanMail(), 1);
+  EXPECT_EQ(Send("anna@example.org",
+                 "Gr\xFC\xDF"
+                 "e",
+                 "one\r\ntwo\rthree", 0),
+            0U);
+  EXPECT_EQ(Heard("sendmail"),
+            "<-i><--><anna@example.org>\nTo: anna@example.org\nSubject: =?UTF-8?B?R3LDvMOfZQ==?=\n"
+            "MIME-Version: 1.0\nContent-Type: text/plain; charset=UTF-8\n"
+            "Content-Transfer-Encoding: 8bit\n\none\ntwo\nthree\n");
+}
+
+TEST_F(MailTest, OnADesktopItsMailProgramShowsTheMessage) {
+  setenv("DISPLAY", ":none", 1);
+  StandIn("xdg-email");
+  StandIn("sendmail");
+  EXPECT_EQ(Send("anna@example.org", "it's $(x)", "a \"b\"\nc", 0), 0U);
+  EXPECT_EQ(Heard("xdg-email"),
+            "<--utf8><--subject><it's $(x)><--body><a \"b\"\nc><anna@example.org>\n");
+  EXPECT_EQ(Send("anna@example.org", "s", "t", 1), 0U);
+  EXPECT_TRUE(Heard("sendmail").starts_with("<-i><--><anna@example.org>\n"));
+  unsetenv("DISPLAY");
+}
+
+TEST_F(MailTest, WhatCouldBeAnOptionOrAHeadIsRefused) {
+  StandIn("sendmail");
+  struct Row {
+    char const *to;
+    char const *subject;
+    uint32_t result;
+  };
+  for (Row const &row : {Row{"-oQ/tmp", "s", 25}, Row{"a\nBcc: b", "s", 25}, Row{"", "s", 25},
+                         Row{"a", "s\r\nBcc: b", 2}, Row{"a", "-s", 2}, Row{"a\x7F", "s", 25}}) {
+    ToldBy([&] { EXPECT_EQ(Send(row.to, row.subject, "t", 1), row.result); });
+  }
+  EXPECT_EQ(Heard("sendmail"), "");
+  StandIn("sendmail", 75);
+  ToldBy([&] { EXPECT_EQ(Send("a", "s", "t", 1), 2U); });
+}
+
+}  // namespace
+}  // namespace zolt::testing

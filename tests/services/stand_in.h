@@ -1,0 +1,54 @@
+#ifndef ZOLT41_TESTS_SERVICES_STAND_IN_H_
+#define ZOLT41_TESTS_SERVICES_STAND_IN_H_
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "tests/support/temp_home.h"
+
+namespace zolt::testing {
+
+// Programs that stand in for those of the machine: they alone are in PATH, and write down their
+// arguments and their input.
+class StandInTest : public ::testing::Test {
+ protected:
+  StandInTest() : path_(getenv("PATH")) {
+    std::filesystem::create_directory(Folder());
+    setenv("PATH", Folder().c_str(), 1);
+    unsetenv("DISPLAY");
+    unsetenv("WAYLAND_DISPLAY");
+  }
+  ~StandInTest() override { setenv("PATH", path_.c_str(), 1); }
+
+  std::string Folder() const { return home_.path() + "/bin"; }
+
+  void StandIn(std::string const &name, int code = 0) const {
+    std::string const file = Folder() + "/" + name;
+    std::ofstream(file)
+        << "#!/bin/sh\n{ for word in \"$@\"; do printf '<%s>' \"$word\"; done; echo; "
+           "/bin/cat; } > '"
+        << file << ".heard'\nexit " << code << "\n";
+    chmod(file.c_str(), 0755);
+  }
+
+  // "" if it was not started.
+  std::string Heard(std::string const &name) const {
+    std::ifstream file(Folder() + "/" + name + ".heard");
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  TempHome home_;
+
+ private:
+  std::string path_;
+};
+
+}  // namespace zolt::testing
+
+#endif  // ZOLT41_TESTS_SERVICES_STAND_IN_H_

@@ -1,0 +1,74 @@
+#ifndef ZOLT41_TOOLS_ZOLT_BOOK_H_
+#define ZOLT41_TOOLS_ZOLT_BOOK_H_
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tools/zolt/card_property.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/verbs.h"
+
+namespace zolt::tool {
+
+// The database that a call is about: -f, else ZOLT_ROLODEX, else contacts.rolodex in the home.
+std::string BookPath(Call const &call);
+
+// What stands in a card's head. Names are local text.
+struct CardHead {
+  uint32_t id;
+  std::string names[3];
+  std::vector<uint8_t> categories;
+};
+
+// An open database, closed with this. Throws where it cannot be opened; one that another program
+// has open is waited for.
+class Book {
+ public:
+  enum class Access { read, write };
+
+  Book(Call const &call, Access access);
+
+  std::string const &path() const { return path_; }
+  Rolodex &rolodex() { return rolodex_; }
+
+  std::vector<uint32_t> Ids(std::vector<uint8_t> const &required = {});
+  CardHead Head(uint32_t id);
+  // The card's properties, with what only this tool keeps in it left in.
+  std::vector<CardProperty> Properties(uint32_t id);
+  // Throws if the card cannot be read.
+  void Load(uint32_t id, PCardStorage *card);
+
+  // The cards that an operand names: id:N, key:..., name:TEXT, N or TEXT. Several end the verb with
+  // 1 and are listed on standard error, unless --first or --all is given.
+  std::vector<uint32_t> Find(std::string_view operand);
+  uint32_t FindOne(std::string_view operand);
+
+ private:
+  std::vector<uint32_t> Named(std::string_view text);
+  std::vector<uint32_t> Keyed(std::string_view key);
+  [[noreturn]] void FailWithSeveral(std::string_view operand, std::vector<uint32_t> const &ids);
+
+  Call const &call_;
+  std::string path_;
+  Rolodex rolodex_;
+};
+
+// The property that keeps the key of a card file.
+inline constexpr char kKeyProperty[] = "L-ZOLT-KEY";
+
+// "0,3,17" and back; throws a usage error.
+std::string CategoriesText(std::vector<uint8_t> const &categories);
+std::vector<uint8_t> CategoriesFrom(std::string_view text);
+// As the database takes them.
+std::vector<unsigned char> CategoryListOf(std::vector<uint8_t> const &categories);
+
+// Why the last operation on the database failed.
+ToolError BookFailure(std::string const &path);
+
+}  // namespace zolt::tool
+
+#endif  // ZOLT41_TOOLS_ZOLT_BOOK_H_

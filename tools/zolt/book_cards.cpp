@@ -1,0 +1,146 @@
+#include "tools/zolt/book_cards.h"
+
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+#include "tools/zolt/card_documents.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/table.h"
+#include "tools/zolt/text.h"
+
+namespace zolt::tool {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr size_t kKeySize = 32;
+
+std::unique_ptr<CallCard> CopyOf(PCardStorage *card) {
+  auto copy = std::make_unique<CallCard>(CardFormatNone);
+  char *const list = card->Get();
+  if (list == nullptr) throw std::bad_alloc();
+  copy->Set(list, static_cast<int32_t>(GetMemSize(list)));
+  _DisposeMem(list);
+  return copy;
+}
+
+std::string TextOf(PCardStorage *card, char const *name) {
+  for (CardProperty const &property : PropertiesOf(card)) {
+    std::optional<std::string> const text = TextOfProperty(property);
+    if (SameName(property.name, name) && text && !text->empty()) return *text;
+  }
+  return "";
+}
+
+// What the code page lacks becomes a question mark: it is a name to look at, and the card has it
+// whole.
+std::string LocalName(std::string const &utf8) {
+  std::string local;
+  for (size_t at = 0; at < utf8.size();) {
+    size_t end = at + 1;
+    while (end < utf8.size() && (utf8[end] & 0xC0) == 0x80) end++;
+    try {
+      local += ToLocal(utf8.substr(at, end - at));
+    } catch (ToolError const &) {
+      local += '?';
+    }
+    at = end;
+  }
+  return local;
+}
+
+}  // namespace
+
+void NameCard(NewCard *card, std::string const &otherwise) {
+  std::string const full = TextOf(card->list.get(), "FN");
+  card->names[0] = LocalName(full.empty() ? otherwise : full);
+  card->names[1] = LocalName(TextOf(card->list.get(), "ORG"));
+  card->names[2] = LocalName(TextOf(card->list.get(), "EMAIL"));
+}
+
+NewCard CardForBook(CallCard *card, std::string const &otherwise) {
+  card->SavePrefs();
+  NewCard added;
+  added.list = CopyOf(card);
+  if (*card->GetKey() != '\0') {
+    added.key.assign(card->GetKey(), kKeySize);
+    uint32_t const old = added.list->FindProp(kKeyProperty, 0, 0, 0, nullptr);
+    if (old != 0xFFFFFFFF) added.list->DeleteProp(old);
+    added.list->AddProp(kKeyProperty, PropertyData, PropertyLocal, added.key.data(), kKeySize);
+  }
+  NameCard(&added, otherwise);
+  return added;
+}
+
+uint32_t AddToBook(Book *book, NewCard const &card) {
+  uint32_t const id =
+      book->rolodex().CreateCard(card.list.get(), card.names[0].c_str(), card.names[1].c_str(),
+                                 card.names[2].c_str(), nullptr);
+  if (id == 0) throw BookFailure(book->path());
+  return id;
+}
+
+std::unique_ptr<CallCard> CardFromBook(Book *book, uint32_t id) {
+  auto card = std::make_unique<CallCard>(CardFormatBinary);
+  book->Load(id, card.get());
+  uint32_t const place = card->FindProp(kKeyProperty, 0, 0, 0, nullptr);
+  uint32_t length = 0;
+  char const *const key = card->GetPropA(place, &length, nullptr, nullptr, nullptr);
+  if (key == nullptr) return card;
+  if (length == kKeySize) card->SetKey(key);
+  card->DeleteProp(place);
+  return card;
+}
+
+std::vector<std::string> TextsOf(CardHead const &head,
+                                 std::vector<CardProperty> const &properties) {
+  std::vector<std::string> texts;
+  for (std::string const &name : head.names) texts.push_back(ToUtf8(name));
+  for (CardProperty const &property : properties) {
+    bool const looked = std::ranges::any_of(
+        std::initializer_list<char const *>{"FN", "N", "ORG", "EMAIL", "TEL", "FAX", "X-BRNDL-IP"},
+        [&property](char const *name) { return SameName(property.name, name); });
+    std::optional<std::string> text = looked ? TextOfProperty(property) : std::nullopt;
+    if (text) texts.push_back(std::move(*text));
+  }
+  return texts;
+}
+
+bool Contains(std::string const &text, std::string const &part) {
+  return Folded(text).find(Folded(part)) != std::string::npos;
+}
+
+std::string HeadDocument(CardHead const &head, std::vector<CardProperty> const *properties) {
+  Json document;
+  document["schema"] = 1;
+  document["id"] = head.id;
+  document["names"] = {ToUtf8(head.names[0]), ToUtf8(head.names[1]), ToUtf8(head.names[2])};
+  document["categories"] = head.categories;
+  if (properties != nullptr) document["properties"] = Json::parse(PropertiesDocument(*properties));
+  return document.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+void WriteHeads(Book *book, std::vector<uint32_t> const &ids, Call const &call) {
+  if (call.settings.json) {
+    for (size_t i = 0; i < ids.size(); i++)
+      call.out.Write((i == 0 ? "[" : ",\n") + HeadDocument(book->Head(ids[i]), nullptr));
+    call.out.Write(ids.empty() ? "[]\n" : "]\n");
+    return;
+  }
+  Table table(call.settings, call.out, 4);
+  for (uint32_t const id : ids) {
+    CardHead const head = book->Head(id);
+    table.Add({std::to_string(id), ToUtf8(head.names[0]), ToUtf8(head.names[1]),
+               ToUtf8(head.names[2]), CategoriesText(head.categories)});
+  }
+  table.Finish();
+}
+
+void SayOfCard(Book *book, uint32_t id, std::string const &what, Call const &call) {
+  if (call.settings.quiet || call.settings.json) return;
+  WriteError(
+      Escape("card " + std::to_string(id) + " " + ToUtf8(book->Head(id).names[0]) + ": " + what));
+}
+
+}  // namespace zolt::tool

@@ -1,0 +1,24 @@
+#ifndef ZOLT41_TOOLS_ZOLT_CARD_DAMAGE_H_
+#define ZOLT41_TOOLS_ZOLT_CARD_DAMAGE_H_
+
+#include <string>
+#include <vector>
+
+namespace zolt::tool {
+
+// What keeps a card from being read whole.
+struct CardDamage {
+  std::string place;  // "byte 72" of a card file, "line 6" of card text
+  std::string what;
+  bool lost;  // what stands there is not read; else it is only not as it should be
+};
+
+// The file is one of the form with a head, sound or not; any other is taken for card text.
+bool IsCardFile(std::string const &path);
+
+// Of the file, which must be readable. Nothing for a card that is sound.
+std::vector<CardDamage> DamageOf(std::string const &path);
+
+}  // namespace zolt::tool
+
+#endif  // ZOLT41_TOOLS_ZOLT_CARD_DAMAGE_H_

@@ -1,0 +1,49 @@
+#include "tools/zolt/card_documents.h"
+#include "tools/zolt/card_preferences.h"
+#include "tools/zolt/card_source.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/table.h"
+#include "tools/zolt/text.h"
+#include "tools/zolt/verbs.h"
+
+namespace zolt::tool {
+
+namespace {
+
+int Show(Call const &call) {
+  std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
+  if (call.settings.json) {
+    call.out.Write(CardDocument(card.get(), PreferencesOf(card.get())));
+    return kDone;
+  }
+  Table table(call.settings, call.out, 1);
+  for (CardProperty const &property : PropertiesOf(card.get())) {
+    if (property.name == kCardPrefsProperty) continue;
+    table.Add({ToUtf8(property.name), ColumnOfProperty(property, call.out.terminal()),
+               TypeText(property.type), FlagsText(property.flags)});
+  }
+  table.Finish();
+  return kDone;
+}
+
+}  // namespace
+
+Verb const kCardShow = {
+    .group = "card",
+    .name = "show",
+    .operands = "FILE",
+    .summary = "the properties of a card",
+    .options = {},
+    .least = 1,
+    .most = 1,
+    .run = Show,
+    .description =
+        "Lists name, value, type and flags of each property of a card file or card text. The\n"
+        "preferences that the card carries are shown by zolt card prefs FILE list, and with "
+        "--json.",
+    .examples =
+        "  zolt card show anna.card\n"
+        "  zolt card show anna.card --json\n",
+};
+
+}  // namespace zolt::tool

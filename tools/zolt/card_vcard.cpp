@@ -1,0 +1,85 @@
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "tools/zolt/card_source.h"
+#include "tools/zolt/confirm.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/input.h"
+#include "tools/zolt/output_file.h"
+#include "tools/zolt/verbs.h"
+
+namespace zolt::tool {
+
+namespace {
+
+VCardProfile ProfileFrom(Arguments const &arguments) {
+  if (!arguments.Has(OptionId::profile)) return VCard3;
+  std::string_view const word = arguments.Value(OptionId::profile);
+  if (word == "classic") return VCardClassic;
+  if (word == "3.0") return VCard3;
+  if (word == "4.0") return VCard4;
+  Refuse("--profile " + std::string(word), "no such profile", "it is classic, 3.0 or 4.0");
+}
+
+// The library writes files; this one is ours alone, and goes.
+class ScratchFile {
+ public:
+  ScratchFile() {
+    char const *const folder = getenv("TMPDIR");
+    path_ = std::string(folder == nullptr ? "/tmp" : folder) + "/zolt-vcard-XXXXXX";
+    int const file = mkostemp(path_.data(), 0);
+    if (file < 0) throw SystemFailure(path_, errno);
+    close(file);
+  }
+  ~ScratchFile() { unlink(path_.c_str()); }
+  ScratchFile(ScratchFile const &) = delete;
+  ScratchFile &operator=(ScratchFile const &) = delete;
+
+  std::string const &path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+void Export(CallCard *card, VCardProfile profile, std::string const &path) {
+  char const *const key = *card->GetKey() == '\0' ? nullptr : card->GetKey();
+  if (ExportVCardAs(card, path.c_str(), profile, key) == 0) throw FileFailure(path);
+}
+
+int VCard(Call const &call) {
+  VCardProfile const profile = ProfileFrom(call.arguments);
+  std::string const file(call.arguments.Value(OptionId::output));
+  if (call.arguments.Has(OptionId::output) && file.empty()) Refuse("-o", "names no file");
+  std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
+  if (file.empty() || file == "-") {
+    ScratchFile const scratch;
+    Export(card.get(), profile, scratch.path());
+    call.out.Write(ReadInput(scratch.path()));
+    return kDone;
+  }
+  if (IsThere(file)) Confirm("write over " + file, call.settings);
+  if (!call.settings.dryRun) Export(card.get(), profile, file);
+  return kDone;
+}
+
+}  // namespace
+
+Verb const kCardVCard = {
+    .group = "card",
+    .name = "vcard",
+    .operands = "FILE",
+    .summary = "a card for other address books",
+    .options = {OptionId::profile, OptionId::output},
+    .least = 1,
+    .most = 1,
+    .run = VCard,
+    .description =
+        "Writes the card as vCard: 3.0, which nearly every address book reads, 4.0, or classic,\n"
+        "the form of old programs. docs/formats/vcard.md tells what each form loses.",
+    .examples =
+        "  zolt card vcard anna.card -o anna.vcf\n"
+        "  zolt card vcard anna.card --profile 4.0\n",
+};
+
+}  // namespace zolt::tool

@@ -1,0 +1,405 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "tools/zolt/book_cards.h"
+#include "tools/zolt/card_source.h"
+#include "tools/zolt/confirm.h"
+#include "tools/zolt/errors.h"
+#include "tools/zolt/library_session.h"
+#include "tools/zolt/output_file.h"
+#include "tools/zolt/text.h"
+
+namespace zolt::tool {
+
+namespace {
+
+constexpr size_t kLongestName = 31;
+
+int Create(Call const &call) {
+  std::string const path = BookPath(call);
+  if (IsThere(path)) Refuse(path, "exists");
+  if (call.settings.dryRun) return call.settings.exitCode ? kNo : kDone;
+  if (Rolodex::Create(path.c_str()) != 0) throw FileFailure(path);
+  if (!call.settings.quiet && !call.settings.json) WriteError("zolt: " + Escape(path) + ": made");
+  return kDone;
+}
+
+// What is printed of cards that were added: their numbers.
+void WriteIds(std::vector<uint32_t> const &ids, Call const &call) {
+  std::string text;
+  for (uint32_t const id : ids)
+    text += (call.settings.json ? (text.empty() ? "[" : ",") : "") + std::to_string(id) +
+            (call.settings.json ? "" : "\n");
+  if (call.settings.json) text += text.empty() ? "[]\n" : "]\n";
+  call.out.Write(text);
+}
+
+std::string StemOf(std::string_view path) {
+  std::string_view name = path.substr(path.rfind('/') + 1);
+  size_t const dot = name.rfind('.');
+  return std::string(dot == 0 || dot == std::string_view::npos ? name : name.substr(0, dot));
+}
+
+int Add(Call const &call) {
+  std::vector<NewCard> cards;
+  for (std::string_view const operand : call.operands) {
+    std::unique_ptr<CallCard> const card = LoadCard(call, operand);
+    cards.push_back(CardForBook(card.get(), StemOf(operand)));
+  }
+  Book book(call, Book::Access::write);
+  std::vector<uint32_t> ids;
+  if (!call.settings.dryRun)
+    for (NewCard const &card : cards) ids.push_back(AddToBook(&book, card));
+  WriteIds(ids, call);
+  return kDone;
+}
+
+void AddText(PCardStorage *card, char const *name, uint32_t flags, std::string_view text) {
+  std::string const value = PropertyValue(PropertyUnicode, text);
+  card->AddProp(name, PropertyUnicode, flags, value.data(), static_cast<int32_t>(value.size()));
+}
+
+int New(Call const &call) {
+  NewCard card;
+  card.list = std::make_unique<CallCard>(CardFormatNone);
+  AddText(card.list.get(), "FN", 0, call.operands[0]);
+  for (std::string_view const email : call.arguments.Values(OptionId::email))
+    AddText(card.list.get(), "EMAIL", PropertyHome, email);
+  for (std::string_view const number : call.arguments.Values(OptionId::tel))
+    AddText(card.list.get(), "TEL", PropertyHome | PropertyVoice, number);
+  NameCard(&card, "");
+  Book book(call, Book::Access::write);
+  std::vector<uint32_t> ids;
+  if (!call.settings.dryRun) ids.push_back(AddToBook(&book, card));
+  WriteIds(ids, call);
+  return kDone;
+}
+
+void SaveInBook(Book *book, uint32_t id, NewCard const &card) {
+  if (book->rolodex().SaveCard(id, card.list.get()) == 0) throw BookFailure(book->path());
+  book->rolodex().SetCardName(id, card.names[0].c_str(), card.names[1].c_str(),
+                              card.names[2].c_str());
+}
+
+int Replace(Call const &call) {
+  std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[1]);
+  NewCard const added = CardForBook(card.get(), StemOf(call.operands[1]));
+  Book book(call, Book::Access::write);
+  uint32_t const id = book.FindOne(call.operands[0]);
+  if (!call.settings.dryRun) SaveInBook(&book, id, added);
+  SayOfCard(&book, id, "replaced", call);
+  return kDone;
+}
+
+int Remove(Call const &call) {
+  Book book(call, Book::Access::write);
+  std::vector<uint32_t> ids;
+  for (std::string_view const operand : call.operands)
+    for (uint32_t const id : book.Find(operand)) ids.push_back(id);
+  if (ids.size() > 1) Confirm("remove " + std::to_string(ids.size()) + " cards", call.settings);
+  for (uint32_t const id : ids) {
+    SayOfCard(&book, id, call.settings.dryRun ? "would be removed" : "removed", call);
+    if (!call.settings.dryRun && book.rolodex().DeleteCard(id) == 0) throw BookFailure(book.path());
+  }
+  return call.settings.dryRun && call.settings.exitCode && !ids.empty() ? kNo : kDone;
+}
+
+int Rename(Call const &call) {
+  std::string const name = ToLocal(call.operands[1]);
+  if (name.size() > kLongestName) {
+    Refuse(std::string(call.operands[1]), "a name in a book has at most 31 bytes");
+  }
+  Book book(call, Book::Access::write);
+  uint32_t const id = book.FindOne(call.operands[0]);
+  if (!call.settings.dryRun) book.rolodex().SetCardName(id, name.c_str(), nullptr, nullptr);
+  SayOfCard(&book, id, "renamed", call);
+  return kDone;
+}
+
+// "+3" or "-3".
+bool IsTag(std::string_view operand) {
+  return operand.size() > 1 && (operand[0] == '+' || operand[0] == '-') && operand[1] >= '0' &&
+         operand[1] <= '9';
+}
+
+int Tag(Call const &call) {
+  std::vector<uint8_t> add;
+  std::vector<uint8_t> remove;
+  std::vector<std::string_view> cards;
+  for (std::string_view const operand : call.operands) {
+    if (!IsTag(operand)) {
+      cards.push_back(operand);
+      continue;
+    }
+    for (uint8_t const category : CategoriesFrom(operand.substr(1)))
+      (operand[0] == '+' ? add : remove).push_back(category);
+  }
+  if (cards.empty() || (add.empty() && remove.empty())) {
+    Refuse("", "rolodex tag takes cards and categories",
+           "usage: zolt rolodex tag CARD... [+N] [-N]");
+  }
+  Book book(call, Book::Access::write);
+  for (std::string_view const card : cards) {
+    for (uint32_t const id : book.Find(card)) {
+      std::vector<uint8_t> categories = book.Head(id).categories;
+      std::erase_if(categories,
+                    [&](uint8_t each) { return std::ranges::find(remove, each) != remove.end(); });
+      categories.insert(categories.end(), add.begin(), add.end());
+      std::ranges::sort(categories);
+      categories.erase(std::unique(categories.begin(), categories.end()), categories.end());
+      if (categories == book.Head(id).categories) {
+        SayOfCard(&book, id, "unchanged", call);
+        continue;
+      }
+      if (!call.settings.dryRun) {
+        book.rolodex().SetCardCategories(id, CategoryListOf(categories).data());
+      }
+      SayOfCard(&book, id,
+                "in " + (categories.empty() ? "no category" : CategoriesText(categories)), call);
+    }
+  }
+  return kDone;
+}
+
+int Category(Call const &call) {
+  std::vector<uint8_t> const numbers = CategoriesFrom(call.operands[0]);
+  if (numbers.size() != 1) Refuse(std::string(call.operands[0]), "is no category");
+  bool const writes = call.operands.size() > 1;
+  std::string const name = writes ? ToLocal(call.operands[1]) : "";
+  Book book(call, writes ? Book::Access::write : Book::Access::read);
+  CategoryInfo info = *book.rolodex().GetCategoryInfo(numbers[0]);
+  if (!writes) {
+    std::string const text(info.text, strnlen(info.text, sizeof info.text));
+    if (text.empty()) throw ToolError(kNo, "absent", std::string(call.operands[0]), "has no name");
+    call.out.Write(Escape(ToUtf8(text)) + "\n");
+    return kDone;
+  }
+  if (name.size() >= sizeof info.text) {
+    Refuse(std::string(call.operands[1]), "a category's name has at most 63 bytes");
+  }
+  std::memset(info.text, 0, sizeof info.text);
+  name.copy(info.text, name.size());
+  if (!call.settings.dryRun) book.rolodex().SetCategoryInfo(numbers[0], &info);
+  return kDone;
+}
+
+// The editor, as the user has set it, which is a command for a shell.
+void Edit(std::string const &path) {
+  char const *editor = getenv("VISUAL");
+  if (editor == nullptr || *editor == '\0') editor = getenv("EDITOR");
+  if (editor == nullptr || *editor == '\0') editor = "vi";
+  std::string const command = std::string(editor) + " \"$1\"";
+  pid_t const process = fork();
+  if (process < 0) throw SystemFailure("editor", errno);
+  if (process == 0) {
+    execl("/bin/sh", "sh", "-c", command.c_str(), "sh", path.c_str(), nullptr);
+    _exit(127);
+  }
+  int status = 0;
+  while (waitpid(process, &status, 0) < 0 && errno == EINTR) continue;
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+    throw ToolError(kFailed, "io", editor, "did not end well", "the card is as it was");
+  }
+}
+
+class EditedFile {
+ public:
+  EditedFile()
+      : path_((getenv("TMPDIR") == nullptr ? "/tmp" : std::string(getenv("TMPDIR"))) +
+              "/zolt-card-XXXXXX") {
+    if (mkdtemp(path_.data()) == nullptr) throw SystemFailure(path_, errno);
+  }
+  ~EditedFile() {
+    unlink(Path().c_str());
+    rmdir(path_.c_str());
+  }
+  EditedFile(EditedFile const &) = delete;
+  EditedFile &operator=(EditedFile const &) = delete;
+
+  std::string Path() const { return path_ + "/card.txt"; }
+
+ private:
+  std::string path_;
+};
+
+int EditCard(Call const &call) {
+  NeedSectionNames(call);
+  EditedFile const file;
+  uint32_t id = 0;
+  std::vector<CardProperty> before;
+  {
+    // Others may use the book while the editor is open.
+    Book book(call, Book::Access::read);
+    id = book.FindOne(call.operands[0]);
+    before = book.Properties(id);
+    std::unique_ptr<CallCard> const card = CardFromBook(&book, id);
+    SaveCardAs(card.get(), CardFormatText, file.Path());
+  }
+  Edit(file.Path());
+  std::unique_ptr<CallCard> const edited = LoadCard(call, file.Path());
+  Book book(call, Book::Access::write);
+  if (book.Properties(id) != before) {
+    throw ToolError(kNo, "expectation", std::string(call.operands[0]),
+                    "was changed by another program meanwhile", "nothing is written");
+  }
+  for (CardProperty const &property : before)
+    if (property.name == kKeyProperty) edited->SetKey(property.value.c_str());
+  SaveInBook(&book, id, CardForBook(edited.get(), ToUtf8(book.Head(id).names[0])));
+  SayOfCard(&book, id, "changed", call);
+  return kDone;
+}
+
+int Compact(Call const &call) {
+  Book book(call, Book::Access::write);
+  bool const done = !call.settings.dryRun && book.rolodex().Compact(1) != 0;
+  if (!call.settings.quiet && !call.settings.json) {
+    WriteError("zolt: " + Escape(book.path()) + (done ? ": compacted" : ": no gaps"));
+  }
+  return kDone;
+}
+
+}  // namespace
+
+Verb const kRolodexCreate = {
+    .group = "rolodex",
+    .name = "create",
+    .operands = "",
+    .summary = "make an empty book",
+    .options = {OptionId::file},
+    .least = 0,
+    .most = 0,
+    .run = Create,
+    .description =
+        "Makes a book: the file of -f, else that of ZOLT_ROLODEX, else contacts.rolodex in the\n"
+        "home. It must not exist.",
+    .examples = "  zolt rolodex create\n  zolt rolodex create -f team.rolodex\n",
+};
+
+Verb const kRolodexAdd = {
+    .group = "rolodex",
+    .name = "add",
+    .operands = "CARD...",
+    .summary = "put card files into a book",
+    .options = {OptionId::file},
+    .least = 1,
+    .most = kAnyNumber,
+    .run = Add,
+    .description =
+        "Adds card files or card texts, and prints the number of each. Names in the book are FN\n"
+        "(else the file's name), ORG, and the first EMAIL. See rolodex import for what is to be\n"
+        "there once.",
+    .examples = "  zolt rolodex add anna.card\n",
+};
+
+Verb const kRolodexNew = {
+    .group = "rolodex",
+    .name = "new",
+    .operands = "NAME",
+    .summary = "a new card with a name",
+    .options = {OptionId::file, OptionId::email, OptionId::tel},
+    .least = 1,
+    .most = 1,
+    .run = New,
+    .description = "Makes a card with that name, and addresses and numbers; prints its number.",
+    .examples = "  zolt rolodex new 'Anna Bell' --email anna@example.org --tel 5551234\n",
+};
+
+Verb const kRolodexEdit = {
+    .group = "rolodex",
+    .name = "edit",
+    .operands = "CARD",
+    .summary = "change a card in an editor",
+    .options = {OptionId::file, OptionId::first},
+    .least = 1,
+    .most = 1,
+    .run = EditCard,
+    .description =
+        "Opens the card as card text in VISUAL or EDITOR, and saves what comes out. Text makes\n"
+        "every string 16-bit; see docs/formats/card_text.md.",
+    .examples = "  zolt rolodex edit 'Anna Bell'\n",
+};
+
+Verb const kRolodexReplace = {
+    .group = "rolodex",
+    .name = "replace",
+    .operands = "CARD FILE",
+    .summary = "put a card file in the place of a card",
+    .options = {OptionId::file, OptionId::first},
+    .least = 2,
+    .most = 2,
+    .run = Replace,
+    .description = "The card keeps its number and categories and gets the names of the new one.",
+    .examples = "  zolt rolodex replace 12 anna.card\n",
+};
+
+Verb const kRolodexRemove = {
+    .group = "rolodex",
+    .name = "rm",
+    .operands = "CARD...",
+    .summary = "remove cards",
+    .options = {OptionId::file, OptionId::first, OptionId::all},
+    .least = 1,
+    .most = kAnyNumber,
+    .run = Remove,
+    .description = "Removes cards for good. More than one needs a yes.",
+    .examples = "  zolt rolodex rm 12\n",
+};
+
+Verb const kRolodexRename = {
+    .group = "rolodex",
+    .name = "rename",
+    .operands = "CARD NAME",
+    .summary = "give a card another name",
+    .options = {OptionId::file, OptionId::first},
+    .least = 2,
+    .most = 2,
+    .run = Rename,
+    .description =
+        "Changes the first name in the book, of at most 31 bytes; the card stays as it is.",
+    .examples = "  zolt rolodex rename 12 'Anna Bell-Smith'\n",
+};
+
+Verb const kRolodexTag = {
+    .group = "rolodex",
+    .name = "tag",
+    .operands = "CARD... [+N] [-N]",
+    .summary = "put cards into categories and take them out",
+    .options = {OptionId::file, OptionId::first, OptionId::all},
+    .least = 2,
+    .most = kAnyNumber,
+    .run = Tag,
+    .description = "Categories are numbers from 0 to 127; several may stand behind one sign.",
+    .examples = "  zolt rolodex tag 12 +3 -7\n  zolt rolodex tag 'Anna Bell' +1,2\n",
+};
+
+Verb const kRolodexCategory = {
+    .group = "rolodex",
+    .name = "category",
+    .operands = "N [NAME]",
+    .summary = "the name of a category",
+    .options = {OptionId::file},
+    .least = 1,
+    .most = 2,
+    .run = Category,
+    .description = "Prints the name of a category, or sets it; an empty one takes it away.",
+    .examples = "  zolt rolodex category 3 Friends\n",
+};
+
+Verb const kRolodexCompact = {
+    .group = "rolodex",
+    .name = "compact",
+    .operands = "",
+    .summary = "close the gaps of a book",
+    .options = {OptionId::file},
+    .least = 0,
+    .most = 0,
+    .run = Compact,
+    .description = "Makes the file as small as its cards allow.",
+    .examples = "  zolt rolodex compact\n",
+};
+
+}  // namespace zolt::tool

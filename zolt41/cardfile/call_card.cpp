@@ -1,0 +1,141 @@
+#include "zolt41/cardfile/call_card.h"
+
+#include <cstring>
+#include <new>
+#include <string>
+
+#include "zolt41/cardfile/host_save.h"
+#include "zolt41/cards/property_format.h"
+#include "zolt41/foundation/a_string.h"
+#include "zolt41/foundation/mem_block.h"
+
+namespace {
+
+using SaveProc = int32_t (*)(CallCard *);
+constinit SaveProc saveOnHost = nullptr;
+
+std::unique_ptr<char[]> CopyOf(std::unique_ptr<char[]> const &buffer, int32_t size) {
+  if (buffer == nullptr) return nullptr;
+  auto copy = std::make_unique<char[]>(static_cast<size_t>(size));
+  std::memcpy(copy.get(), buffer.get(), static_cast<size_t>(size));
+  return copy;
+}
+
+}  // namespace
+
+CallCard::CallCard(int32_t format)
+    : format_(format), prefs_(std::make_unique<TYUserPrefs>(PrefLevelCard, nullptr, 0)) {}
+
+CallCard::CallCard(void const *data, int32_t size, int32_t format) : CallCard(format) {
+  PCardStorage::Set(static_cast<char const *>(data), size);
+}
+
+CallCard::CallCard(char const *name) : CallCard(CardFormatText) {
+  SetName(name);
+  Load();
+}
+
+CallCard::~CallCard() = default;
+
+CallCard *CallCard::Copy() {
+  char *const list = Get();
+  if (list == nullptr) return nullptr;
+  auto *const copy =
+      new (std::nothrow) CallCard(list, static_cast<int32_t>(GetMemSize(list)), format_);
+  _DisposeMem(list);
+  if (copy == nullptr) return nullptr;
+  copy->name_ = CopyOf(name_, kNameSize);
+  copy->key_ = CopyOf(key_, kKeySize + 1);
+  copy->version_ = version_;
+  return copy;
+}
+
+int32_t CallCard::Modified() {
+  return PCardStorage::Modified() != 0 || prefs_->GetModified() != 0;
+}
+
+void CallCard::Recalculate() {
+  PCardStorage::Recalculate();
+  if (prefs_ == nullptr) return;
+  uint32_t length = 0;
+  uint32_t const index = FindProp(zolt::kCardPrefsProperty, 0, 0, 0, nullptr);
+  char const *const blob = GetPropA(index, &length, nullptr, nullptr, nullptr);
+  prefs_->SetData(blob, blob == nullptr ? 0 : length);
+}
+
+void CallCard::SavePrefs() {
+  if (prefs_->GetModified() == 0) return;
+  char *const blob = prefs_->GetData();
+  if (blob == nullptr) return;
+  auto const size = static_cast<int32_t>(GetMemSize(blob));
+  uint32_t const index = FindProp(zolt::kCardPrefsProperty, 0, 0, 0, nullptr);
+  bool const put =
+      index < PropCount()
+          ? SetPropA(index, zolt::kCardPrefsProperty, PropertyData, PropertyLocal, blob, size) != 0
+          : AddProp(zolt::kCardPrefsProperty, PropertyData, PropertyLocal, blob, size) !=
+                UINT32_MAX;
+  _DisposeMem(blob);
+  if (put) prefs_->SetModified(0);
+}
+
+int32_t CallCard::SaveCard() {
+  SavePrefs();
+  // What the store holds and the list could not take would be lost.
+  if (prefs_->GetModified() != 0 || !SaveAsFormatSays()) return 0;
+  SetModified(0);
+  return 1;
+}
+
+int32_t CallCard::SaveCardAs(int32_t format, char const *name) {
+  std::string const keptName = GetName();
+  bool const named = name_ != nullptr;
+  int32_t const keptFormat = format_;
+  SetName(name);
+  format_ = format;
+  if (SaveCard() != 0) return 1;
+  format_ = keptFormat;
+  if (named) {
+    SetName(keptName.c_str());
+  } else {
+    name_.reset();
+  }
+  return 0;
+}
+
+void CallCard::SetParentalControl(int32_t value) {
+  parentalControl_ = value;
+  SetModified(1);
+}
+
+char const *CallCard::GetName() const {
+  return name_ == nullptr ? "" : name_.get();
+}
+
+void CallCard::SetName(char const *name) {
+  // The name given may be a part of the present one.
+  std::string const kept = name == nullptr ? "" : std::string(name).substr(0, kNameSize - 1);
+  if (name_ == nullptr) name_ = std::make_unique<char[]>(kNameSize);
+  AZStrCopy(kept.c_str(), name_.get(), kNameSize - 1);
+}
+
+char const *CallCard::GetKey() const {
+  return key_ == nullptr ? "" : key_.get();
+}
+
+void CallCard::SetKey(char const *key) {
+  if (key == nullptr) return;
+  if (key_ == nullptr) key_ = std::make_unique<char[]>(kKeySize + 1);
+  std::memmove(key_.get(), key, kKeySize);
+}
+
+void SetSaveCallCardProc(int32_t (*proc)(CallCard *)) {
+  saveOnHost = proc;
+}
+
+namespace zolt {
+
+bool SaveOnHost(CallCard *card) {
+  return saveOnHost != nullptr && saveOnHost(card) != 0;
+}
+
+}  // namespace zolt

@@ -1,0 +1,111 @@
+#include <array>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "zolt41/cardfile/call_card.h"
+#include "zolt41/cardfile/card_file_format.h"
+#include "zolt41/cardfile/card_key.h"
+#include "zolt41/cardfile/host_save.h"
+#include "zolt41/foundation/afs_file.h"
+#include "zolt41/foundation/az_compare.h"
+#include "zolt41/foundation/endian.h"
+#include "zolt41/foundation/mem_block.h"
+#include "zolt41/interchange/card_text_export.h"
+#include "zolt41/interchange/card_text_import.h"
+#include "zolt41/platform/system/file_replacement.h"
+
+namespace {
+
+using Head = std::array<char, zolt::kCardHead>;
+
+// Reads the head of a file; false if that is not one of a card file.
+bool ReadHead(uint32_t file, Head *head) {
+  auto size = static_cast<uint32_t>(head->size());
+  if (AFS_Read(file, &size, head->data()) != 0) return false;
+  // As text of its own, which the bytes behind it do not belong to.
+  std::array<char, zolt::kCardMagicSize + 1> magic{};
+  std::memcpy(magic.data(), head->data(), zolt::kCardMagicSize);
+  return AZStrCompare(magic.data(), zolt::kCardMagic) == 0;
+}
+
+}  // namespace
+
+bool CallCard::SaveAsFormatSays() {
+  switch (format_) {
+    case CardFormatBinary:
+      return SaveBinary();
+    case CardFormatText:
+      return ExportCard(this, GetName()) != -1;
+    case CardFormatHost:
+      return zolt::SaveOnHost(this);
+    default:
+      return true;
+  }
+}
+
+bool CallCard::SaveBinary() {
+  zolt::FileReplacement file(GetName());
+  if (!file.good()) return false;
+  char key[zolt::kCardKeySize];
+  if (key_ == nullptr) {
+    zolt::MakeCardKey(key);
+  } else {
+    std::memcpy(key, key_.get(), sizeof key);
+  }
+  Head head{};
+  std::memcpy(head.data(), zolt::kCardMagic, zolt::kCardMagicSize);
+  zolt::StoreLittle32(static_cast<uint32_t>(parentalControl_),
+                      head.data() + zolt::kCardParentalControl);
+  std::memcpy(head.data() + zolt::kCardKey, key, sizeof key);
+  zolt::StoreLittle32(static_cast<uint32_t>(version_) + 1, head.data() + zolt::kCardVersion);
+  char *const list = Get();
+  if (list == nullptr) return false;
+  file.Write({head.data(), head.size()});
+  file.Write({list, GetMemSize(list)});
+  _DisposeMem(list);
+  if (!file.Commit()) return false;
+  if (key_ == nullptr) SetKey(key);
+  return true;
+}
+
+void CallCard::Load() {
+  format_ = CardFormatText;
+  if (name_ == nullptr) return;
+  uint32_t file = 0;
+  if (AFS_LZOpenFile(GetName(), 1, &file) != 0) return;
+  bool const binary = LoadBinary(file);
+  AFS_CloseFile(file);
+  if (binary) {
+    format_ = CardFormatBinary;
+  } else {
+    LoadText();
+  }
+}
+
+// False if it is no card file.
+bool CallCard::LoadBinary(uint32_t file) {
+  Head head{};
+  if (!ReadHead(file, &head)) return false;
+  auto size = static_cast<uint32_t>(AFS_GetEOF(file)) - zolt::kCardHead;
+  std::unique_ptr<char, decltype(&_DisposeMem)> const list(NewMem(size), _DisposeMem);
+  // What cannot be read whole leaves the card as it was.
+  if (list == nullptr || AFS_Read(file, &size, list.get()) != 0) return true;
+  parentalControl_ =
+      static_cast<int32_t>(zolt::LoadLittle32(head.data() + zolt::kCardParentalControl));
+  SetKey(head.data() + zolt::kCardKey);
+  version_ = static_cast<int32_t>(zolt::LoadLittle32(head.data() + zolt::kCardVersion));
+  Set(list.get(), static_cast<int32_t>(size));
+  prefs_->SetModified(0);
+  return true;
+}
+
+void CallCard::LoadText() {
+  PCardStorage text;
+  if (ImportCard(&text, GetName()) == 0) return;
+  char *const list = text.Get();
+  if (list == nullptr) return;
+  Set(list, static_cast<int32_t>(GetMemSize(list)));
+  _DisposeMem(list);
+  prefs_->SetModified(0);
+}

@@ -1,0 +1,147 @@
+#include "zolt41/interchange/card_text_import.h"
+
+#include <algorithm>
+#include <string>
+
+#include "zolt41/cards/card_prefs.h"
+#include "zolt41/cards/property_format.h"
+#include "zolt41/foundation/az_compare.h"
+#include "zolt41/foundation/mem_block.h"
+#include "zolt41/interchange/card_text_format.h"
+#include "zolt41/interchange/card_text_reader.h"
+#include "zolt41/interchange/legacy_names.h"
+#include "zolt41/interchange/preference_additions.h"
+#include "zolt41/interchange/property_additions.h"
+#include "zolt41/interchange/scratch_file.h"
+#include "zolt41/platform/system/global_block.h"
+#include "zolt41/prefs/stores.h"
+
+namespace {
+
+class CardTextImport {
+ public:
+  CardTextImport(PCardStorage *card, FBasicRead *reader) : card_(card), reader_(reader) {}
+
+  bool Run() {
+    ReadHead();
+    bool const read = ReadSections();
+    additions_.PutInto(card_);
+    if (read) PutPreferences();
+    return read;
+  }
+
+ private:
+  void ReadHead();
+  bool ReadSections();
+  bool ReadProperties();
+  bool ReadPreferences(std::string const &section);
+  void SetPreference(std::string const &section, uint32_t id, std::string const &name,
+                     std::string const &value);
+  void PutPreferences();
+
+  PCardStorage *card_;
+  FBasicRead *reader_;
+  zolt::PropertyAdditions additions_;
+  zolt::PreferenceAdditions preferences_;
+};
+
+void CardTextImport::ReadHead() {
+  std::string const address = zolt::ReadUpTo(reader_, ' ' - 1, zolt::kLongestHeadLine);
+  additions_.SetText(zolt::kAddressProperty, 0, address.c_str());
+  reader_->GetByte();
+  std::string const conference = zolt::ReadUpTo(reader_, '0' - 1, zolt::kLongestHeadLine);
+  additions_.SetText(zolt::kConferenceProperty, 0, conference.c_str());
+}
+
+bool CardTextImport::ReadSections() {
+  std::string name;
+  while (zolt::ReadSectionName(reader_, &name)) {
+    bool const ofCard = AZStrEqual(name.c_str(), zolt::kCardSection) != 0;
+    if (!(ofCard ? ReadProperties() : ReadPreferences(name))) return false;
+  }
+  return true;
+}
+
+bool CardTextImport::ReadProperties() {
+  zolt::PropertyHead head;
+  std::string value;
+  while (zolt::ReadPropertyHead(reader_, &head)) {
+    switch (zolt::ReadPropertyValue(reader_, head.type, &value)) {
+      case zolt::CardValue::text:
+        additions_.SetText(head.name, head.flags, value.c_str());
+        break;
+      case zolt::CardValue::bytes:
+        additions_.AddBytes(head.name, head.type, head.flags, value);
+        break;
+      case zolt::CardValue::unfit:
+        break;
+      case zolt::CardValue::forbidden:
+        return false;
+    }
+  }
+  return true;
+}
+
+bool CardTextImport::ReadPreferences(std::string const &section) {
+  WinPrefs *const store = GetSystemPrefs();
+  int32_t const id = store == nullptr ? 0 : store->SectionID(section.c_str(), 0);
+  std::string name;
+  for (;;) {
+    if (!zolt::SkipLine(reader_)) return false;
+    char const first = reader_->GetByte();
+    reader_->PushBack(first);
+    if (first == '[' || !zolt::ReadToken(reader_, '=', &name)) return true;
+    SetPreference(section, static_cast<uint32_t>(id), name, zolt::ReadPreference(reader_));
+  }
+}
+
+void CardTextImport::SetPreference(std::string const &section, uint32_t id, std::string const &name,
+                                   std::string const &value) {
+  auto const *const legacy = zolt::FindLegacyName(name.c_str(), section.c_str());
+  if (legacy == nullptr) {
+    if (GetSystemPrefs() == nullptr) return;
+    preferences_.Set(id, name, value);
+    return;
+  }
+  std::string const kept = legacy->isEncodingMethod ? zolt::CodecOfEncodingMethod(value) : value;
+  preferences_.Set(legacy->newSection, legacy->newName, kept);
+}
+
+void CardTextImport::PutPreferences() {
+  TYUserPrefs store(PrefLevelCard, nullptr, 0);
+  preferences_.PutInto(&store);
+  if (store.Count() == 0) return;
+  char *const blob = store.GetData();
+  if (blob == nullptr) return;
+  card_->AddProp(zolt::kCardPrefsProperty, PropertyData, PropertyLocal, blob,
+                 static_cast<int32_t>(GetMemSize(blob)));
+  _DisposeMem(blob);
+  card_->Recalculate();
+}
+
+}  // namespace
+
+int32_t ImportCard(PCardStorage *card, FBasicRead &reader) {
+  if (reader.AtEnd() != 0) return 0;
+  return CardTextImport(card, &reader).Run();
+}
+
+int32_t ImportCard(PCardStorage *card, char const *path) {
+  FFileRead reader(path);
+  return ImportCard(card, reader);
+}
+
+int32_t ImportCard(PCardStorage *card, void const *data, int32_t size) {
+  FMemoryRead reader(data, size);
+  return ImportCard(card, reader);
+}
+
+int32_t ImportCardData(PCardStorage *card, void *handle, uint32_t size) {
+  zolt::ScratchFile scratch(zolt::ScratchFile::Stale::refused);
+  if (!scratch.good()) return 0;
+  uint64_t const known = std::min<uint64_t>(size, GlobalSize(handle));
+  bool const written = scratch.Write(GlobalLock(handle), static_cast<uint32_t>(known));
+  GlobalUnlock(handle);
+  scratch.Close();
+  return written ? ImportCard(card, scratch.path()) : 0;
+}

@@ -1,0 +1,39 @@
+#ifndef ZOLT41_INTERCHANGE_PREFERENCE_ADDITIONS_H_
+#define ZOLT41_INTERCHANGE_PREFERENCE_ADDITIONS_H_
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zolt41/cards/card_prefs.h"
+
+namespace zolt {
+
+// What a text adds to a store, kept apart until the end, when it can go into it in the store's own
+// order: so no value is moved for another.
+class PreferenceAdditions {
+ public:
+  // As SetStr.
+  void Set(uint32_t section, std::string_view name, std::string_view value);
+  // Does to the store what was asked for, as if it had been done then.
+  void PutInto(TYUserPrefs *store);
+
+ private:
+  struct Entry {
+    uint32_t section;
+    size_t name;  // where they stand in the pool, each with a NUL
+    size_t value;
+  };
+
+  size_t Keep(std::string_view text);
+  bool Precedes(Entry const &a, Entry const &b) const;
+
+  std::vector<Entry> entries_;
+  std::string pool_;
+  bool orderMatters_ = false;
+};
+
+}  // namespace zolt
+
+#endif  // ZOLT41_INTERCHANGE_PREFERENCE_ADDITIONS_H_

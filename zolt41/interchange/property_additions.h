@@ -1,0 +1,47 @@
+#ifndef ZOLT41_INTERCHANGE_PROPERTY_ADDITIONS_H_
+#define ZOLT41_INTERCHANGE_PROPERTY_ADDITIONS_H_
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "zolt41/cards/property_storage.h"
+
+namespace zolt {
+
+// What a text adds to a card, kept apart until the end: one by one, each would cost a walk over the
+// card, and each that replaces another a move of what lies behind it.
+class PropertyAdditions {
+ public:
+  // As SetStrProp(name, flags, 0, text).
+  void SetText(std::string_view name, uint32_t flags, char const *text);
+  // As AddProp.
+  void AddBytes(std::string_view name, uint32_t type, uint32_t flags, std::string_view bytes);
+  // Does to the card what was asked for, as if it had been done then.
+  void PutInto(PCardStorage *card);
+
+ private:
+  struct Entry {
+    size_t name;  // where it stands in the pool, with a NUL
+    size_t value;
+    uint32_t size;  // of the value
+    uint32_t type;
+    uint32_t flags;
+    bool replaces;  // takes away what is there of its name and with its flags
+    bool stays;
+  };
+
+  char const *NameOf(uint32_t entry) const { return pool_.data() + entries_[entry].name; }
+  void Add(std::string_view name, std::string_view value, Entry entry);
+  std::vector<uint32_t> SortedByName() const;
+  std::vector<uint32_t> DropReplaced(std::span<uint32_t const> sameName);
+
+  std::vector<Entry> entries_;
+  std::string pool_;
+};
+
+}  // namespace zolt
+
+#endif  // ZOLT41_INTERCHANGE_PROPERTY_ADDITIONS_H_

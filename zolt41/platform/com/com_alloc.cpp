@@ -1,0 +1,93 @@
+#include "zolt41/platform/com/com_alloc.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <string_view>
+
+namespace {
+
+// Keeps the characters aligned for any number; the length is its last four bytes.
+constexpr size_t kPrefix = 8;
+constexpr UINT kMostBytes = std::numeric_limits<UINT>::max() - kPrefix - sizeof(OLECHAR);
+
+char *PrefixOf(BSTR text) {
+  return reinterpret_cast<char *>(text) - kPrefix;
+}
+
+void SetLength(BSTR text, UINT bytes) {
+  char *const data = reinterpret_cast<char *>(text);
+  std::memcpy(data - sizeof bytes, &bytes, sizeof bytes);
+  std::memset(data + bytes, 0, sizeof(OLECHAR));
+}
+
+int32_t Replace(BSTR *text, BSTR fresh, bool wanted) {
+  if (text == nullptr || (fresh == nullptr && wanted)) return 0;
+  SysFreeString(*text);
+  *text = fresh;
+  return 1;
+}
+
+}  // namespace
+
+void *CoTaskMemAlloc(uint64_t size) {
+  return std::malloc(size);
+}
+
+void *CoTaskMemRealloc(void *block, uint64_t size) {
+  if (size != 0 || block == nullptr) return std::realloc(block, size);
+  std::free(block);
+  return nullptr;
+}
+
+void CoTaskMemFree(void *block) {
+  std::free(block);
+}
+
+BSTR SysAllocStringByteLen(char const *bytes, UINT length) {
+  if (length > kMostBytes) return nullptr;
+  auto *const block = static_cast<char *>(std::malloc(kPrefix + length + sizeof(OLECHAR)));
+  if (block == nullptr) return nullptr;
+  auto *const text = reinterpret_cast<BSTR>(block + kPrefix);
+  if (bytes != nullptr && length != 0) std::memcpy(block + kPrefix, bytes, length);
+  SetLength(text, length);
+  return text;
+}
+
+BSTR SysAllocStringLen(OLECHAR const *text, UINT length) {
+  if (length > kMostBytes / sizeof(OLECHAR)) return nullptr;
+  UINT const bytes = length * static_cast<UINT>(sizeof(OLECHAR));
+  return SysAllocStringByteLen(reinterpret_cast<char const *>(text), bytes);
+}
+
+BSTR SysAllocString(OLECHAR const *text) {
+  if (text == nullptr) return nullptr;
+  std::u16string_view const whole = text;
+  if (whole.size() > kMostBytes) return nullptr;
+  return SysAllocStringLen(text, static_cast<UINT>(whole.size()));
+}
+
+int32_t SysReAllocString(BSTR *text, OLECHAR const *source) {
+  return Replace(text, SysAllocString(source), source != nullptr);
+}
+
+int32_t SysReAllocStringLen(BSTR *text, OLECHAR const *source, UINT length) {
+  if (text == nullptr) return 0;
+  return Replace(text, SysAllocStringLen(source, length), true);
+}
+
+void SysFreeString(BSTR text) {
+  if (text != nullptr) std::free(PrefixOf(text));
+}
+
+UINT SysStringByteLen(BSTR text) {
+  UINT bytes = 0;
+  if (text != nullptr) {
+    std::memcpy(&bytes, reinterpret_cast<char *>(text) - sizeof bytes, sizeof bytes);
+  }
+  return bytes;
+}
+
+UINT SysStringLen(BSTR text) {
+  return SysStringByteLen(text) / static_cast<UINT>(sizeof(OLECHAR));
+}

@@ -1,0 +1,247 @@
+// The values of a property set: besides the simple ones texts, blocks, objects, and vectors of all
+// these.
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "zolt41/platform/com/com_alloc.h"
+#include "zolt41/platform/com/ole_storage.h"
+#include "zolt41/platform/com/variant.h"
+
+namespace {
+
+// What an element owns.
+struct Owned {
+  void (*free)(void *element);
+  // Makes the bitwise copy at `element` one that owns its own; false, owning nothing, without
+  // memory.
+  bool (*own)(void *element);
+};
+
+bool OwnBytes(void **block, uint64_t size) {
+  if (*block == nullptr) return true;
+  void *const copy = CoTaskMemAlloc(size);
+  if (copy != nullptr && size != 0) std::memcpy(copy, *block, size);
+  *block = copy;
+  return copy != nullptr;
+}
+
+template <typename Type>
+Type &As(void *element) {
+  return *static_cast<Type *>(element);
+}
+
+constexpr Owned kNothing = {[](void *) {}, [](void *) { return true; }};
+
+constexpr Owned kObject = {[](void *element) {
+                             if (auto *object = As<IUnknown *>(element)) object->Release();
+                           },
+                           [](void *element) {
+                             if (auto *object = As<IUnknown *>(element)) object->AddRef();
+                             return true;
+                           }};
+
+constexpr Owned kBstr = {[](void *element) { SysFreeString(As<BSTR>(element)); },
+                         [](void *element) {
+                           BSTR &text = As<BSTR>(element);
+                           if (text == nullptr) return true;
+                           text = SysAllocStringByteLen(reinterpret_cast<char const *>(text),
+                                                        SysStringByteLen(text));
+                           return text != nullptr;
+                         }};
+
+void FreeBlock(void *element) {
+  CoTaskMemFree(As<void *>(element));
+}
+
+template <typename Character>
+constexpr Owned kText = {FreeBlock, [](void *element) {
+                           auto const *text = As<Character const *>(element);
+                           if (text == nullptr) return true;
+                           uint64_t const length =
+                               std::basic_string_view<Character>(text).size() + 1;
+                           return OwnBytes(&As<void *>(element), length * sizeof(Character));
+                         }};
+
+constexpr Owned kGuid = {
+    FreeBlock, [](void *element) { return OwnBytes(&As<void *>(element), sizeof(GUID)); }};
+
+constexpr Owned kBlob = {[](void *element) { CoTaskMemFree(As<BLOB>(element).pBlobData); },
+                         [](void *element) {
+                           BLOB &blob = As<BLOB>(element);
+                           void *data = blob.pBlobData;
+                           bool const done = OwnBytes(&data, blob.cbSize);
+                           blob.pBlobData = static_cast<BYTE *>(data);
+                           return done;
+                         }};
+
+constexpr Owned kClip = {[](void *element) { CoTaskMemFree(As<CLIPDATA>(element).pClipData); },
+                         [](void *element) {
+                           CLIPDATA &clip = As<CLIPDATA>(element);
+                           void *data = clip.pClipData;
+                           bool const done = OwnBytes(&data, std::max(clip.cbSize, 4U) - 4);
+                           clip.pClipData = static_cast<BYTE *>(data);
+                           return done;
+                         }};
+
+constexpr Owned kClipPointer = {[](void *element) {
+                                  auto *clip = As<CLIPDATA *>(element);
+                                  if (clip != nullptr) kClip.free(clip);
+                                  CoTaskMemFree(clip);
+                                },
+                                [](void *element) {
+                                  if (!OwnBytes(&As<void *>(element), sizeof(CLIPDATA)))
+                                    return false;
+                                  auto *clip = As<CLIPDATA *>(element);
+                                  if (clip == nullptr || kClip.own(clip)) return true;
+                                  FreeBlock(element);
+                                  return false;
+                                }};
+
+constexpr Owned kVariant = {
+    [](void *element) { PropVariantClear(static_cast<PROPVARIANT *>(element)); },
+    [](void *element) {
+      PROPVARIANT const source = As<PROPVARIANT>(element);
+      return PropVariantCopy(static_cast<PROPVARIANT *>(element), &source) == S_OK;
+    }};
+
+struct Kind {
+  VARTYPE type;
+  uint32_t size;
+  Owned const *owned;
+};
+
+constexpr Kind kSingle[] = {
+    {VT_EMPTY, 0, &kNothing},
+    {VT_NULL, 0, &kNothing},
+    {VT_I1, 1, &kNothing},
+    {VT_UI1, 1, &kNothing},
+    {VT_I2, 2, &kNothing},
+    {VT_UI2, 2, &kNothing},
+    {VT_BOOL, 2, &kNothing},
+    {VT_I4, 4, &kNothing},
+    {VT_UI4, 4, &kNothing},
+    {VT_INT, 4, &kNothing},
+    {VT_UINT, 4, &kNothing},
+    {VT_R4, 4, &kNothing},
+    {VT_ERROR, 4, &kNothing},
+    {VT_I8, 8, &kNothing},
+    {VT_UI8, 8, &kNothing},
+    {VT_R8, 8, &kNothing},
+    {VT_CY, 8, &kNothing},
+    {VT_DATE, 8, &kNothing},
+    {VT_FILETIME, 8, &kNothing},
+    {VT_DECIMAL, 8, &kNothing},
+    {VT_BSTR, 8, &kBstr},
+    {VT_LPSTR, 8, &kText<char>},
+    {VT_LPWSTR, 8, &kText<char16_t>},
+    {VT_CLSID, 8, &kGuid},
+    {VT_BLOB, 16, &kBlob},
+    {VT_BLOB_OBJECT, 16, &kBlob},
+    {VT_CF, 8, &kClipPointer},
+    {VT_UNKNOWN, 8, &kObject},
+    {VT_DISPATCH, 8, &kObject},
+    {VT_STREAM, 8, &kObject},
+    {VT_STREAMED_OBJECT, 8, &kObject},
+    {VT_STORAGE, 8, &kObject},
+    {VT_STORED_OBJECT, 8, &kObject},
+};
+
+constexpr Kind kElements[] = {
+    {VT_I1, 1, &kNothing},
+    {VT_UI1, 1, &kNothing},
+    {VT_I2, 2, &kNothing},
+    {VT_UI2, 2, &kNothing},
+    {VT_BOOL, 2, &kNothing},
+    {VT_I4, 4, &kNothing},
+    {VT_UI4, 4, &kNothing},
+    {VT_R4, 4, &kNothing},
+    {VT_ERROR, 4, &kNothing},
+    {VT_I8, 8, &kNothing},
+    {VT_UI8, 8, &kNothing},
+    {VT_R8, 8, &kNothing},
+    {VT_CY, 8, &kNothing},
+    {VT_DATE, 8, &kNothing},
+    {VT_FILETIME, 8, &kNothing},
+    {VT_CLSID, sizeof(GUID), &kNothing},
+    {VT_CF, sizeof(CLIPDATA), &kClip},
+    {VT_BSTR, 8, &kBstr},
+    {VT_LPSTR, 8, &kText<char>},
+    {VT_LPWSTR, 8, &kText<char16_t>},
+    {VT_VARIANT, sizeof(PROPVARIANT), &kVariant},
+};
+
+template <size_t Count>
+Kind const *Find(Kind const (&kinds)[Count], VARTYPE type) {
+  for (Kind const &kind : kinds) {
+    if (kind.type == type) return &kind;
+  }
+  return nullptr;
+}
+
+Kind const *ElementsOf(VARTYPE type) {
+  if ((type & ~VT_TYPEMASK) != VT_VECTOR) return nullptr;
+  return Find(kElements, static_cast<VARTYPE>(type & VT_TYPEMASK));
+}
+
+void FreeElements(Kind const &kind, char *elements, ULONG count) {
+  for (ULONG i = 0; i < count; i++) kind.owned->free(elements + uint64_t{i} * kind.size);
+  CoTaskMemFree(elements);
+}
+
+// Makes the array at `variant`, which is a bitwise copy, its own.
+bool OwnElements(Kind const &kind, PROPVARIANT *variant) {
+  if (variant->cac.pElems == nullptr) return true;
+  void *block = variant->cac.pElems;
+  if (!OwnBytes(&block, uint64_t{variant->cac.cElems} * kind.size)) return false;
+  auto *const elements = static_cast<char *>(block);
+  for (ULONG i = 0; i < variant->cac.cElems; i++) {
+    if (kind.owned->own(elements + uint64_t{i} * kind.size)) continue;
+    FreeElements(kind, elements, i);
+    return false;
+  }
+  variant->cac.pElems = elements;
+  return true;
+}
+
+}  // namespace
+
+void PropVariantInit(PROPVARIANT *variant) {
+  *variant = PROPVARIANT{};
+}
+
+HRESULT PropVariantClear(PROPVARIANT *variant) {
+  if (variant == nullptr) return S_OK;
+  PROPVARIANT old = *variant;
+  PropVariantInit(variant);
+  if (Kind const *kind = Find(kSingle, old.vt)) {
+    kind->owned->free(&old.cVal);
+  } else if (Kind const *elements = ElementsOf(old.vt)) {
+    FreeElements(*elements, old.cac.pElems, old.cac.pElems == nullptr ? 0 : old.cac.cElems);
+  } else {
+    return STG_E_INVALIDPARAMETER;
+  }
+  return S_OK;
+}
+
+HRESULT PropVariantCopy(PROPVARIANT *target, PROPVARIANT const *source) {
+  if (target == nullptr || source == nullptr) return E_INVALIDARG;
+  PROPVARIANT copy = *source;
+  Kind const *const kind = Find(kSingle, copy.vt);
+  Kind const *const elements = ElementsOf(copy.vt);
+  PropVariantInit(target);
+  if (kind == nullptr && elements == nullptr) return STG_E_INVALIDPARAMETER;
+  bool const done = kind != nullptr ? kind->owned->own(&copy.cVal) : OwnElements(*elements, &copy);
+  if (!done) return E_OUTOFMEMORY;
+  *target = copy;
+  return S_OK;
+}
+
+HRESULT FreePropVariantArray(ULONG count, PROPVARIANT *variants) {
+  if (variants == nullptr) return count == 0 ? S_OK : E_INVALIDARG;
+  HRESULT result = S_OK;
+  for (ULONG i = 0; i < count; i++) {
+    if (HRESULT const bad = PropVariantClear(&variants[i]); bad != S_OK) result = bad;
+  }
+  return result;
+}

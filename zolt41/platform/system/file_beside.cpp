@@ -1,0 +1,117 @@
+#include "zolt41/platform/system/file_beside.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+
+#include "zolt41/platform/system/file.h"
+#include "zolt41/platform/system/file_calls.h"
+#include "zolt41/platform/system/last_failure.h"
+
+namespace zolt {
+namespace {
+
+constexpr uint32_t kNoFile = INVALID_HANDLE_VALUE;
+constexpr char kEnding[] = ".zolt-new";
+
+// Where an open file lies; empty if that cannot be told.
+std::string PathOf(int descriptor) {
+  char path[PATH_MAX];
+  std::string const link = "/proc/self/fd/" + std::to_string(descriptor);
+  ssize_t const length = readlink(link.c_str(), path, sizeof path);
+  return length <= 0 ? "" : std::string(path, static_cast<size_t>(length));
+}
+
+std::string DirectoryOf(std::string const &path) {
+  return path.substr(0, path.rfind('/') + 1);
+}
+
+std::string NewNameOf(std::string const &path) {
+  return DirectoryOf(path) + "." + path.substr(path.rfind('/') + 1) + kEnding;
+}
+
+// A new file can be as the old one, and stand where it stood.
+bool CanBeReplaced(int descriptor, std::string const &path, struct stat *old) {
+  struct stat named {};
+  return fstat(descriptor, old) == 0 && stat(path.c_str(), &named) == 0 &&
+         old->st_ino == named.st_ino && old->st_dev == named.st_dev && old->st_nlink == 1 &&
+         old->st_uid == geteuid() &&
+         fgetxattr(descriptor, "system.posix_acl_access", nullptr, 0) <= 0;
+}
+
+void SyncDirectory(std::string const &path) {
+  int const directory = open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (directory < 0) return;
+  TheFileCalls().sync(directory);
+  close(directory);
+}
+
+}  // namespace
+
+uint32_t CreateFileBeside(uint32_t file, std::string const &ending, bool *exists) {
+  std::string const path = PathOf(DescriptorOf(file));
+  *exists = false;
+  if (path.empty()) return kNoFile;
+  uint32_t const made = AdoptNewFile((path + ending).c_str());
+  *exists = made == kNoFile && errno == EEXIST;
+  return made;
+}
+
+void RemoveFileBeside(uint32_t file, std::string const &ending) {
+  TheFileCalls().unlink((PathOf(DescriptorOf(file)) + ending).c_str());
+}
+
+FileBeside::FileBeside(uint32_t file) : file_(file) {
+  int const descriptor = DescriptorOf(file);
+  path_ = PathOf(descriptor);
+  struct stat old {};
+  if (path_.empty() || !CanBeReplaced(descriptor, path_, &old)) {
+    SetFailure(Failure::denied, path_);
+    return;
+  }
+  beside_ = NewNameOf(path_);
+  TheFileCalls().unlink(beside_.c_str());
+  uint32_t const made = AdoptNewFile(beside_.c_str());
+  if (made == kNoFile) {
+    beside_.clear();
+    return;
+  }
+  handle_ = made;
+  int const created = DescriptorOf(made);
+  if (fchown(created, static_cast<uid_t>(-1), old.st_gid) == 0 &&
+      fchmod(created, old.st_mode & 07777) == 0) {
+    return;
+  }
+  SetFailure(FailureFromErrno(errno), path_);
+  CloseHandle(handle_);
+  handle_ = 0;
+}
+
+FileBeside::~FileBeside() {
+  if (handle_ != 0) CloseHandle(handle_);
+  if (!beside_.empty()) TheFileCalls().unlink(beside_.c_str());
+}
+
+bool FileBeside::Commit() {
+  if (FlushFileBuffers(handle_) == 0) return false;
+  if (TheFileCalls().rename(beside_.c_str(), path_.c_str()) != 0) {
+    SetFailure(FailureFromErrno(errno), path_);
+    return false;
+  }
+  beside_.clear();
+  SyncDirectory(path_);
+  TakeHandle(file_, handle_);
+  handle_ = 0;
+  return true;
+}
+
+void FileBeside::RemoveRemains(uint32_t file) {
+  std::string const path = PathOf(DescriptorOf(file));
+  if (!path.empty()) TheFileCalls().unlink(NewNameOf(path).c_str());
+}
+
+}  // namespace zolt

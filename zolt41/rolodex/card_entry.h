@@ -1,0 +1,92 @@
+#ifndef ZOLT41_ROLODEX_CARD_ENTRY_H_
+#define ZOLT41_ROLODEX_CARD_ENTRY_H_
+
+#include <array>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+
+#include "zolt41/foundation/endian.h"
+#include "zolt41/rolodex/rolodex_format.h"
+
+namespace zolt {
+
+// A set of categories, as the words of a record's head.
+using CategorySet = std::array<uint32_t, 4>;
+
+// The head of a record, in the form in which it is stored.
+class CardEntry {
+ public:
+  // Undefined content, so that many of them can be made and then read from a file.
+  CardEntry() {}  // NOLINT(modernize-use-equals-default): that would clear it
+  explicit CardEntry(char const *bytes) { std::memcpy(bytes_, bytes, kEntrySize); }
+
+  static CardEntry Cleared() {
+    CardEntry entry;
+    std::memset(entry.bytes_, 0, kEntrySize);
+    return entry;
+  }
+
+  uint32_t position() const { return LoadLittle32(bytes_ + kPositionOffset); }
+  uint32_t id() const { return LoadLittle32(bytes_ + kIdOffset); }
+  uint32_t size() const { return LoadLittle32(bytes_ + kSizeOffset); }
+  // Where the next record begins; beyond 32 bits in a damaged head.
+  uint64_t end() const { return uint64_t{position()} + size(); }
+  bool free() const { return id() == 0; }
+  void set_position(uint32_t position) { StoreLittle32(position, bytes_ + kPositionOffset); }
+  void set_id(uint32_t id) { StoreLittle32(id, bytes_ + kIdOffset); }
+  void set_size(uint32_t size) { StoreLittle32(size, bytes_ + kSizeOffset); }
+
+  CategorySet categories() const {
+    CategorySet set;
+    for (uint32_t i = 0; i < set.size(); i++)
+      set[i] = LoadLittle32(bytes_ + kCategoriesOffset + 4 * i);
+    return set;
+  }
+  void set_categories(CategorySet const &set) {
+    for (uint32_t i = 0; i < set.size(); i++)
+      StoreLittle32(set[i], bytes_ + kCategoriesOffset + 4 * i);
+  }
+  bool Has(uint32_t category) const {
+    return (LoadLittle32(WordOf(category)) >> (category & 31) & 1) != 0;
+  }
+  void Mark(uint32_t category, bool on) {
+    uint32_t const bit = uint32_t{1} << (category & 31);
+    uint32_t const word = LoadLittle32(WordOf(category));
+    StoreLittle32(on ? word | bit : word & ~bit, bytes_ + (WordOf(category) - bytes_));
+  }
+
+  // Ends with its field also where the NUL is missing.
+  std::string_view name(uint32_t which) const {
+    char const *const field = FieldOf(which);
+    return {field, strnlen(field, kCardNameSize - 1)};
+  }
+  void set_name(uint32_t which, std::string_view name) {
+    char *const field = bytes_ + kNamesOffset + which * kCardNameSize;
+    std::memset(field, 0, kCardNameSize);
+    name.copy(field, kCardNameSize - 1);
+  }
+
+  char const *bytes() const { return bytes_; }
+  std::string_view part(uint32_t offset, uint32_t count) const { return {bytes_ + offset, count}; }
+
+ private:
+  char const *WordOf(uint32_t category) const {
+    return bytes_ + kCategoriesOffset + 4 * (category / 32);
+  }
+  char const *FieldOf(uint32_t which) const {
+    return bytes_ + kNamesOffset + which * kCardNameSize;
+  }
+
+  char bytes_[kEntrySize];
+};
+static_assert(sizeof(CardEntry) == kEntrySize);
+
+// The set that a list of categories stands for (its first byte counts the numbers behind it, 255
+// stands for all categories), and back: `list` has room for 129 bytes. A null list is empty.
+CategorySet CategoryBits(unsigned char const *list);
+void CategoryList(CategorySet const &set, unsigned char *list);
+
+}  // namespace zolt
+
+#endif  // ZOLT41_ROLODEX_CARD_ENTRY_H_

@@ -1,0 +1,45 @@
+#include "zolt41/rolodex/name_table.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zolt {
+namespace {
+
+// The same for all names that AZStrEqual takes for equal: the top bit and the case of letters do
+// not count, and what folds to a NUL may end a name.
+uint32_t SumOf(std::string_view name) {
+  uint32_t sum = 2166136261;
+  for (char const byte : name) {
+    uint32_t folded = static_cast<unsigned char>(byte) & 0x7F;
+    if (folded == 0) break;
+    if (folded >= 'a' && folded <= 'z') folded &= 0x5F;
+    sum = (sum ^ folded) * 16777619;
+  }
+  return sum;
+}
+
+uint64_t KeyOf(std::string_view name, uint32_t position) {
+  return NumberSet::Of(SumOf(name), position);
+}
+
+}  // namespace
+
+uint64_t NameTable::KeyOf(CardEntry const &entry) const {
+  return zolt::KeyOf(entry.name(which_), entry.position());
+}
+
+void NameTable::Take(std::vector<uint64_t> keys) {
+  std::sort(keys.begin(), keys.end());
+  keys_.Assign(keys);
+}
+
+uint32_t NameTable::Find(char const *name, uint32_t from) const {
+  uint64_t const key = zolt::KeyOf(name, from);
+  uint64_t const *const found = keys_.NotBelow(key);
+  return found == nullptr || NumberSet::Upper(*found) != NumberSet::Upper(key)
+             ? kEndMark
+             : NumberSet::Lower(*found);
+}
+
+}  // namespace zolt

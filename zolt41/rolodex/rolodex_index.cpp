@@ -1,0 +1,129 @@
+#include "zolt41/rolodex/rolodex_index.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "zolt41/foundation/az_compare.h"
+
+namespace zolt {
+namespace {
+
+// So many searches walk the entries before a table of names is worth its making.
+constexpr uint32_t kWalks = 2;
+
+}  // namespace
+
+RolodexIndex::RolodexIndex(std::vector<CardEntry> entries, uint32_t lastId)
+    : entries_(std::move(entries)), lastId_(lastId) {
+  ids_.Reserve(entries_.size());
+  std::vector<uint64_t> places;
+  for (uint32_t slot = 0; slot < entries_.size(); slot++) {
+    CardEntry const &entry = entries_[slot];
+    if (entry.free()) {
+      places.push_back(NumberSet::Of(entry.size(), entry.position()));
+    } else if (!ids_.Insert(entry.id(), slot)) {
+      doubles_.push_back(slot);
+    }
+  }
+  std::sort(places.begin(), places.end());
+  free_.Assign(places);
+}
+
+bool RolodexIndex::Fits(uint32_t end) const {
+  uint64_t position = kCardArea;
+  for (CardEntry const &entry : entries_) {
+    if (entry.position() != position || entry.size() < kEntrySize || entry.end() > end)
+      return false;
+    if (entry.id() > lastId_) return false;
+    position = entry.end();
+  }
+  return position == end && doubles_.empty();
+}
+
+NumberSet &RolodexIndex::Order() {
+  if (order_) return *order_;
+  std::vector<uint64_t> keys;
+  keys.reserve(entries_.size());
+  for (uint32_t slot = 0; slot < entries_.size(); slot++)
+    keys.push_back(NumberSet::Of(entries_[slot].position(), slot));
+  order_.emplace().Assign(keys);
+  return *order_;
+}
+
+uint32_t RolodexIndex::SlotAt(uint32_t number) const {
+  return order_ ? NumberSet::Lower(order_->At(number)) : number;
+}
+
+uint32_t RolodexIndex::NumberOf(uint32_t slot) const {
+  if (!order_) return slot;
+  return static_cast<uint32_t>(order_->RankOf(NumberSet::Of(entries_[slot].position(), slot)));
+}
+
+uint32_t RolodexIndex::SlotAtPosition(uint32_t position) const {
+  if (order_) return NumberSet::Lower(*order_->NotBelow(NumberSet::Of(position, 0)));
+  auto const before = [](CardEntry const &entry, uint32_t at) { return entry.position() < at; };
+  auto const found = std::lower_bound(entries_.begin(), entries_.end(), position, before);
+  return static_cast<uint32_t>(found - entries_.begin());
+}
+
+bool RolodexIndex::HasNames(uint32_t slot,
+                            std::array<char const *, kCardNames> const &names) const {
+  CardEntry const &entry = entries_[slot];
+  if (entry.free()) return false;
+  for (uint32_t i = 0; i < kCardNames; i++) {
+    if (names[i] == nullptr) continue;
+    char text[kCardNameSize];
+    text[entry.name(i).copy(text, kCardNameSize - 1)] = '\0';
+    if (AZStrEqual(names[i], text) == 0) return false;
+  }
+  return true;
+}
+
+uint32_t RolodexIndex::FindByTable(std::array<char const *, kCardNames> const &names,
+                                   uint32_t which, uint32_t number) {
+  auto &table = names_[which];
+  if (!table) table.emplace(which).Build(entries_);
+  uint32_t position = entries_[SlotAt(number)].position();
+  while (true) {
+    position = table->Find(names[which], position);
+    if (position == kEndMark) return kNone;
+    uint32_t const slot = SlotAtPosition(position++);
+    if (HasNames(slot, names)) return slot;
+  }
+}
+
+uint32_t RolodexIndex::FindNames(std::array<char const *, kCardNames> const &names,
+                                 uint32_t number) {
+  if (number >= count()) return kNone;
+  uint32_t which = 0;
+  while (which < kCardNames && names[which] == nullptr) which++;
+  if (which < kCardNames && searches_[which]++ >= kWalks) return FindByTable(names, which, number);
+  for (; number < count(); number++) {
+    uint32_t const slot = SlotAt(number);
+    if (HasNames(slot, names)) return slot;
+  }
+  return kNone;
+}
+
+void RolodexIndex::EnterNames(CardEntry const &entry) {
+  for (auto &table : names_)
+    if (table) table->Insert(entry);
+}
+
+void RolodexIndex::ForgetNames(CardEntry const &entry) {
+  for (auto &table : names_)
+    if (table) table->Erase(entry);
+}
+
+void RolodexIndex::Replace(uint32_t slot, CardEntry const &entry) {
+  ForgetNames(entries_[slot]);
+  entries_[slot] = entry;
+  EnterNames(entry);
+}
+
+void RolodexIndex::Unmark(uint32_t category) {
+  for (CardEntry &entry : entries_)
+    if (!entry.free()) entry.Mark(category, false);
+}
+
+}  // namespace zolt

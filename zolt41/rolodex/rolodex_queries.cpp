@@ -1,0 +1,127 @@
+#include <array>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "zolt41/foundation/az_compare.h"
+#include "zolt41/foundation/endian.h"
+#include "zolt41/foundation/mem_block.h"
+#include "zolt41/platform/system/last_failure.h"
+#include "zolt41/prefs/ascii_case.h"
+#include "zolt41/rolodex/rolodex.h"
+#include "zolt41/rolodex/rolodex_format.h"
+#include "zolt41/rolodex/rolodex_state.h"
+
+using namespace zolt;
+
+namespace {
+
+constexpr char kLabelProperty[] = "_Label";
+constexpr uint32_t kListItem = 4;
+
+bool HoldsAll(CategorySet const &set, CategorySet const &wanted) {
+  for (uint32_t i = 0; i < set.size(); i++)
+    if ((set[i] & wanted[i]) != wanted[i]) return false;
+  return true;
+}
+
+bool HoldsAny(CategorySet const &set, CategorySet const &wanted) {
+  for (uint32_t i = 0; i < set.size(); i++)
+    if ((set[i] & wanted[i]) != 0) return true;
+  return false;
+}
+
+// What a first name is compared with.
+class LabelCondition {
+ public:
+  LabelCondition(CSOper oper, char const *value) : oper_(oper), value_(value) {
+    for (char &c : value_) c = FoldAscii(c);
+  }
+
+  bool Matches(std::string_view label) const {
+    size_t const length = value_.size();
+    if (length > label.size()) return false;
+    size_t const last = label.size() - length;
+    switch (oper_) {
+      case CSContains:
+        for (size_t i = 0; i <= last; i++)
+          if (StandsAt(label.data() + i)) return true;
+        return false;
+      case CSEquals:
+        return last == 0 && StandsAt(label.data());
+      case CSBeginsWith:
+        return StandsAt(label.data());
+      case CSEndsWith:
+        return StandsAt(label.data() + last);
+    }
+    return false;
+  }
+
+ private:
+  bool StandsAt(char const *place) const {
+    for (size_t i = 0; i < value_.size(); i++)
+      if (FoldAscii(place[i]) != value_[i]) return false;
+    return true;
+  }
+
+  CSOper oper_;
+  std::string value_;
+};
+
+}  // namespace
+
+uint32_t Rolodex::SelectByCategory(unsigned char const *required, unsigned char const *keep,
+                                   unsigned char const *exclude, char **cards) {
+  ClearFailure();
+  if (!state_ || !LoadIndex()) return 0;
+  RolodexIndex const &index = *state_->index;
+  CategorySet const wanted = CategoryBits(required);
+  CategorySet const kept = CategoryBits(keep);
+  CategorySet const excluded = CategoryBits(exclude);
+  if (SetMemSize(cards, index.count() * kListItem) != 0) return 0;
+  uint32_t count = 0;
+  index.ForEach([&](uint32_t slot) {
+    CardEntry const &entry = index.at(slot);
+    if (entry.free()) return;
+    CategorySet const set = entry.categories();
+    if (!HoldsAll(set, wanted) || (HoldsAny(set, excluded) && !HoldsAny(set, kept))) return;
+    uint32_t const id = entry.id();
+    std::memcpy(*cards + size_t{count++} * kListItem, &id, kListItem);
+  });
+  SetMemSize(cards, count * kListItem);
+  return count;
+}
+
+bool Rolodex::Matches(uint32_t slot, PCardStorage *card, char const *property, CSOper oper,
+                      char const *value) {
+  uint32_t const id = state_->index->at(slot).id();
+  return LoadCard(id, card) != 0 && card->Selected(property, oper, value) != 0;
+}
+
+uint32_t Rolodex::Select(char const *cards, char const *property, CSOper oper, char const *value,
+                         uint32_t category) {
+  ClearFailure();
+  if (category >= kCategoryCount || !state_ || !LoadIndex()) return 0;
+  RolodexIndex &index = *state_->index;
+  char const *const text = value == nullptr ? "" : value;
+  bool const isLabel = AZStrEqual(property, kLabelProperty) != 0;
+  LabelCondition const condition(oper, text);
+  PCardStorage card;
+  index.Unmark(category);
+  uint32_t count = 0;
+  uint32_t slot = RolodexIndex::kNone;
+  uint32_t const size = GetMemSize(cards) / kListItem;
+  for (uint32_t i = 0; i < size; i++) {
+    uint32_t id = 0;
+    std::memcpy(&id, cards + size_t{i} * kListItem, kListItem);
+    uint32_t const found = id == 0 ? RolodexIndex::kNone : index.FindNear(id, slot);
+    if (found == RolodexIndex::kNone) continue;
+    slot = found;
+    bool const matches = isLabel ? condition.Matches(index.at(slot).name(0))
+                                 : Matches(slot, &card, property, oper, text);
+    if (!matches) continue;
+    index.Mark(slot, category, true);
+    count++;
+  }
+  return count;
+}

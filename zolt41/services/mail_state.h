@@ -1,0 +1,17 @@
+#ifndef ZOLT41_SERVICES_MAIL_STATE_H_
+#define ZOLT41_SERVICES_MAIL_STATE_H_
+
+#include <cstdint>
+
+namespace zolt {
+
+// Leaves what this process has found about mail in the block that all processes share, cut to 32
+// bits; nobody believes it.
+void ShareMailState(uintptr_t entry, uintptr_t module, bool canMail);
+
+// The next call tests anew; for trials.
+void ForgetMailTest();
+
+}  // namespace zolt
+
+#endif  // ZOLT41_SERVICES_MAIL_STATE_H_
