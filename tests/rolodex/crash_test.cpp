@@ -158,6 +158,7 @@ class CrashTest : public ::testing::Test {
     book.Close();
   }
 
+  FilesInMemory const inMemory_;
   TempHome home_;
   std::string path_;
   std::string crashed_;

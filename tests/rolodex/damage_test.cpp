@@ -58,6 +58,7 @@ class DamageTest : public ::testing::Test {
     book_.Compact(1);
   }
 
+  FilesInMemory const inMemory_;
   TempHome home_;
   std::string path_;
   Book book_;

@@ -26,6 +26,7 @@ class FaultTest : public ::testing::Test {
  protected:
   FaultTest() : path_(home_.path() + "/book") {}
 
+  FilesInMemory const inMemory_;
   TempHome home_;
   std::string path_;
 };

@@ -10,6 +10,7 @@
 #include <random>
 
 #include "tests/support/temp_home.h"
+#include "zolt41/cardfile/call_card.h"
 
 namespace zolt::testing {
 namespace {
@@ -277,7 +278,7 @@ class ModelTest : public ::testing::Test {
   }
   void CreateMany() {
     std::vector<CardContent> contents(Pick(6));
-    std::vector<PCardStorage> cards(contents.size());
+    std::vector<CallCard> cards(contents.size());
     std::vector<PCardStorage *> pointers;
     std::vector<CardNames> names;
     std::vector<unsigned char const *> sets;
@@ -400,6 +401,7 @@ class ModelTest : public ::testing::Test {
     Reopen();
   }
 
+  FilesInMemory const inMemory_;
   TempHome home_;
   std::string path_;
   Book book_;

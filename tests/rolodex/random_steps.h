@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/rolodex/book.h"
+#include "zolt41/cardfile/call_card.h"
 
 namespace zolt::testing {
 
@@ -67,7 +68,7 @@ class RandomSteps {
     std::vector<CardContent> contents(1 + Pick(4));
     for (CardContent &card : contents) cards_[++lastId_] = card = PickCard();
     auto const run = [contents](Book *book) {
-      std::vector<PCardStorage> cards(contents.size());
+      std::vector<CallCard> cards(contents.size());
       std::vector<PCardStorage *> pointers;
       std::vector<CardNames> names;
       std::vector<unsigned char const *> sets;
