@@ -12,7 +12,6 @@
 namespace {
 
 constexpr uint32_t kTextSize = 256;
-constexpr int32_t kNotImplemented = -2147467263;
 
 // Asks the stores of a chain in the order of a read until `get` gives 1 for one.
 template <typename Get>
@@ -209,9 +208,4 @@ int32_t TYPrefs::DiffWriteBool(uint32_t section, char const *name, int32_t value
                                int32_t defaultValue, PrefLevel level) {
   if (IsDiffBool(section, name, value, defaultValue) == 0) return 1;
   return WriteBool(section, name, value, level);
-}
-
-int32_t TYPrefs::GetStream(uint32_t, char const *, IStream **stream, uint32_t) {
-  if (stream != nullptr) *stream = nullptr;
-  return kNotImplemented;
 }

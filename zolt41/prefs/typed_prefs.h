@@ -113,8 +113,11 @@ class ZOLT_API TYPrefs {
   int32_t DiffWriteBool(uint32_t section, char const *name, int32_t value, int32_t defaultValue,
                         PrefLevel level);
 
-  // A value as a stream. Gives a component result: -2147467263, and null in `*stream`, for a store
-  // whose values are no streams.
+  // Gives a value, of this store or its parents, as a stream of its bytes (comserver/). `mode` is
+  // of STGM_READ, STGM_WRITE, STGM_READWRITE and STGM_TRANSACTED. The result is an HRESULT: 0;
+  // E_INVALIDARG if `stream` is null; E_FAIL if no store has the value, STG_E_INVALIDNAME for a
+  // name of more than 259 bytes, E_OUTOFMEMORY: then `*stream` is null. The caller releases the
+  // stream, before the store goes; the library stays started for as long.
   int32_t GetStream(uint32_t section, char const *name, IStream **stream, uint32_t mode);
 
  protected:

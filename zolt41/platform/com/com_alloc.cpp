@@ -22,7 +22,7 @@ void SetLength(BSTR text, UINT bytes) {
 }
 
 int32_t Replace(BSTR *text, BSTR fresh, bool wanted) {
-  if (text == nullptr || (fresh == nullptr && wanted)) return 0;
+  if (fresh == nullptr && wanted) return 0;
   SysFreeString(*text);
   *text = fresh;
   return 1;
@@ -68,6 +68,7 @@ BSTR SysAllocString(OLECHAR const *text) {
 }
 
 int32_t SysReAllocString(BSTR *text, OLECHAR const *source) {
+  if (text == nullptr) return 0;
   return Replace(text, SysAllocString(source), source != nullptr);
 }
 

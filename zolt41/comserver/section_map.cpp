@@ -1,0 +1,56 @@
+#include "zolt41/comserver/section_map.h"
+
+#include <map>
+#include <mutex>
+
+#include "zolt41/comserver/guarded.h"
+#include "zolt41/prefs/stores.h"
+
+namespace zolt {
+namespace {
+
+std::map<int32_t, SectionObject *> &Map() {
+  static std::map<int32_t, SectionObject *> map;
+  return map;
+}
+
+}  // namespace
+
+SectionObject *FindSectionObject(int32_t id) {
+  auto const found = Map().find(id);
+  if (found == Map().end()) return nullptr;
+  if (found->second->AddToLiving()) return found->second;
+  // On its way out, on another thread.
+  Map().erase(found);
+  return nullptr;
+}
+
+void KeepSectionObject(SectionObject *object) {
+  Map().emplace(object->id(), object);
+}
+
+void DropSectionObject(SectionObject const *object) {
+  auto const found = Map().find(object->id());
+  if (found != Map().end() && found->second == object) Map().erase(found);
+}
+
+HRESULT OpenSection(int32_t parent, char const *name, int32_t kind, REFIID iid, void **out) {
+  if (out == nullptr) return E_POINTER;
+  *out = nullptr;
+  if (kind != kUserStore && kind != kSystemStore) return E_INVALIDARG;
+  std::lock_guard const guard(ServerLock());
+  ServerReference const server;
+  WinPrefs *const store = kind == kUserStore ? GetUserPrefs() : GetSystemPrefs();
+  if (store == nullptr) return E_FAIL;
+  int32_t const id = name == nullptr ? 0 : store->GetIDFromString(name, parent);
+  // Some names have the number of the root, which they are not.
+  if (name != nullptr && id == 0) return E_FAIL;
+  if (SectionObject *const open = FindSectionObject(id)) {
+    HRESULT const result = open->QueryInterface(iid, out);
+    open->Release();
+    return result;
+  }
+  return SectionObject::Make({store, id, parent, name, kind}, iid, out);
+}
+
+}  // namespace zolt

@@ -1,0 +1,42 @@
+#include "zolt41/comserver/server_refs.h"
+
+#include <atomic>
+
+#include "zolt41/library/library.h"
+
+namespace zolt {
+namespace {
+
+constexpr char kTree[] = "SOFTWARE:Veltrane:Tessaly:5.0";
+
+constinit std::atomic<int32_t> references = 0;
+
+}  // namespace
+
+std::recursive_mutex &ServerLock() {
+  static std::recursive_mutex lock;
+  return lock;
+}
+
+int32_t TakeServerReference() {
+  std::lock_guard const guard(ServerLock());
+  int32_t const count = ++references;
+  if (count == 1) {
+    InitZOLT();
+    InitPrefs(kTree);
+  }
+  return count;
+}
+
+int32_t ReleaseServerReference() {
+  std::lock_guard const guard(ServerLock());
+  int32_t const count = --references;
+  if (count == 0) DisposeZOLT();
+  return count;
+}
+
+int32_t ServerReferences() {
+  return references;
+}
+
+}  // namespace zolt
