@@ -9,9 +9,11 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "benchmarks/measure.h"
+#include "benchmarks/news_component.h"
 #include "benchmarks/news_dconf.h"
 #include "benchmarks/news_gdbus.h"
 #include "benchmarks/news_ours.h"
@@ -27,6 +29,7 @@ constexpr int kFirstNews = 20;  // fill the caches and are not counted
 // Services of a peer are still at work when the listener has heard.
 constexpr auto kPause = std::chrono::milliseconds(2);
 constexpr size_t kManyWatchers = 32;
+constexpr int kAlternations = 3;
 constexpr int kRateRounds = 15;
 constexpr int kStandstillRounds = 5;
 constexpr uint32_t kSeries = 1000;
@@ -37,7 +40,7 @@ struct Role {
 };
 constexpr Role kRoles[] = {
     {"watch_ours", WatchOurs},   {"watch_sd_bus", WatchSdBus}, {"watch_gdbus", WatchGDBus},
-    {"serve_gdbus", ServeGDBus}, {"watch_dconf", WatchDConf},
+    {"serve_gdbus", ServeGDBus}, {"watch_dconf", WatchDConf},  {"watch_component", WatchComponent},
 };
 
 int Play(char const *name) {
@@ -125,6 +128,14 @@ int main(int count, char **arguments) {
     MeasureHearing({{"heard.ours", &our_watcher, send_ours},
                     {"heard.sd_bus", &bus_watcher, send_sd_bus},
                     {"heard.dconf", &dconf_watcher, [&](char const *text) { dconf.Send(text); }}});
+  }
+  // One at a time listens, so that none waits for the other.
+  for (int i = 0; i < kAlternations; i++) {
+    for (auto const &[key, role] : {std::pair("heard.plain", "watch_ours"),
+                                    std::pair("heard.component", "watch_component")}) {
+      Watchers watcher(role, 1);
+      MeasureHearing({{key, &watcher, send_ours}});
+    }
   }
   {
     Watchers our_watchers("watch_ours", kManyWatchers);

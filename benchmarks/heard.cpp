@@ -55,7 +55,15 @@ double Heard::LatestNanoseconds() const {
 
 void Heard::Note(char const *text) {
   int64_t const now = MonotonicNanoseconds();
-  int64_t const sent = std::strtoll(text, nullptr, 10);
+  NoteHeard(std::strtoll(text, nullptr, 10), now);
+}
+
+void Heard::NoteExpected() {
+  int64_t const now = MonotonicNanoseconds();
+  NoteHeard(area_->expected, now);
+}
+
+void Heard::NoteHeard(int64_t sent, int64_t now) {
   area_->count++;
   if (sent != area_->expected) return;
   int64_t latest = area_->latest;

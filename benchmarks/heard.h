@@ -36,6 +36,8 @@ class Heard {
 
   // A watcher: heard a news with this text, which begins with the time at which it was sent.
   void Note(char const *text);
+  // A watcher: heard that there is news, and not which: that which is expected.
+  void NoteExpected();
 
  private:
   struct Area {
@@ -46,6 +48,7 @@ class Heard {
   };
 
   Heard(int memory, int bell);
+  void NoteHeard(int64_t sent, int64_t now);
 
   int memory_;
   int bell_;

@@ -2,15 +2,12 @@
 // each call that changed one, and after a part of it, and opened.
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <csignal>
+#include <algorithm>
 #include <cstdlib>
 #include <optional>
 
 #include "tests/rolodex/random_steps.h"
-#include "tests/support/child.h"
 #include "tests/support/file_shim.h"
 #include "tests/support/temp_home.h"
 
@@ -30,8 +27,13 @@ std::vector<size_t> CutsOf(FileStep const &step, size_t fileSize) {
   std::vector<size_t> cuts;
   auto const position = static_cast<size_t>(step.position);
   size_t const size = step.bytes.size();
-  for (size_t page = (position / kPage + 1) * kPage; page < position + size; page += kPage)
+  // Some of many pages, the first and the last among them.
+  size_t const pages = std::max<size_t>(size / kPage / 8, 1);
+  size_t const first = (position / kPage + 1) * kPage;
+  for (size_t page = first; page < position + size; page += pages * kPage)
     cuts.push_back(page - position);
+  size_t const last = (position + size - 1) / kPage * kPage;
+  if (last >= first && cuts.back() != last - position) cuts.push_back(last - position);
   if (position + size > fileSize || !cuts.empty())
     for (size_t const cut : {size_t{1}, size / 3, size / 2, size - 1})
       if (cut > 0 && cut < size) cuts.push_back(cut);
@@ -54,7 +56,9 @@ class CrashTest : public ::testing::Test {
     WriteContent(crashed_, disk.at(path_));
     Book book;
     if (book.Open(crashed_.c_str(), 0) != 0) return "it does not open";
-    std::string wrong = Between(book.All(), before, after);
+    Cards const found = book.All();
+    std::string wrong = Between(found, before, after);
+    if (book.Ids().size() != found.size()) wrong += " a card is there twice";
     // It is in order again, and can be worked with.
     if (book.Add(BodyOf(100, 'z')) == 0) wrong += " it cannot be changed";
     book.Close();
@@ -168,10 +172,45 @@ class CrashTest : public ::testing::Test {
   int looks_ = 0;
 };
 
-TEST_F(CrashTest, NothingIsLostAtAnyStep) {
+// Long trials are several tests, each with its share of the seeds.
+constexpr uint32_t kShares = 16;
+
+class CrashSequenceTest : public CrashTest, public ::testing::WithParamInterface<uint32_t> {
+ protected:
+  template <typename Trial>
+  static void ForSeeds(uint32_t count, Trial const &trial) {
+    for (uint32_t seed = 1 + GetParam(); seed <= count && !HasFailure(); seed += kShares) {
+      SCOPED_TRACE(seed);
+      trial(seed);
+    }
+  }
+};
+
+INSTANTIATE_TEST_SUITE_P(Shares, CrashSequenceTest, ::testing::Range(0U, kShares));
+
+TEST_P(CrashSequenceTest, NothingIsLostAtAnyStep) {
   uint32_t const sequences = Slow() ? 30000 : 300;
-  for (uint32_t seed = 1; seed <= sequences && !HasFailure(); seed++) Run(seed, 24, seed % 2 == 0);
-  EXPECT_GT(looks_, 100 * static_cast<int>(sequences));
+  ForSeeds(sequences, [this](uint32_t seed) { Run(seed, 24, seed / kShares % 2 == 0); });
+  EXPECT_GT(looks_, 100 * static_cast<int>(sequences / kShares));
+}
+
+TEST_F(CrashTest, NothingIsLostBetweenTheBatchesOfACompaction) {
+  std::optional<FileShim> shim(std::in_place);
+  Rolodex::Create(path_.c_str());
+  Book book;
+  ASSERT_EQ(book.Open(path_.c_str(), 0), 0);
+  for (uint32_t i = 0; i < 26; i++) book.Add(BodyOf(140'000 + 1000 * i, 'x'));
+  for (uint32_t id = 2; id <= 26; id += 3) book.DeleteCard(id);
+  Cards const cards = book.All();
+  Disk disk = {{path_, ContentOf(path_)}};
+  shim->set_noNewFiles(true);
+  shim->steps().clear();
+  ASSERT_EQ(book.Compact(1), 1);
+  std::vector<FileStep> const done = shim->steps();
+  shim.reset();
+  EXPECT_GE(std::ranges::count_if(done, IsRedoBlock), 3);
+  LookAtAll(done, &disk, cards, cards);
+  EXPECT_EQ(book.All(), cards);
 }
 
 TEST_F(CrashTest, NothingIsLostInAConversion) {
@@ -197,9 +236,8 @@ TEST_F(CrashTest, NothingIsLostInAConversion) {
 }
 
 // A power cut keeps of what was not synced any part: here each write alone, all but it, and halves.
-TEST_F(CrashTest, DurableOperationsOutliveThePower) {
-  for (uint32_t seed = 1; seed <= (Slow() ? 5000 : 50) && !HasFailure(); seed++) {
-    SCOPED_TRACE(seed);
+TEST_P(CrashSequenceTest, DurableOperationsOutliveThePower) {
+  ForSeeds(Slow() ? 5000 : 50, [this](uint32_t seed) {
     RandomSteps steps(seed);
     std::optional<FileShim> shim(std::in_place);
     Rolodex::Create(path_.c_str());
@@ -230,7 +268,7 @@ TEST_F(CrashTest, DurableOperationsOutliveThePower) {
     }
     shim.emplace();
     book.Close();
-  }
+  });
 }
 
 // The same trial finds losses where it should.

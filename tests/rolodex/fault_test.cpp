@@ -1,13 +1,10 @@
 // A disk that fails or is full, at every call in turn; and programs that are killed.
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <thread>
 
 #include "tests/rolodex/random_steps.h"
 #include "tests/support/child.h"
@@ -69,8 +66,15 @@ bool FailOneCall(std::string const &path, uint32_t seed, int number, Fault const
   return reached;
 }
 
-TEST_F(FaultTest, EveryCallInTurn) {
-  for (uint32_t seed = 1; seed <= (Slow() ? 20000 : 200); seed++) {
+// A long trial is several tests, each with its share of the seeds.
+constexpr uint32_t kShares = 4;
+
+class FaultSequenceTest : public FaultTest, public ::testing::WithParamInterface<uint32_t> {};
+
+INSTANTIATE_TEST_SUITE_P(Shares, FaultSequenceTest, ::testing::Range(0U, kShares));
+
+TEST_P(FaultSequenceTest, EveryCallInTurn) {
+  for (uint32_t seed = 1 + GetParam(); seed <= (Slow() ? 20000 : 200); seed += kShares) {
     for (Fault const &fault :
          {Fault{EIO, false, true}, Fault{EIO, false, false}, Fault{EIO, true, true},
           Fault{ENOSPC, true, false}, Fault{ENOSPC, true, true}}) {
@@ -154,9 +158,6 @@ TEST_F(FaultTest, KilledAtAnyMoment) {
       book.DeleteCard(cards.begin()->first);
       cards.erase(cards.begin());
     }
-    book.Close();
-    std::string const path = path_ + "2";
-    book.Open(path_.c_str(), 0);
   }
 }
 

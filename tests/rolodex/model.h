@@ -33,6 +33,7 @@ class Model {
   // The file after a close.
   std::string Closed() const;
   Cards All() const;
+  std::string Body(uint32_t id) const;
   std::vector<uint32_t> Ids() const;
   bool dirty() const { return dirty_; }
 

@@ -231,6 +231,11 @@ std::vector<uint32_t> Model::Ids() const {
   return ids;
 }
 
+std::string Model::Body(uint32_t id) const {
+  size_t const i = Find(id);
+  return i == kNowhere ? "!" : file_.substr(heads_[i].position + 124, heads_[i].size - 124);
+}
+
 Cards Model::All() const {
   Cards cards;
   for (Head const &head : heads_)

@@ -6,7 +6,6 @@
 #include <algorithm>
 
 #include "tests/rolodex/book.h"
-#include "tests/support/child.h"
 #include "tests/support/format_page.h"
 #include "tests/support/key.h"
 #include "tests/support/temp_home.h"

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <mutex>
+#include <string_view>
 
 #include "zolt41/comserver/guarded.h"
 #include "zolt41/prefs/stores.h"
@@ -12,6 +13,13 @@ namespace {
 std::map<int32_t, SectionObject *> &Map() {
   static std::map<int32_t, SectionObject *> map;
   return map;
+}
+
+// Some names have the id of the root, and some that are too long for a key have that of another
+// section.
+bool CanBeSection(char const *name, int32_t id) {
+  constexpr size_t kLongestKeyName = 255;
+  return id != 0 && std::string_view(name).size() <= kLongestKeyName;
 }
 
 }  // namespace
@@ -43,8 +51,7 @@ HRESULT OpenSection(int32_t parent, char const *name, int32_t kind, REFIID iid, 
   WinPrefs *const store = kind == kUserStore ? GetUserPrefs() : GetSystemPrefs();
   if (store == nullptr) return E_FAIL;
   int32_t const id = name == nullptr ? 0 : store->GetIDFromString(name, parent);
-  // Some names have the number of the root, which they are not.
-  if (name != nullptr && id == 0) return E_FAIL;
+  if (name != nullptr && !CanBeSection(name, id)) return E_FAIL;
   if (SectionObject *const open = FindSectionObject(id)) {
     HRESULT const result = open->QueryInterface(iid, out);
     open->Release();

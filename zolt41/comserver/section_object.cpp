@@ -4,7 +4,9 @@
 
 #include "zolt41/comserver/guarded.h"
 #include "zolt41/comserver/point_container.h"
+#include "zolt41/comserver/property_view.h"
 #include "zolt41/comserver/section_map.h"
+#include "zolt41/comserver/storage_view.h"
 #include "zolt41/platform/com/com_ptr.h"
 #include "zolt41/prefs/pref_sections.h"
 #include "zolt41/prefs/stores.h"
@@ -51,6 +53,9 @@ bool SectionObject::OpenKey(SectionTarget const &target) {
 bool SectionObject::Initialise(SectionTarget const &target) {
   if (!OpenKey(target)) return false;
   container_ = std::make_unique<SectionPointContainer>(*this);
+  properties_ = std::make_unique<SectionPropertyStorage>(*this);
+  storage_ = std::make_unique<SectionStorage>(*this);
+  if (!properties_->FillNames()) return false;
   ComPtr const point(new SectionConnectionPoint(container_.get(), IID_IPropertyNotifySink));
   if (!container_->Add(point.get())) return false;
   point_ = point.get();
@@ -61,7 +66,10 @@ bool SectionObject::Initialise(SectionTarget const &target) {
 
 HRESULT SectionObject::QueryInterface(REFIID iid, void **out) {
   return AnswerWith(iid, out,
-                    {{IID_IUnknown, this}, {IID_IConnectionPointContainer, container_.get()}});
+                    {{IID_IUnknown, this},
+                     {IID_IStorage, storage_.get()},
+                     {IID_IPropertyStorage, properties_.get()},
+                     {IID_IConnectionPointContainer, container_.get()}});
 }
 
 ULONG SectionObject::Release() {

@@ -15,6 +15,8 @@ namespace zolt {
 
 class SectionConnectionPoint;
 class SectionPointContainer;
+class SectionPropertyStorage;
+class SectionStorage;
 
 // Which preferences are looked at.
 enum StoreKind : int32_t { kCardStore = 0, kUserStore = 1, kSystemStore = 2 };
@@ -71,6 +73,8 @@ class SectionObject final : public IUnknown, public CPrefNotify {
   HKEY key_ = 0;
   RefCount references_;
   std::unique_ptr<SectionPointContainer> container_;
+  std::unique_ptr<SectionPropertyStorage> properties_;
+  std::unique_ptr<SectionStorage> storage_;
   SectionConnectionPoint *point_ = nullptr;  // the container holds it
 };
 

@@ -39,44 +39,40 @@ class CardEntry {
 
   CategorySet categories() const {
     CategorySet set;
-    for (uint32_t i = 0; i < set.size(); i++)
-      set[i] = LoadLittle32(bytes_ + kCategoriesOffset + 4 * i);
+    for (uint32_t i = 0; i < set.size(); i++) set[i] = LoadLittle32(WordAt(i));
     return set;
   }
   void set_categories(CategorySet const &set) {
-    for (uint32_t i = 0; i < set.size(); i++)
-      StoreLittle32(set[i], bytes_ + kCategoriesOffset + 4 * i);
+    for (uint32_t i = 0; i < set.size(); i++) StoreLittle32(set[i], WordAt(i));
   }
   bool Has(uint32_t category) const {
-    return (LoadLittle32(WordOf(category)) >> (category & 31) & 1) != 0;
+    return (LoadLittle32(WordAt(category / 32)) >> (category & 31) & 1) != 0;
   }
   void Mark(uint32_t category, bool on) {
     uint32_t const bit = uint32_t{1} << (category & 31);
-    uint32_t const word = LoadLittle32(WordOf(category));
-    StoreLittle32(on ? word | bit : word & ~bit, bytes_ + (WordOf(category) - bytes_));
+    uint32_t const word = LoadLittle32(WordAt(category / 32));
+    StoreLittle32(on ? word | bit : word & ~bit, WordAt(category / 32));
   }
 
   // Ends with its field also where the NUL is missing.
   std::string_view name(uint32_t which) const {
-    char const *const field = FieldOf(which);
-    return {field, strnlen(field, kCardNameSize - 1)};
+    return {field(which), strnlen(field(which), kCardNameSize - 1)};
   }
+  // All bytes that a name has, what stands behind its NUL too.
+  char const *field(uint32_t which) const { return bytes_ + NameAt(which); }
   void set_name(uint32_t which, std::string_view name) {
-    char *const field = bytes_ + kNamesOffset + which * kCardNameSize;
-    std::memset(field, 0, kCardNameSize);
-    name.copy(field, kCardNameSize - 1);
+    char *const stored = bytes_ + NameAt(which);
+    std::memset(stored, 0, kCardNameSize);
+    name.copy(stored, kCardNameSize - 1);
   }
 
   char const *bytes() const { return bytes_; }
   std::string_view part(uint32_t offset, uint32_t count) const { return {bytes_ + offset, count}; }
 
  private:
-  char const *WordOf(uint32_t category) const {
-    return bytes_ + kCategoriesOffset + 4 * (category / 32);
-  }
-  char const *FieldOf(uint32_t which) const {
-    return bytes_ + kNamesOffset + which * kCardNameSize;
-  }
+  static size_t NameAt(uint32_t which) { return kNamesOffset + size_t{which} * kCardNameSize; }
+  char const *WordAt(uint32_t word) const { return bytes_ + kCategoriesOffset + size_t{word} * 4; }
+  char *WordAt(uint32_t word) { return bytes_ + kCategoriesOffset + size_t{word} * 4; }
 
   char bytes_[kEntrySize];
 };

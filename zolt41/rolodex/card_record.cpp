@@ -10,7 +10,7 @@
 namespace zolt {
 namespace {
 
-constexpr size_t kKeptBuffer = 1024 * 1024;
+constexpr size_t kKeptBuffer = size_t{1024} * 1024;
 
 }  // namespace
 

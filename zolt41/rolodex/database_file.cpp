@@ -1,6 +1,7 @@
 #include "zolt41/rolodex/database_file.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/platform/system/file.h"
@@ -27,8 +28,21 @@ DatabaseFile::~DatabaseFile() {
 
 int32_t DatabaseFile::Read(uint32_t position, void *bytes, uint32_t count) const {
   uint32_t done = 0;
+  if (copy_.Read(position, bytes, count)) return 0;
   if (ReadFileAt(handle_, position, bytes, count, &done) == 0) return kRefused;
   return done < count ? kEndedEarly : 0;
+}
+
+int32_t DatabaseFile::ReadBody(uint32_t position, void *bytes, uint32_t count) {
+  if (!copy_.taken() && copy_.Pays()) TakeCopy();
+  return Read(position, bytes, count);
+}
+
+void DatabaseFile::TakeCopy() {
+  int64_t const size = Size();
+  if (size <= 0 || size > FileCopy::kLargest) return;
+  std::vector<char> bytes(static_cast<size_t>(size));
+  if (Read(0, bytes.data(), static_cast<uint32_t>(size)) == 0) copy_.Take(std::move(bytes));
 }
 
 int64_t DatabaseFile::Size() const {
@@ -39,6 +53,7 @@ DatabaseFile::Written DatabaseFile::TryWrite(uint32_t position, std::string_view
   uint32_t done = 0;
   auto const count = static_cast<uint32_t>(bytes.size());
   bool const whole = WriteFileAt(handle_, position, bytes.data(), count, &done) != 0;
+  copy_.Write(position, bytes.substr(0, done));
   if (whole && done == count) return Written::all;
   if (whole) SetFailure(Failure::full, "");
   return done == 0 ? Written::nothing : Written::some;
@@ -49,6 +64,7 @@ bool DatabaseFile::Write(uint32_t position, std::string_view bytes) {
 }
 
 bool DatabaseFile::Cut(uint32_t size) {
+  copy_.Cut(size);
   return ResizeFile(handle_, size) != 0;
 }
 

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "zolt41/rolodex/file_copy.h"
+
 namespace zolt {
 
 // Bytes for a position.
@@ -38,6 +40,10 @@ class DatabaseFile {
 
   // 0, -8995 if the file ends before, or -1.
   int32_t Read(uint32_t position, void *bytes, uint32_t count) const;
+  // The same for one of many reads, for which a small file is kept in memory.
+  int32_t ReadBody(uint32_t position, void *bytes, uint32_t count);
+  // The file was changed in another way than by this object.
+  void ForgetCopy() { copy_.Forget(); }
   // -1 on failure.
   int64_t Size() const;
   // These leave the file as far as they came. A write that changed nothing breaks nothing.
@@ -62,6 +68,7 @@ class DatabaseFile {
   bool Redo();
 
  private:
+  void TakeCopy();
   enum class Written { all, nothing, some };
   Written TryWrite(uint32_t position, std::string_view bytes);
   bool Barrier() { return !durable_ || Sync(); }
@@ -73,6 +80,7 @@ class DatabaseFile {
   bool durable_;
   bool delayed_ = false;
   bool broken_ = false;
+  FileCopy copy_;
 };
 
 }  // namespace zolt

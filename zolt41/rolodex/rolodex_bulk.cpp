@@ -12,7 +12,7 @@ using namespace zolt;
 
 namespace {
 
-constexpr size_t kBatch = 1024 * 1024;
+constexpr size_t kBatch = size_t{1024} * 1024;
 
 // Cards that go behind the last one, gathered for one write.
 class Batch {

@@ -26,7 +26,8 @@ std::string SwappedFront(std::string_view front) {
   std::string bytes(front);
   SwapWords(bytes.data(), 2);
   for (uint32_t i = 0; i < kCategoryCount; i++)
-    SwapWords(bytes.data() + kRolodexHead + i * kCategoryInfoSize + kCategoryNumberOffset, 1);
+    SwapWords(bytes.data() + kRolodexHead + size_t{i} * kCategoryInfoSize + kCategoryNumberOffset,
+              1);
   return bytes;
 }
 

@@ -43,7 +43,7 @@ int32_t Rolodex::LoadCard(uint32_t id, PCardStorage *card) {
   uint32_t const size = entry->size() - kEntrySize;
   std::vector<char> &buffer = state_->reading;
   if (buffer.size() < size) buffer.resize(size);
-  bool const read = state_->file.Read(entry->position() + kEntrySize, buffer.data(), size) == 0;
+  bool const read = state_->file.ReadBody(entry->position() + kEntrySize, buffer.data(), size) == 0;
   if (read) card->Set(buffer.data(), static_cast<int32_t>(size));
   DropLargeBuffers(state_.get());
   return read ? 1 : 0;

@@ -127,6 +127,7 @@ bool Rolodex::CompactIntoNewFile() {
   uint32_t const end = writer.position();
   writer.Add(kStoredEndMark);
   if (!good || !writer.Finish() || !beside.Commit()) return false;
+  state.file.ForgetCopy();
   state.end = end;
   return true;
 }

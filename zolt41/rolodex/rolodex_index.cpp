@@ -50,6 +50,20 @@ NumberSet &RolodexIndex::Order() {
   return *order_;
 }
 
+uint32_t RolodexIndex::Find(uint32_t id) const {
+  if (trust_ > 0 && doubles_.empty()) {
+    uint32_t const slot = id + distance_;
+    if (slot < entries_.size() && entries_[slot].id() == id && id != 0) {
+      trust_ = kTrust;
+      return slot;
+    }
+    trust_--;
+  }
+  uint32_t const found = ids_.Find(id);
+  if (found != kNone) distance_ = found - id;
+  return found;
+}
+
 uint32_t RolodexIndex::SlotAt(uint32_t number) const {
   return order_ ? NumberSet::Lower(order_->At(number)) : number;
 }
@@ -83,6 +97,7 @@ uint32_t RolodexIndex::FindByTable(std::array<char const *, kCardNames> const &n
                                    uint32_t which, uint32_t number) {
   auto &table = names_[which];
   if (!table) table.emplace(which).Build(entries_);
+  Order();  // finds a position in fewer steps through memory than the entries
   uint32_t position = entries_[SlotAt(number)].position();
   while (true) {
     position = table->Find(names[which], position);
@@ -119,11 +134,6 @@ void RolodexIndex::Replace(uint32_t slot, CardEntry const &entry) {
   ForgetNames(entries_[slot]);
   entries_[slot] = entry;
   EnterNames(entry);
-}
-
-void RolodexIndex::Unmark(uint32_t category) {
-  for (CardEntry &entry : entries_)
-    if (!entry.free()) entry.Mark(category, false);
 }
 
 }  // namespace zolt

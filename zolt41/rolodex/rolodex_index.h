@@ -49,8 +49,11 @@ class RolodexIndex {
   // Of entries, the free ones too.
   uint32_t count() const { return static_cast<uint32_t>(entries_.size() - unused_.size()); }
 
+  // All slots are below this.
+  uint32_t slots() const { return static_cast<uint32_t>(entries_.size()); }
+
   // The slot of a card, or kNone.
-  uint32_t Find(uint32_t id) const { return ids_.Find(id); }
+  uint32_t Find(uint32_t id) const;
   // The same, and quicker where the card comes behind that of the slot `near`.
   uint32_t FindNear(uint32_t id, uint32_t near) const {
     uint32_t const next = near + 1;
@@ -93,10 +96,10 @@ class RolodexIndex {
   // Another head for the same record.
   void Replace(uint32_t slot, CardEntry const &entry);
   void Mark(uint32_t slot, uint32_t category, bool on) { entries_[slot].Mark(category, on); }
-  // Clears a category of all cards.
-  void Unmark(uint32_t category);
 
  private:
+  static constexpr uint32_t kTrust = 16;
+
   NumberSet &Order();
   uint32_t SlotAtPosition(uint32_t position) const;
   uint32_t FindByTable(std::array<char const *, kCardNames> const &names, uint32_t which,
@@ -111,6 +114,10 @@ class RolodexIndex {
   std::vector<uint32_t> unused_;    // slots of entries that are gone
   uint32_t lastId_;
   std::vector<uint32_t> doubles_;
+  // How far the slot of the last card that was found lay from its id; most lie alike, so that the
+  // table is often not needed. Counts down while it does not help.
+  mutable uint32_t distance_ = 0xFFFFFFFF;
+  mutable uint32_t trust_ = kTrust;
   IdTable ids_;                     // slots
   NumberSet free_;                  // size and position
   std::optional<NumberSet> order_;  // position and slot; made at the first change of the order

@@ -70,10 +70,10 @@ int32_t Rolodex::OpenContent() {
   bool const swapped = magic == Swapped32(kRolodexMagic);
   if (magic != kRolodexMagic && !swapped) return Fail(Failure::damaged);
   if (version != 0) return Fail(Failure::newer);
+  if (swapped && readOnly_ != 0) return Fail(Failure::denied);
   std::string table(kCategoryTableSize, '\0');
   int32_t code = file.Read(kRolodexHead, table.data(), kCategoryTableSize);
   if (code != 0) return code;
-  if (swapped && readOnly_ != 0) return Fail(Failure::denied);
   if (swapped) return SwapFile() ? 0 : kNotPossible;
   ReadCategoryTable(table, categories_);
   if (readOnly_ == 0) FileBeside::RemoveRemains(file.handle());

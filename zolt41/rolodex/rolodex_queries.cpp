@@ -1,13 +1,10 @@
-#include <array>
 #include <cstring>
-#include <string>
-#include <string_view>
 
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/endian.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/platform/system/last_failure.h"
-#include "zolt41/prefs/ascii_case.h"
+#include "zolt41/rolodex/label_condition.h"
 #include "zolt41/rolodex/rolodex.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
@@ -31,41 +28,22 @@ bool HoldsAny(CategorySet const &set, CategorySet const &wanted) {
   return false;
 }
 
-// What a first name is compared with.
-class LabelCondition {
+// Clears a category of all cards on the way through a list, which mostly has them in their order:
+// so they are looked at once.
+class Unmarking {
  public:
-  LabelCondition(CSOper oper, char const *value) : oper_(oper), value_(value) {
-    for (char &c : value_) c = FoldAscii(c);
-  }
+  Unmarking(RolodexIndex *index, uint32_t category) : index_(index), category_(category) {}
 
-  bool Matches(std::string_view label) const {
-    size_t const length = value_.size();
-    if (length > label.size()) return false;
-    size_t const last = label.size() - length;
-    switch (oper_) {
-      case CSContains:
-        for (size_t i = 0; i <= last; i++)
-          if (StandsAt(label.data() + i)) return true;
-        return false;
-      case CSEquals:
-        return last == 0 && StandsAt(label.data());
-      case CSBeginsWith:
-        return StandsAt(label.data());
-      case CSEndsWith:
-        return StandsAt(label.data() + last);
-    }
-    return false;
+  void UpTo(uint32_t slot) {
+    for (; done_ < slot; done_++)
+      if (index_->at(done_).Has(category_) && !index_->at(done_).free())
+        index_->Mark(done_, category_, false);
   }
 
  private:
-  bool StandsAt(char const *place) const {
-    for (size_t i = 0; i < value_.size(); i++)
-      if (FoldAscii(place[i]) != value_[i]) return false;
-    return true;
-  }
-
-  CSOper oper_;
-  std::string value_;
+  RolodexIndex *index_;
+  uint32_t category_;
+  uint32_t done_ = 0;
 };
 
 }  // namespace
@@ -107,7 +85,7 @@ uint32_t Rolodex::Select(char const *cards, char const *property, CSOper oper, c
   bool const isLabel = AZStrEqual(property, kLabelProperty) != 0;
   LabelCondition const condition(oper, text);
   PCardStorage card;
-  index.Unmark(category);
+  Unmarking unmarking(&index, category);
   uint32_t count = 0;
   uint32_t slot = RolodexIndex::kNone;
   uint32_t const size = GetMemSize(cards) / kListItem;
@@ -117,11 +95,13 @@ uint32_t Rolodex::Select(char const *cards, char const *property, CSOper oper, c
     uint32_t const found = id == 0 ? RolodexIndex::kNone : index.FindNear(id, slot);
     if (found == RolodexIndex::kNone) continue;
     slot = found;
-    bool const matches = isLabel ? condition.Matches(index.at(slot).name(0))
-                                 : Matches(slot, &card, property, oper, text);
+    bool const matches =
+        isLabel ? condition.Matches(index.at(slot)) : Matches(slot, &card, property, oper, text);
+    unmarking.UpTo(slot + 1);
     if (!matches) continue;
     index.Mark(slot, category, true);
     count++;
   }
+  unmarking.UpTo(index.slots());
   return count;
 }

@@ -6,7 +6,7 @@
 namespace zolt {
 namespace {
 
-constexpr size_t kBuffer = 256 * 1024;
+constexpr size_t kBuffer = size_t{256} * 1024;
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "zolt41/foundation/endian.h"
+#include "zolt41/platform/system/large_pages.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/sequential_writer.h"
 
@@ -47,6 +48,7 @@ int32_t FindStoredIndex(DatabaseFile const &file, StoredIndex *stored) {
 bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored,
                      std::vector<CardEntry> *entries) {
   entries->resize(stored.count);
+  PreferLargePages(entries->data(), entries->size() * sizeof(CardEntry));
   uint32_t const from = stored.end + kEndMarkSize + kIndexHead;
   auto const size = static_cast<uint32_t>(stored.count * sizeof(CardEntry));
   return file.Read(from, entries->data(), size) == 0;
@@ -55,6 +57,7 @@ bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored,
 bool WriteStoredIndex(DatabaseFile *file, uint32_t end, RolodexIndex const &index) {
   uint32_t const start = end + kEndMarkSize;
   SequentialWriter writer(file->handle(), start);
+  file->ForgetCopy();
   char head[kIndexHead];
   StoreLittle32(index.count(), head);
   StoreLittle32(index.lastId(), head + 4);

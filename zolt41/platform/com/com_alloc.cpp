@@ -35,7 +35,8 @@ void *CoTaskMemAlloc(uint64_t size) {
 }
 
 void *CoTaskMemRealloc(void *block, uint64_t size) {
-  if (size != 0 || block == nullptr) return std::realloc(block, size);
+  if (block == nullptr) return CoTaskMemAlloc(size);
+  if (size != 0) return std::realloc(block, size);
   std::free(block);
   return nullptr;
 }

@@ -64,6 +64,8 @@ class Hive {
   int32_t DeleteValue(HiveKey key, std::string_view name);
 
   int32_t NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name);
+  // How many there are, and the length of the longest, which may be told too great.
+  int32_t CountNames(HiveKey key, NameLists::Kind kind, uint32_t *count, uint32_t *longest);
 
   // A transaction of the calling thread. The serial tells it from a later one: it may have been
   // lost in a fork.
@@ -142,8 +144,10 @@ class Hive {
   Connection &Readable() { return OwnTransaction() ? writer_ : reader_; }
   bool Vouched(uint32_t word, Stamp *stamp) const;
   int32_t ReadFile(HiveKey key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
-  bool NameFromList(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name,
-                    int32_t *result);
+  template <typename Work>
+  bool WithListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work);
+  template <typename Work>
+  int32_t WithNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work);
   KeyIndex::Result FindListedKey(int64_t parent, std::string_view name, int64_t *key);
   int32_t LookUpKey(int64_t parent, std::string_view name, int64_t *key);
   void NoticeForeignEdit();

@@ -8,6 +8,17 @@ namespace {
 constexpr int32_t kResults[] = {ERROR_SUCCESS, ERROR_FILE_NOT_FOUND, ERROR_UNSUPPORTED_TYPE,
                                 ERROR_MORE_DATA};
 
+// A character has one byte there, or two if it has four here.
+uint32_t MostLocalBytes(std::string const &stored) {
+  uint32_t bytes = 0;
+  for (char const letter : stored) {
+    auto const byte = static_cast<unsigned char>(letter);
+    bytes += (byte & 0xC0) != 0x80;
+    bytes += byte >= 0xF0;
+  }
+  return bytes;
+}
+
 }  // namespace
 
 bool Hive::Vouched(uint32_t word, Stamp *stamp) const {
@@ -136,22 +147,22 @@ int32_t Hive::FindKey(HiveKey parent, std::string_view name, HiveKey *key) {
 }
 
 // What a list says while the words vouch for it needs no look at the file.
-bool Hive::NameFromList(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name,
-                        int32_t *result) {
+template <typename Work>
+bool Hive::WithListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work) {
   if (OwnTransaction()) return false;
   Stamp now{};
   std::lock_guard const read(readLock_);
   if (Stale(key) || !Vouched(ShapeWord(key.id), &now)) return false;
   NameLists::List const &list = lists_.Get(key.id, kind, now);
-  std::string const *found = list.good ? list.At(index) : nullptr;
-  if (found != nullptr) *name = LocalNameOf(*found);
-  *result = found != nullptr ? ERROR_SUCCESS : ERROR_NO_MORE_ITEMS;
-  return found != nullptr || (list.good && list.Past(index));
+  if (!list.good || (list.At(index) == nullptr && !list.Past(index))) return false;
+  work(list);
+  return true;
 }
 
-int32_t Hive::NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name) {
-  int32_t listed = ERROR_SUCCESS;
-  if (NameFromList(key, kind, index, name, &listed)) return listed;
+// Shows `work` the stretch of names that holds the position, or the last one.
+template <typename Work>
+int32_t Hive::WithNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work) {
+  if (WithListedNames(key, kind, index, work)) return ERROR_SUCCESS;
   Reading reading(*this);
   bool missing = false;
   if (Failure failure = reading.Enter(false, &missing); failure != Failure::none)
@@ -168,16 +179,39 @@ int32_t Hive::NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::str
     Failure const failure = NameLists::Load(Readable(), list, index);
     if (failure != Failure::none) return Give(failure);
   }
-  int32_t result = ERROR_NO_MORE_ITEMS;
-  if (std::string const *found = list.At(index); found != nullptr) {
-    *name = LocalNameOf(*found);
-    result = ERROR_SUCCESS;
-  }
+  work(list);
   NoticeForeignEdit();
   Stamp after{};
   if (!own && !(vouched && Vouched(ShapeWord(key.id), &after) && after == before))
     list.good = false;
-  return result;
+  return ERROR_SUCCESS;
+}
+
+int32_t Hive::NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name) {
+  bool found = false;
+  int32_t const result = WithNames(key, kind, index, [&](NameLists::List const &list) {
+    std::string const *const stored = list.At(index);
+    found = stored != nullptr;
+    if (found) *name = LocalNameOf(*stored);
+  });
+  return result == ERROR_SUCCESS && !found ? ERROR_NO_MORE_ITEMS : result;
+}
+
+int32_t Hive::CountNames(HiveKey key, NameLists::Kind kind, uint32_t *count, uint32_t *longest) {
+  *count = 0;
+  *longest = 0;
+  for (bool last = false; !last;) {
+    int32_t const result = WithNames(key, kind, *count, [&](NameLists::List const &list) {
+      while (std::string const *const stored = list.At(*count)) {
+        *longest = std::max(*longest, MostLocalBytes(*stored));
+        ++*count;
+      }
+      last = list.last;
+    });
+    if (result == ERROR_NO_MORE_ITEMS) return ERROR_SUCCESS;
+    if (result != ERROR_SUCCESS) return result;
+  }
+  return ERROR_SUCCESS;
 }
 
 }  // namespace zolt

@@ -23,6 +23,9 @@ HiveStatus InspectHive(HKEY root);
 // or "none" if it could. For operations on keys that were never got.
 void ReportHiveFailure(HKEY root);
 
+// As RegOpenKeyExA, but the name is one component, whatever is in it.
+int32_t OpenOneKey(HKEY parent, char const *name, uint32_t access, HKEY *key);
+
 // Both handles are open on the same key.
 bool SameKey(HKEY a, HKEY b);
 

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "zolt41/platform/registry/classes_root.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/hives.h"
 
@@ -18,7 +19,7 @@ constexpr ptrdiff_t kDeepestKey = 512;
 constexpr uint32_t kWriteBits = KEY_WRITE & ~KEY_READ;
 
 bool Predefined(HKEY key) {
-  return key == HKEY_CURRENT_USER || key == HKEY_LOCAL_MACHINE;
+  return key == HKEY_CLASSES_ROOT || key == HKEY_CURRENT_USER || key == HKEY_LOCAL_MACHINE;
 }
 
 std::string_view NameOf(char const *name) {
@@ -58,6 +59,7 @@ void SeekKey(Hives &hives, HKEY handle, OpenKey *open) {
 
 // What a handle stands for. ERROR_INVALID_HANDLE if it is not open.
 int32_t Resolve(Hives &hives, HKEY handle, OpenKey *open) {
+  if (handle == HKEY_CLASSES_ROOT) return ERROR_INVALID_HANDLE;
   if (Predefined(handle)) {
     uint32_t const hive = handle == HKEY_CURRENT_USER ? 0 : 1;
     *open = {hive, KEY_READ | KEY_WRITE, {0, hives.At(hive).Incarnation()}};
@@ -165,14 +167,22 @@ int32_t Create(HKEY parentHandle, char const *givenName, uint32_t access, HKEY *
   return GiveHandle(hives, open, parentHandle, names, key);
 }
 
-// Finds a key below another one by one name, or else by a path of names; `names` becomes the way.
-int32_t FindPath(Hive &hive, HiveKey parent, std::string_view path, HiveKey *key,
-                 std::string *names) {
+// Finds a key below another one by one name; `names` becomes the way. The empty name leads nowhere
+// else.
+int32_t FindOne(Hive &hive, HiveKey parent, std::string_view name, HiveKey *key,
+                std::string *names) {
   *key = parent;
   names->clear();
-  if (path.empty()) return ERROR_SUCCESS;
-  int32_t result = hive.FindKey(parent, path, key);
-  if (result == ERROR_SUCCESS) names->append(path).push_back('\0');
+  if (name.empty()) return ERROR_SUCCESS;
+  int32_t const result = hive.FindKey(parent, name, key);
+  if (result == ERROR_SUCCESS) names->append(name).push_back('\0');
+  return result;
+}
+
+// The same, or else by a path of names.
+int32_t FindPath(Hive &hive, HiveKey parent, std::string_view path, HiveKey *key,
+                 std::string *names) {
+  int32_t result = FindOne(hive, parent, path, key, names);
   if (result != ERROR_FILE_NOT_FOUND || path.find('\\') == std::string_view::npos) return result;
   while (!path.empty()) {
     std::string_view const name = path.substr(0, path.find('\\'));
@@ -182,6 +192,44 @@ int32_t FindPath(Hive &hive, HiveKey parent, std::string_view path, HiveKey *key
     path.remove_prefix(std::min(name.size() + 1, path.size()));
   }
   return result;
+}
+
+// How a name is taken: as one component, or else as a path.
+enum class Split { none, path };
+// What an open handle is to be good for.
+enum class Wish { reading, writing, what_can_be };
+
+Wish WishOf(uint32_t access) {
+  return (access & kWriteBits) != 0 ? Wish::writing : Wish::reading;
+}
+
+int32_t OpenIn(Hive &hive, OpenKey const &parent, std::string_view name, Split split, Wish wish,
+               OpenKey *open, std::string *names) {
+  *open = parent;
+  open->access = wish == Wish::reading ? KEY_READ : KEY_READ | KEY_WRITE;
+  int32_t const way = split == Split::path ? FindPath(hive, parent.key, name, &open->key, names)
+                                           : FindOne(hive, parent.key, name, &open->key, names);
+  if (way != ERROR_SUCCESS || wish == Wish::reading) return way;
+  int32_t const writable = hive.CheckWritable();
+  if (writable == ERROR_SUCCESS || wish == Wish::writing) return writable;
+  open->access = KEY_READ;
+  return ERROR_SUCCESS;
+}
+
+int32_t Open(HKEY parent, char const *name, Split split, Wish wish, HKEY *key) {
+  ClearFailure();
+  if (key == nullptr) return ERROR_INVALID_PARAMETER;
+  *key = 0;
+  if (Predefined(parent)) FollowEnvironment(TheHives());
+  OpenKey found{};
+  std::string names;
+  int32_t const result =
+      WithKey(parent, Purpose::reading, ERROR_FILE_NOT_FOUND, [&](Hive &hive, OpenKey const &open) {
+        return OpenIn(hive, open, NameOf(name), split, wish, &found, &names);
+      });
+  if (result != ERROR_SUCCESS) return result;
+  ClearFailure();
+  return GiveHandle(TheHives(), found, parent, names, key);
 }
 
 int32_t CopyName(std::string const &found, char *name, uint32_t *length) {
@@ -198,11 +246,28 @@ int32_t NameAt(HKEY key, NameLists::Kind kind, uint32_t index, std::string *name
   });
 }
 
+struct Counted {
+  uint32_t count = 0;
+  uint32_t longest = 0;
+};
+
+int32_t Count(HKEY key, NameLists::Kind kind, Counted *out) {
+  return WithKey(key, Purpose::reading, ERROR_SUCCESS, [&](Hive &hive, OpenKey const &open) {
+    return hive.CountNames(open.key, kind, &out->count, &out->longest);
+  });
+}
+
 Hive *HiveOf(HKEY root) {
-  return !Predefined(root) ? nullptr : &TheHives().At(root == HKEY_CURRENT_USER ? 0 : 1);
+  return !Predefined(root) || root == HKEY_CLASSES_ROOT
+             ? nullptr
+             : &TheHives().At(root == HKEY_CURRENT_USER ? 0 : 1);
 }
 
 }  // namespace
+
+int32_t OpenOneKey(HKEY parent, char const *name, uint32_t access, HKEY *key) {
+  return Open(parent, name, Split::none, WishOf(access), key);
+}
 
 void ReportHiveFailure(HKEY root) {
   ClearFailure();
@@ -262,6 +327,11 @@ using zolt::ValueCache;
 
 int32_t RegCreateKeyExA(HKEY parent, char const *name, uint32_t, char *, uint32_t, uint32_t access,
                         void *, HKEY *key, uint32_t *disposition) {
+  if (parent == HKEY_CLASSES_ROOT) {
+    return zolt::InUserClasses([&](HKEY classes) {
+      return RegCreateKeyExA(classes, name, 0, nullptr, 0, access, nullptr, key, disposition);
+    });
+  }
   bool made = false;
   int32_t const result = zolt::Create(parent, name, access, key, &made);
   if (result == ERROR_SUCCESS && disposition != nullptr) *disposition = made ? 1 : 2;
@@ -269,6 +339,9 @@ int32_t RegCreateKeyExA(HKEY parent, char const *name, uint32_t, char *, uint32_
 }
 
 int32_t RegCreateKeyA(HKEY parent, char const *name, HKEY *key) {
+  if (parent == HKEY_CLASSES_ROOT) {
+    return zolt::InUserClasses([&](HKEY classes) { return RegCreateKeyA(classes, name, key); });
+  }
   bool made = false;
   int32_t const result = zolt::Create(parent, name, KEY_READ | KEY_WRITE, key, &made);
   if (result != ERROR_ACCESS_DENIED) return result;
@@ -276,23 +349,13 @@ int32_t RegCreateKeyA(HKEY parent, char const *name, HKEY *key) {
 }
 
 int32_t RegOpenKeyA(HKEY parent, char const *name, HKEY *key) {
-  zolt::ClearFailure();
-  if (key == nullptr) return ERROR_INVALID_PARAMETER;
-  *key = 0;
-  if (zolt::Predefined(parent)) zolt::FollowEnvironment(TheHives());
-  OpenKey found{};
-  std::string names;
-  int32_t const result = zolt::WithKey(
-      parent, Purpose::reading, ERROR_FILE_NOT_FOUND, [&](Hive &hive, OpenKey const &open) {
-        found = open;
-        found.access = KEY_READ | KEY_WRITE;
-        int32_t const way = zolt::FindPath(hive, open.key, zolt::NameOf(name), &found.key, &names);
-        if (way == ERROR_SUCCESS && hive.CheckWritable() != ERROR_SUCCESS) found.access = KEY_READ;
-        return way;
-      });
-  if (result != ERROR_SUCCESS) return result;
-  zolt::ClearFailure();
-  return zolt::GiveHandle(TheHives(), found, parent, names, key);
+  if (parent == HKEY_CLASSES_ROOT) return zolt::OpenClass(name, KEY_READ, key);
+  return zolt::Open(parent, name, zolt::Split::path, zolt::Wish::what_can_be, key);
+}
+
+int32_t RegOpenKeyExA(HKEY parent, char const *name, uint32_t, uint32_t access, HKEY *key) {
+  if (parent == HKEY_CLASSES_ROOT) return zolt::OpenClass(name, access, key);
+  return zolt::Open(parent, name, zolt::Split::path, zolt::WishOf(access), key);
 }
 
 int32_t RegCloseKey(HKEY key) {
@@ -351,6 +414,14 @@ int32_t RegDeleteValueA(HKEY key, char const *name) {
 }
 
 int32_t RegDeleteKeyA(HKEY key, char const *name) {
+  if (key == HKEY_CLASSES_ROOT) {
+    HKEY classes = 0;
+    int32_t result = zolt::OpenClass("", KEY_WRITE, &classes);
+    if (result != ERROR_SUCCESS) return result;
+    result = RegDeleteKeyA(classes, name);
+    RegCloseKey(classes);
+    return result;
+  }
   zolt::ClearFailure();
   if (name == nullptr || *name == '\0') return ERROR_INVALID_PARAMETER;
   return zolt::WithKey(key, Purpose::writing, 0, [&](Hive &hive, OpenKey const &open) {
@@ -374,4 +445,19 @@ int32_t RegEnumKeyExA(HKEY key, uint32_t index, char *name, uint32_t *nameLength
   std::string found;
   int32_t const result = zolt::NameAt(key, zolt::NameLists::Kind::keys, index, &found);
   return result == ERROR_SUCCESS ? zolt::CopyName(found, name, nameLength) : result;
+}
+
+int32_t RegQueryInfoKeyA(HKEY key, char *, uint32_t *, uint32_t *, uint32_t *subkeys,
+                         uint32_t *longestSubkey, uint32_t *, uint32_t *values,
+                         uint32_t *longestValue, uint32_t *, uint32_t *, void *) {
+  zolt::Counted keys;
+  zolt::Counted others;
+  int32_t result = zolt::Count(key, zolt::NameLists::Kind::keys, &keys);
+  if (result == ERROR_SUCCESS) result = zolt::Count(key, zolt::NameLists::Kind::values, &others);
+  if (result != ERROR_SUCCESS) return result;
+  if (subkeys != nullptr) *subkeys = keys.count;
+  if (longestSubkey != nullptr) *longestSubkey = keys.longest;
+  if (values != nullptr) *values = others.count;
+  if (longestValue != nullptr) *longestValue = others.longest;
+  return ERROR_SUCCESS;
 }

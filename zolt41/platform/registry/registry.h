@@ -25,12 +25,19 @@
 
 using HKEY = uintptr_t;
 
+// The classes of components: "Software\Classes" in the user's tree, and behind that in the
+// machine's. A root for making, opening and deleting keys only. What is made or deleted, or opened
+// with a right to write, is the user's; opened for reading, a key is the user's if that exists,
+// else the machine's.
+inline constexpr HKEY HKEY_CLASSES_ROOT = 0x80000000;
 inline constexpr HKEY HKEY_CURRENT_USER = 0x80000001;   // the user's tree
 inline constexpr HKEY HKEY_LOCAL_MACHINE = 0x80000002;  // the machine's tree
 
 // Access rights of a handle.
 inline constexpr uint32_t KEY_READ = 0x20019;
 inline constexpr uint32_t KEY_WRITE = 0x20006;
+inline constexpr uint32_t KEY_SET_VALUE = 0x2;  // as KEY_WRITE
+inline constexpr uint32_t KEY_ALL_ACCESS = 0xF003F;
 
 // Types of values. Others are kept as given.
 inline constexpr uint32_t REG_NONE = 0;
@@ -77,8 +84,13 @@ ZOLT_API int32_t RegCreateKeyExA(HKEY parent, char const *name, uint32_t reserve
 // backslashes, as a path of components. Null or the empty name opens `parent` once more.
 ZOLT_API int32_t RegOpenKeyA(HKEY parent, char const *name, HKEY *key);
 
+// The same with the access asked for: a right to write a tree that cannot be written gives
+// ERROR_ACCESS_DENIED, and without one the handle is for reading. `options` has no effect.
+ZOLT_API int32_t RegOpenKeyExA(HKEY parent, char const *name, uint32_t options, uint32_t access,
+                               HKEY *key);
+
 // Closes a handle. Its number is not given out again for a long time, so a use after this gives
-// ERROR_INVALID_HANDLE. The two predefined handles can be closed without effect.
+// ERROR_INVALID_HANDLE. The predefined handles can be closed without effect.
 ZOLT_API int32_t RegCloseKey(HKEY key);
 
 // Gives type and size of a value, and its bytes if `data` is not null: then `*size` says how many
@@ -118,6 +130,15 @@ ZOLT_API int32_t RegEnumValueA(HKEY key, uint32_t index, char *name, uint32_t *n
 ZOLT_API int32_t RegEnumKeyExA(HKEY key, uint32_t index, char *name, uint32_t *nameLength,
                                uint32_t *reserved, char *keyClass, uint32_t *classLength,
                                void *lastWrite);
+
+// Counts the subkeys and values of a key and gives the length of the longest name of either,
+// without a NUL; with characters in it that the code page lacks it may be told too long. Where
+// others write meanwhile the numbers need not belong together. Each place may be null; those that
+// are not named here have no effect.
+ZOLT_API int32_t RegQueryInfoKeyA(HKEY key, char *keyClass, uint32_t *classLength,
+                                  uint32_t *reserved, uint32_t *subkeys, uint32_t *longestSubkey,
+                                  uint32_t *longestClass, uint32_t *values, uint32_t *longestValue,
+                                  uint32_t *largestData, uint32_t *security, void *lastWrite);
 
 namespace zolt {
 

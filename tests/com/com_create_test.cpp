@@ -1,0 +1,169 @@
+#include "zolt41/platform/com/com_create.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/support/key.h"
+#include "tests/support/temp_home.h"
+#include "zolt41/platform/com/class_module.h"
+#include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/registry/classes_root.h"
+
+namespace zolt::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Any id will do; this one the module knows.
+constexpr CLSID kClass = IID_IClassFactory;
+constexpr char kClassKey[] = "{00000001-0000-0000-C000-000000000046}";
+
+class CreateTest : public ::testing::Test {
+ protected:
+  CreateTest() { fs::copy_file(ZOLT_TEST_MODULE, module_); }
+  ~CreateTest() override {
+    Unload();
+    EXPECT_FALSE(Loaded());
+  }
+
+  static void Unload() {
+    setenv("ZOLT_TEST_UNLOAD", "1", 1);
+    CoFreeUnusedLibraries();
+    unsetenv("ZOLT_TEST_UNLOAD");
+  }
+
+  static void Register(std::string const &path, HKEY root = HKEY_CURRENT_USER) {
+    HKEY classes = 0;
+    ASSERT_EQ(MakeClasses(root, &classes), ERROR_SUCCESS);
+    Key const ids(classes, "CLSID");
+    Key const id(ids.handle, kClassKey);
+    Key(id.handle, "InprocServer32").Set("", path);
+    Key const name(classes, "Test.Class");
+    Key(name.handle, "CLSID").Set("", kClassKey);
+    RegCloseKey(classes);
+  }
+  static HRESULT Create(ComPtr<IUnknown> *object) {
+    return CoCreateInstance(kClass, nullptr, CLSCTX_ALL, IID_IUnknown, object->VoidPlace());
+  }
+  static HRESULT Result() {
+    ComPtr<IUnknown> object;
+    HRESULT const result = Create(&object);
+    EXPECT_EQ(static_cast<bool>(object), result == S_OK);
+    return result;
+  }
+  bool Loaded() const {
+    void *const handle = dlopen(module_.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    if (handle != nullptr) dlclose(handle);
+    return handle != nullptr;
+  }
+
+  TempHome home_;
+  std::string module_ = home_.path() + "/module.so";
+};
+
+TEST_F(CreateTest, LoadsAModuleOnceAndUnloadsItWhenItSaysSo) {
+  Register(module_);
+  ComPtr<IUnknown> object;
+  ASSERT_EQ(Create(&object), S_OK);
+  EXPECT_EQ(Result(), S_OK);
+  object.Reset();
+  CoFreeUnusedLibraries();
+  EXPECT_TRUE(Loaded()) << "it says no";
+  Unload();
+  EXPECT_FALSE(Loaded());
+  EXPECT_EQ(Result(), S_OK) << "and is loaded again";
+}
+
+TEST_F(CreateTest, AClassHasANameToo) {
+  Register(module_, HKEY_LOCAL_MACHINE);
+  CLSID id = GUID_NULL;
+  EXPECT_EQ(CLSIDFromProgID(u"test.class", &id), S_OK);
+  EXPECT_EQ(id, kClass);
+  for (char16_t const *name : {u"", u"Test", u"Test.Class\u0100", u"CLSID"}) {
+    EXPECT_EQ(CLSIDFromProgID(name, &id), CO_E_CLASSSTRING);
+    EXPECT_EQ(id, GUID_NULL);
+  }
+  EXPECT_EQ(CLSIDFromProgID(nullptr, &id), E_INVALIDARG);
+  EXPECT_EQ(CLSIDFromProgID(u"Test.Class", nullptr), E_INVALIDARG);
+}
+
+TEST_F(CreateTest, TheUsersClassComesBeforeTheMachines) {
+  Register(module_, HKEY_LOCAL_MACHINE);
+  EXPECT_EQ(Result(), S_OK);
+  Register("/missing/module.so");
+  EXPECT_EQ(Result(), CO_E_DLLNOTFOUND);
+  Key const id(HKEY_CLASSES_ROOT, "CLSID");
+  HKEY key = 0;
+  ASSERT_EQ(RegOpenKeyExA(id.handle, kClassKey, 0, KEY_ALL_ACCESS, &key), ERROR_SUCCESS);
+  EXPECT_EQ(RegDeleteKeyA(key, "InprocServer32"), ERROR_SUCCESS);
+  RegCloseKey(key);
+  EXPECT_EQ(Result(), S_OK) << "the machine's again";
+}
+
+TEST_F(CreateTest, LoadsNothingThatOthersCouldHaveChanged) {
+  std::string const folder = home_.path() + "/folder";
+  std::string const inFolder = folder + "/module.so";
+  std::string const link = home_.path() + "/link.so";
+  fs::create_directory(folder);
+  fs::copy_file(module_, inFolder);
+  fs::create_symlink(inFolder, link);
+  struct {
+    std::string path;
+    mode_t file;
+    mode_t folder;
+    HRESULT result;
+  } const cases[] = {
+      {inFolder, 0755, 0755, S_OK},
+      {link, 0755, 0755, S_OK},
+      {inFolder, 0757, 0755, E_ACCESSDENIED},
+      {inFolder, 0775, 0755, E_ACCESSDENIED},
+      {inFolder, 0755, 0777, E_ACCESSDENIED},
+      {link, 0755, 0777, E_ACCESSDENIED},
+      {folder + "/../module.so", 0755, 0777, E_ACCESSDENIED},
+      {inFolder, 0755, 01777, S_OK},
+      {folder, 0755, 0755, E_ACCESSDENIED},
+      {"module.so", 0755, 0755, E_ACCESSDENIED},
+      {"", 0755, 0755, REGDB_E_CLASSNOTREG},
+      {"/dev/null", 0755, 0755, E_ACCESSDENIED},
+  };
+  for (auto const &test : cases) {
+    chmod(inFolder.c_str(), test.file);
+    chmod(folder.c_str(), test.folder);
+    Register(test.path);
+    EXPECT_EQ(Result(), test.result) << test.path << std::oct << test.file << test.folder;
+    Unload();
+  }
+}
+
+TEST_F(CreateTest, AFileThatIsNoModuleIsTold) {
+  std::string const text = home_.path() + "/text.so";
+  std::ofstream(text) << "no module";
+  chmod(text.c_str(), 0600);
+  Register(text);
+  EXPECT_EQ(Result(), CO_E_ERRORINDLL);
+  Register(home_.path() + "/none.so");
+  EXPECT_EQ(Result(), CO_E_DLLNOTFOUND);
+}
+
+TEST_F(CreateTest, ArgumentsAreAnswered) {
+  Register(module_);
+  void *out = &out;
+  EXPECT_EQ(CoCreateInstance(kClass, nullptr, CLSCTX_ALL, IID_IUnknown, nullptr), E_INVALIDARG);
+  EXPECT_EQ(CoCreateInstance(kClass, nullptr, 4, IID_IUnknown, &out), REGDB_E_CLASSNOTREG);
+  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(CoCreateInstance(GUID_NULL, nullptr, 1, IID_IUnknown, &out), REGDB_E_CLASSNOTREG);
+  ComPtr<IUnknown> object;
+  ASSERT_EQ(Create(&object), S_OK);
+  EXPECT_EQ(CoCreateInstance(kClass, object.get(), 1, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
+  EXPECT_EQ(CoGetClassObject(kClass, 1, &out, IID_IClassFactory, &out), E_INVALIDARG);
+  EXPECT_EQ(CoGetClassObject(kClass, 1, nullptr, IID_IConnectionPoint, &out), E_NOINTERFACE);
+}
+
+}  // namespace
+}  // namespace zolt::testing

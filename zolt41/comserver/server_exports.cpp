@@ -1,0 +1,42 @@
+#include "zolt41/comserver/server_exports.h"
+
+#include "zolt41/comserver/class_factory.h"
+#include "zolt41/comserver/guarded.h"
+#include "zolt41/comserver/pref_manager_interface.h"
+#include "zolt41/comserver/self_register.h"
+#include "zolt41/comserver/server_refs.h"
+#include "zolt41/platform/com/com_ptr.h"
+
+HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void **out) {
+  if (id != CLSID_PrefManager) {
+    if (out != nullptr) *out = nullptr;
+    return CLASS_E_CLASSNOTAVAILABLE;
+  }
+  HRESULT const result = zolt::Guarded([&] {
+    zolt::ComPtr<zolt::PrefManagerFactory> const made(new zolt::PrefManagerFactory);
+    return made->QueryInterface(iid, out);
+  });
+  return result == E_OUTOFMEMORY ? E_FAIL : result;
+}
+
+HRESULT DllCanUnloadNow() {
+  return zolt::ServerReferences() == 0 && zolt::ServerLocks() == 0 ? S_OK : S_FALSE;
+}
+
+HRESULT DllRegisterServer() {
+  ZOLTRegisterServer(0);
+  return S_OK;
+}
+
+HRESULT DllUnregisterServer() {
+  ZOLTUnregisterServer(0);
+  return S_OK;
+}
+
+HRESULT ZOLTRegisterServer(BOOL machine) {
+  return zolt::Guarded([&] { return zolt::RegisterClass(machine != 0); });
+}
+
+HRESULT ZOLTUnregisterServer(BOOL machine) {
+  return zolt::Guarded([&] { return zolt::UnregisterClass(machine != 0); });
+}
