@@ -20,7 +20,7 @@ namespace zolt::tool {
 
 namespace {
 
-constexpr int kLocked_ = 2;
+constexpr int kLockedFailure = 2;
 constexpr std::chrono::milliseconds kPause{20};
 constexpr size_t kNameSize = 32;
 constexpr size_t kListSize = 129;
@@ -71,7 +71,7 @@ int32_t OpenWithin(uint32_t milliseconds, TryOpen tryOpen) {
   auto const end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   for (;;) {
     int32_t const result = tryOpen();
-    if (result == 0 || ZOLTLastFailure(nullptr, 0) != kLocked_) return result;
+    if (result == 0 || ZOLTLastFailure(nullptr, 0) != kLockedFailure) return result;
     if (std::chrono::steady_clock::now() >= end) return result;
     std::this_thread::sleep_for(kPause);
   }
@@ -100,15 +100,16 @@ ToolError BookFailure(std::string const &path) {
 Book::Book(Call const &call, Access access) : call_(call), path_(BookPath(call)) {
   struct stat status {};
   if (stat(path_.c_str(), &status) != 0) {
-    ToolError failure = SystemFailure(path_, errno);
-    if (errno == ENOENT) failure.hint = "zolt rolodex create makes a book";
+    int const error = errno;
+    ToolError failure = SystemFailure(path_, error);
+    if (error == ENOENT) failure.hint = "zolt rolodex create makes a book";
     throw failure;
   }
   int32_t result = OpenWithin(call.settings.wait, [&] {
     return rolodex_.Open(path_.c_str(), access == Access::read ? 1 : 0);
   });
   // A book that was not closed, or is of another machine, must be put in order first.
-  bool const locked = ZOLTLastFailure(nullptr, 0) == kLocked_;
+  bool const locked = ZOLTLastFailure(nullptr, 0) == kLockedFailure;
   if (result != 0 && access == Access::read && !locked) {
     result = OpenWithin(call.settings.wait, [&] { return rolodex_.Open(path_.c_str(), 0); });
   }

@@ -57,8 +57,9 @@ class Book {
   Rolodex rolodex_;
 };
 
-// The property that keeps the key of a card file.
+// The property that keeps the key of a card file, all of its bytes.
 inline constexpr char kKeyProperty[] = "L-ZOLT-KEY";
+inline constexpr size_t kKeySize = 32;
 
 // "0,3,17" and back; throws a usage error.
 std::string CategoriesText(std::vector<uint8_t> const &categories);

@@ -14,14 +14,10 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr size_t kKeySize = 32;
-
 std::unique_ptr<CallCard> CopyOf(PCardStorage *card) {
   auto copy = std::make_unique<CallCard>(CardFormatNone);
-  char *const list = card->Get();
-  if (list == nullptr) throw std::bad_alloc();
-  copy->Set(list, static_cast<int32_t>(GetMemSize(list)));
-  _DisposeMem(list);
+  std::string const list = ListOf(card);
+  copy->Set(list.data(), static_cast<int32_t>(list.size()));
   return copy;
 }
 
@@ -52,6 +48,14 @@ std::string LocalName(std::string const &utf8) {
 
 }  // namespace
 
+std::string ListOf(PCardStorage *card) {
+  char *const block = card->Get();
+  if (block == nullptr) throw std::bad_alloc();
+  std::string list(block, GetMemSize(block));
+  _DisposeMem(block);
+  return list;
+}
+
 void NameCard(NewCard *card, std::string const &otherwise) {
   std::string const full = TextOf(card->list.get(), "FN");
   card->names[0] = LocalName(full.empty() ? otherwise : full);
@@ -79,6 +83,12 @@ uint32_t AddToBook(Book *book, NewCard const &card) {
                                  card.names[2].c_str(), nullptr);
   if (id == 0) throw BookFailure(book->path());
   return id;
+}
+
+void SaveInBook(Book *book, uint32_t id, NewCard const &card) {
+  if (book->rolodex().SaveCard(id, card.list.get()) == 0) throw BookFailure(book->path());
+  book->rolodex().SetCardName(id, card.names[0].c_str(), card.names[1].c_str(),
+                              card.names[2].c_str());
 }
 
 std::unique_ptr<CallCard> CardFromBook(Book *book, uint32_t id) {

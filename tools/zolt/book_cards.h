@@ -18,10 +18,15 @@ struct NewCard {
   std::string key;  // 32 bytes, or ""
 };
 
+// The bytes of a card's list.
+std::string ListOf(PCardStorage *card);
+
 NewCard CardForBook(CallCard *card, std::string const &otherwise);
 void NameCard(NewCard *card, std::string const &otherwise);
 // Throws if that fails. Gives the id.
 uint32_t AddToBook(Book *book, NewCard const &card);
+// In the place of the card that has the id. Throws if that fails.
+void SaveInBook(Book *book, uint32_t id, NewCard const &card);
 
 // A card of a book as a card of its own, without what only this tool keeps in it.
 std::unique_ptr<CallCard> CardFromBook(Book *book, uint32_t id);

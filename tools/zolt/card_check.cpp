@@ -4,6 +4,7 @@
 #include "tools/zolt/card_documents.h"
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/input.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/verbs.h"
 
@@ -14,7 +15,7 @@ namespace {
 int Check(Call const &call) {
   std::string const path(call.operands[0]);
   NeedSectionNames(call);
-  std::vector<CardDamage> const damage = DamageOf(path);
+  std::vector<CardDamage> const damage = DamageOf(path, ReadInput(path));
   if (call.settings.json) {
     call.out.Write(DamageDocument(path, damage));
   } else {

@@ -3,9 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <string_view>
 
-#include "tools/zolt/input.h"
 #include "tools/zolt/text.h"
 #include "zolt41/zolt41.h"
 
@@ -109,10 +107,6 @@ class CardFileCheck {
   std::vector<CardDamage> damage_;
 };
 
-bool HasMagic(std::string_view bytes) {
-  return bytes.size() >= kMagic.size() && SameName(bytes.substr(0, kMagic.size()), kMagic);
-}
-
 // The line of the first property whose form the reader does not take.
 std::vector<CardDamage> CheckText(std::string const &path, std::string_view text) {
   PCardStorage card;
@@ -123,7 +117,8 @@ std::vector<CardDamage> CheckText(std::string const &path, std::string_view text
     size_t const end = std::min(text.find_first_of("\r\n"), text.size());
     std::string_view const line = text.substr(0, end);
     if (line.starts_with('[')) properties = SameName(line.substr(0, 12), "[Card Infos]");
-    size_t const colon = line.find(':', std::min(line.find(':'), line.size() - 1) + 1);
+    size_t const first = line.find(':');
+    size_t const colon = first == std::string_view::npos ? first : line.find(':', first + 1);
     bool const value = properties && colon != std::string_view::npos;
     for (size_t const type : {size_t{1}, size_t{2}, size_t{4}, size_t{7}, size_t{8}}) {
       std::string const mark = "=" + std::string(kPropertyTypeNames[type]) + ":";
@@ -141,13 +136,12 @@ std::vector<CardDamage> CheckText(std::string const &path, std::string_view text
 
 }  // namespace
 
-bool IsCardFile(std::string const &path) {
-  return HasMagic(ReadInput(path));
+bool IsCardFile(std::string_view bytes) {
+  return bytes.size() >= kMagic.size() && SameName(bytes.substr(0, kMagic.size()), kMagic);
 }
 
-std::vector<CardDamage> DamageOf(std::string const &path) {
-  std::string const bytes = ReadInput(path);
-  return HasMagic(bytes) ? CardFileCheck(bytes).Run() : CheckText(path, bytes);
+std::vector<CardDamage> DamageOf(std::string const &path, std::string_view bytes) {
+  return IsCardFile(bytes) ? CardFileCheck(bytes).Run() : CheckText(path, bytes);
 }
 
 }  // namespace zolt::tool

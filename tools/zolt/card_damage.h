@@ -2,6 +2,7 @@
 #define ZOLT41_TOOLS_ZOLT_CARD_DAMAGE_H_
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zolt::tool {
@@ -13,11 +14,11 @@ struct CardDamage {
   bool lost;  // what stands there is not read; else it is only not as it should be
 };
 
-// The file is one of the form with a head, sound or not; any other is taken for card text.
-bool IsCardFile(std::string const &path);
+// The bytes are of the form with a head, sound or not; any others are taken for card text.
+bool IsCardFile(std::string_view bytes);
 
-// Of the file, which must be readable. Nothing for a card that is sound.
-std::vector<CardDamage> DamageOf(std::string const &path);
+// Of a file and what it holds. Nothing for a card that is sound.
+std::vector<CardDamage> DamageOf(std::string const &path, std::string_view bytes);
 
 }  // namespace zolt::tool
 

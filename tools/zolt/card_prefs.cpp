@@ -26,16 +26,27 @@ TYUserPrefs *StoreOf(CallCard *card) {
   return static_cast<TYUserPrefs *>(card->Prefs());
 }
 
-std::optional<std::string> ValueIn(TYUserPrefs *store, uint32_t section, std::string const &name) {
-  // The blob has every value whole, so it bounds each.
-  char *const blob = store->GetData();
-  if (blob == nullptr) throw std::bad_alloc();
-  std::string text(GetMemSize(blob) + 1, '\0');
-  _DisposeMem(blob);
-  if (store->GetStr(section, name.c_str(), text.data()) == 0) return std::nullopt;
-  text.resize(text.find('\0'));
-  return text;
-}
+class ValueReader {
+ public:
+  explicit ValueReader(TYUserPrefs *store) : store_(store) {
+    // The blob has every value whole, so it bounds each.
+    char *const blob = store->GetData();
+    if (blob == nullptr) throw std::bad_alloc();
+    bound_ = GetMemSize(blob) + 1;
+    _DisposeMem(blob);
+  }
+
+  std::optional<std::string> Of(uint32_t section, std::string const &name) const {
+    std::string text(bound_, '\0');
+    if (store_->GetStr(section, name.c_str(), text.data()) == 0) return std::nullopt;
+    text.resize(text.find('\0'));
+    return text;
+  }
+
+ private:
+  TYUserPrefs *store_;
+  size_t bound_;
+};
 
 std::string NewName(std::string_view operand) {
   std::string name = ValueName(operand);
@@ -55,7 +66,8 @@ class CardPrefs {
       : call_(call),
         operands_(call.operands.subspan(2)),
         card_(LoadCard(call, call.operands[0])),
-        store_(StoreOf(card_.get())) {}
+        store_(StoreOf(card_.get())),
+        values_(store_) {}
 
   int List() {
     std::vector<CardPreference> const preferences = PreferencesOf(card_.get());
@@ -74,7 +86,7 @@ class CardPrefs {
     Need(2, 2);
     SectionPath const path = SectionPath::FromOperand(operands_[0]);
     std::string const name = ValueName(operands_[1]);
-    std::optional<std::string> const value = ValueIn(store_, Id(path), name);
+    std::optional<std::string> const value = values_.Of(Id(path), name);
     if (!value) {
       std::vector<std::string> names;
       for (CardPreference const &each : PreferencesOf(card_.get())) names.push_back(each.name);
@@ -98,7 +110,7 @@ class CardPrefs {
     for (size_t i = 1; i < operands_.size(); i += 2) {
       std::string const name = NewName(operands_[i]);
       StoredValue value = ParseValue(type, operands_[i + 1]);
-      changes.push_back({name, Stored(ValueIn(store_, Id(path), name)), std::move(value)});
+      changes.push_back({name, Stored(values_.Of(Id(path), name)), std::move(value)});
     }
     return Write(path, changes);
   }
@@ -109,7 +121,7 @@ class CardPrefs {
     std::vector<Change> changes;
     for (std::string_view const operand : operands_.subspan(1)) {
       std::string const name = ValueName(operand);
-      changes.push_back({name, Stored(ValueIn(store_, Id(path), name)), {}});
+      changes.push_back({name, Stored(values_.Of(Id(path), name)), {}});
     }
     return Write(path, changes);
   }
@@ -143,6 +155,7 @@ class CardPrefs {
   Operands operands_;
   std::unique_ptr<CallCard> card_;
   TYUserPrefs *store_;
+  ValueReader values_;  // as they stand before a change
 };
 
 int Prefs(Call const &call) {
@@ -161,12 +174,13 @@ int Prefs(Call const &call) {
 std::vector<CardPreference> PreferencesOf(CallCard *card) {
   std::vector<CardPreference> preferences;
   TYUserPrefs *const store = StoreOf(card);
+  ValueReader const values(store);
   SectionNames names({});
   uint32_t section = 0;
   for (int32_t i = 0; char const *name = store->GetIndexedName(i, &section); i++) {
     std::optional<SectionPath> const path = names.Find(static_cast<int32_t>(section));
     std::string const shown = path ? path->Text() : IdText(static_cast<int32_t>(section));
-    preferences.push_back({shown, name, ValueIn(store, section, name).value_or("")});
+    preferences.push_back({shown, name, values.Of(section, name).value_or("")});
   }
   return preferences;
 }

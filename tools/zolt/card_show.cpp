@@ -2,8 +2,7 @@
 #include "tools/zolt/card_preferences.h"
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/errors.h"
-#include "tools/zolt/table.h"
-#include "tools/zolt/text.h"
+#include "tools/zolt/property_table.h"
 #include "tools/zolt/verbs.h"
 
 namespace zolt::tool {
@@ -16,13 +15,7 @@ int Show(Call const &call) {
     call.out.Write(CardDocument(card.get(), PreferencesOf(card.get())));
     return kDone;
   }
-  Table table(call.settings, call.out, 1);
-  for (CardProperty const &property : PropertiesOf(card.get())) {
-    if (property.name == kCardPrefsProperty) continue;
-    table.Add({ToUtf8(property.name), ColumnOfProperty(property, call.out.terminal()),
-               TypeText(property.type), FlagsText(property.flags)});
-  }
-  table.Finish();
+  WriteProperties(PropertiesOf(card.get()), call);
   return kDone;
 }
 

@@ -8,6 +8,7 @@
 
 #include "tools/zolt/card_damage.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/input.h"
 #include "tools/zolt/library_session.h"
 
 namespace zolt::tool {
@@ -50,12 +51,13 @@ std::unique_ptr<CallCard> LoadCard(Call const &call, std::string_view operand) {
   std::string const path(operand);
   CheckPath(path);
   CheckReadable(path);
-  if (!IsCardFile(path)) NeedSectionNames(call);
+  std::string const bytes = ReadInput(path);
+  if (!IsCardFile(bytes)) NeedSectionNames(call);
   auto card = std::make_unique<CallCard>(CardFormatNone);
   card->SetName(path.c_str());
   card->Load();
   if (ZOLTLastFailure(nullptr, 0) != 0) throw FileFailure(path);
-  std::vector<CardDamage> const damage = DamageOf(path);
+  std::vector<CardDamage> const damage = DamageOf(path, bytes);
   if (!damage.empty()) {
     throw ToolError(kDamaged, "damaged", path + ":" + damage.front().place, damage.front().what,
                     "zolt card check tells all");
@@ -70,6 +72,10 @@ void SaveCard(CallCard *card) {
 void SaveCardAs(CallCard *card, int32_t format, std::string const &path) {
   CheckPath(path);
   if (card->SaveCardAs(format, path.c_str()) == 0) throw FileFailure(path);
+}
+
+void SaveVCard(CallCard *card, VCardProfile profile, std::string const &path) {
+  if (ExportVCardAs(card, path.c_str(), profile, card->GetKey()) == 0) throw FileFailure(path);
 }
 
 }  // namespace zolt::tool

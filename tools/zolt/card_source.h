@@ -21,6 +21,8 @@ void NeedSectionNames(Call const &call);
 void SaveCard(CallCard *card);
 // Saves it under another name; an old file there goes, with what it has.
 void SaveCardAs(CallCard *card, int32_t format, std::string const &path);
+// Writes it as a vCard.
+void SaveVCard(CallCard *card, VCardProfile profile, std::string const &path);
 
 // Why the last operation on a file failed.
 ToolError FileFailure(std::string const &path);

@@ -1,12 +1,9 @@
-#include <unistd.h>
-
-#include <cstdlib>
-
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
 #include "tools/zolt/output_file.h"
+#include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/verbs.h"
 
 namespace zolt::tool {
@@ -22,44 +19,19 @@ VCardProfile ProfileFrom(Arguments const &arguments) {
   Refuse("--profile " + std::string(word), "no such profile", "it is classic, 3.0 or 4.0");
 }
 
-// The library writes files; this one is ours alone, and goes.
-class ScratchFile {
- public:
-  ScratchFile() {
-    char const *const folder = getenv("TMPDIR");
-    path_ = std::string(folder == nullptr ? "/tmp" : folder) + "/zolt-vcard-XXXXXX";
-    int const file = mkostemp(path_.data(), 0);
-    if (file < 0) throw SystemFailure(path_, errno);
-    close(file);
-  }
-  ~ScratchFile() { unlink(path_.c_str()); }
-  ScratchFile(ScratchFile const &) = delete;
-  ScratchFile &operator=(ScratchFile const &) = delete;
-
-  std::string const &path() const { return path_; }
-
- private:
-  std::string path_;
-};
-
-void Export(CallCard *card, VCardProfile profile, std::string const &path) {
-  char const *const key = *card->GetKey() == '\0' ? nullptr : card->GetKey();
-  if (ExportVCardAs(card, path.c_str(), profile, key) == 0) throw FileFailure(path);
-}
-
 int VCard(Call const &call) {
   VCardProfile const profile = ProfileFrom(call.arguments);
   std::string const file(call.arguments.Value(OptionId::output));
   if (call.arguments.Has(OptionId::output) && file.empty()) Refuse("-o", "names no file");
   std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
   if (file.empty() || file == "-") {
-    ScratchFile const scratch;
-    Export(card.get(), profile, scratch.path());
-    call.out.Write(ReadInput(scratch.path()));
+    ScratchFolder const scratch;
+    SaveVCard(card.get(), profile, scratch.File("card.vcf"));
+    call.out.Write(ReadInput(scratch.File("card.vcf")));
     return kDone;
   }
   if (IsThere(file)) Confirm("write over " + file, call.settings);
-  if (!call.settings.dryRun) Export(card.get(), profile, file);
+  if (!call.settings.dryRun) SaveVCard(card.get(), profile, file);
   return kDone;
 }
 

@@ -2,8 +2,6 @@
 
 #include <unistd.h>
 
-#include <cerrno>
-
 #include "tools/zolt/errors.h"
 #include "tools/zolt/output.h"
 #include "tools/zolt/text.h"
@@ -11,15 +9,6 @@
 namespace zolt::tool {
 
 namespace {
-
-void Ask(std::string const &question) {
-  std::string_view rest = question;
-  while (!rest.empty()) {
-    ssize_t const written = write(STDERR_FILENO, rest.data(), rest.size());
-    if (written < 0 && errno != EINTR) return;
-    if (written > 0) rest.remove_prefix(static_cast<size_t>(written));
-  }
-}
 
 // The first letter of the line that is typed, or NUL.
 char Answer() {
@@ -40,7 +29,7 @@ void Confirm(std::string const &what, Settings const &settings) {
   if (settings.json || isatty(STDIN_FILENO) != 1 || !ErrorIsTerminal()) {
     Refuse("", "would " + what + ", which needs a yes", "use -y, or -n to see it");
   }
-  Ask("zolt: " + Escape(what) + "? [y/N] ");
+  WriteErrorText("zolt: " + Escape(what) + "? [y/N] ");
   char const answer = Answer();
   if (answer != 'y' && answer != 'Y') {
     throw ToolError(kNo, "refused", "", "nothing is written");

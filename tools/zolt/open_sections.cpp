@@ -4,7 +4,6 @@
 
 #include "tools/zolt/errors.h"
 #include "tools/zolt/section_key.h"
-#include "tools/zolt/text.h"
 #include "zolt41/zolt41.h"
 
 namespace zolt::tool {
@@ -13,12 +12,6 @@ namespace {
 
 // Ids that names and letters do not give, or hardly ever.
 constexpr int32_t kFirstOwnId = 0x02000000;
-
-std::string KeyOf(SectionPath const &path) {
-  std::string key;
-  for (std::string const &name : path.names()) key += Folded(name) + '\0';
-  return key;
-}
 
 bool AllExist(Level const &level, std::span<SectionPath const *const> paths) {
   return std::ranges::all_of(paths, [&level](SectionPath const *path) {
@@ -67,7 +60,7 @@ void OpenSections::OpenAll(std::span<SectionPath const *const> paths) {
 }
 
 uint32_t OpenSections::IdOf(SectionPath const &path) const {
-  return static_cast<uint32_t>(path.top() ? 0 : ids_.at(KeyOf(path)));
+  return static_cast<uint32_t>(path.top() ? 0 : ids_.at(path.Key()));
 }
 
 int32_t OpenSections::IdFor(SectionPath const &path) {
@@ -81,7 +74,7 @@ int32_t OpenSections::IdFor(SectionPath const &path) {
 
 int32_t OpenSections::Open(SectionPath const &path) {
   if (path.top()) return 0;
-  std::string const key = KeyOf(path);
+  std::string const key = path.Key();
   if (auto const found = ids_.find(key); found != ids_.end()) return found->second;
   int32_t const parent = Open(path.Above(path.names().size() - 1));
   int32_t const id = IdFor(path);

@@ -65,7 +65,11 @@ void Output::Finish() {
 
 void WriteError(std::string line) {
   line += '\n';
-  std::string_view rest = line;
+  WriteErrorText(line);
+}
+
+void WriteErrorText(std::string_view text) {
+  std::string_view rest = text;
   while (!rest.empty()) {
     ssize_t const written = write(STDERR_FILENO, rest.data(), rest.size());
     if (written < 0 && errno == EINTR) continue;

@@ -39,6 +39,8 @@ class Output {
 
 // One line, which has no line end yet, to standard error in one piece. A failure is ignored.
 void WriteError(std::string line);
+// The same for a line that is not ended.
+void WriteErrorText(std::string_view text);
 
 bool ErrorIsTerminal();
 

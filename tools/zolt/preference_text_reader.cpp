@@ -90,9 +90,7 @@ class Reader {
     std::string place = cursor_.Place();
     TextSection section{.path = ReadPath(), .onlyThere = onlyThere, .place = std::move(place)};
     cursor_.ExpectLineEnd();
-    std::string key;
-    for (std::string const &name : section.path.names()) key += Folded(name) + '\0';
-    if (!sections_.insert(std::move(key)).second) FailTwice(section.place);
+    if (!sections_.insert(section.path.Key()).second) FailTwice(section.place);
     names_.clear();
     text_.sections.push_back(std::move(section));
   }

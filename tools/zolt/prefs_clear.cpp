@@ -1,5 +1,6 @@
-#include <algorithm>
 #include <functional>
+#include <string>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -47,10 +48,10 @@ std::vector<SectionPath> SectionsOf(StoreUpdate const &update) {
 
 // Without the sections that have come since: they are not open.
 StoreUpdate OfThese(StoreUpdate update, std::vector<SectionPath> const &seen) {
-  std::erase_if(update.sections, [&seen](SectionUpdate const &section) {
-    return std::ranges::none_of(seen, [&section](SectionPath const &path) {
-      return std::ranges::equal(section.path.names(), path.names());
-    });
+  std::unordered_set<std::string> keys;
+  for (SectionPath const &path : seen) keys.insert(path.Key());
+  std::erase_if(update.sections, [&keys](SectionUpdate const &section) {
+    return !keys.contains(section.path.Key());
   });
   return update;
 }

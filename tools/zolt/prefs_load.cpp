@@ -1,6 +1,6 @@
-#include <algorithm>
 #include <exception>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -73,16 +73,13 @@ std::vector<SectionPath> MissingIn(StoreUpdate const &update) {
 }
 
 void AddMade(std::vector<SectionPath> const &made, StoreUpdate *update) {
+  std::unordered_map<std::string, size_t> places;
+  for (size_t i = 0; i < update->sections.size(); i++)
+    places.emplace(update->sections[i].path.Key(), i);
   for (SectionPath const &path : made) {
-    auto const same = [&path](SectionUpdate const &section) {
-      return std::ranges::equal(section.path.names(), path.names());
-    };
-    auto found = std::ranges::find_if(update->sections, same);
-    if (found == update->sections.end()) {
-      update->sections.push_back({.path = path, .values = {}});
-      found = update->sections.end() - 1;
-    }
-    found->made = true;
+    auto const [place, added] = places.emplace(path.Key(), update->sections.size());
+    if (added) update->sections.push_back({.path = path, .values = {}});
+    update->sections[place->second].made = true;
   }
 }
 

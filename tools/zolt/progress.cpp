@@ -24,7 +24,8 @@ void Write(std::string_view text) {
 
 }  // namespace
 
-Progress::Progress(Settings const &settings, std::string what) : what_(std::move(what)) {
+Progress::Progress(Settings const &settings, std::string what, size_t steps)
+    : what_(std::move(what)), steps_(steps) {
   bool const shown = settings.progress == When::automatic
                          ? ErrorIsTerminal() && !settings.quiet && !settings.json
                          : settings.progress == When::always;

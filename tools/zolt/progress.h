@@ -15,13 +15,14 @@ namespace zolt::tool {
 // when the work ends. Drawn by a thread of its own, so that a step which takes long is seen, too.
 class Progress {
  public:
-  Progress(Settings const &settings, std::string what);
+  // What is being done now, and in how many steps; 0 if that is not known: then only their number
+  // is shown.
+  Progress(Settings const &settings, std::string what, size_t steps = 0);
   ~Progress();
   Progress(Progress const &) = delete;
   Progress &operator=(Progress const &) = delete;
 
-  // What is being done now, and in how many steps; 0 if that is not known: then only their number
-  // is shown.
+  // The next piece of work.
   void Begin(std::string what, size_t steps = 0);
   void Step(size_t count = 1) { done_.fetch_add(count, std::memory_order_relaxed); }
 
@@ -33,7 +34,7 @@ class Progress {
   std::mutex mutex_;  // of what follows
   std::condition_variable changed_;
   std::string what_;
-  size_t steps_ = 0;
+  size_t steps_;
   bool ended_ = false;
   bool drawn_ = false;
   std::thread thread_;

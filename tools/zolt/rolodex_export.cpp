@@ -9,6 +9,7 @@
 #include "tools/zolt/input.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/progress.h"
+#include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/text.h"
 
 namespace zolt::tool {
@@ -41,33 +42,15 @@ std::string NameOfFile(CallCard *card, uint32_t id) {
   return Hex(std::string_view(card->GetKey(), kKey)).substr(2);
 }
 
-// The bytes that the library writes for a card, made in a folder of our own.
-class Scratch {
- public:
-  Scratch() : folder_(fs::temp_directory_path() / "zolt-export-XXXXXX") {
-    if (mkdtemp(folder_.data()) == nullptr) throw SystemFailure(folder_, errno);
+// The bytes that the library writes for a card.
+std::string BytesOf(CallCard *card, Form const &form, std::string const &scratch) {
+  if (form.format == CardFormatNone) {
+    SaveVCard(card, VCard3, scratch);
+  } else {
+    SaveCardAs(card, form.format, scratch);
   }
-  ~Scratch() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
-  }
-  Scratch(Scratch const &) = delete;
-  Scratch &operator=(Scratch const &) = delete;
-
-  std::string BytesOf(CallCard *card, Form const &form) const {
-    std::string const path = folder_ + "/card";
-    if (form.format == CardFormatNone) {
-      char const *const key = *card->GetKey() == '\0' ? nullptr : card->GetKey();
-      if (ExportVCardAs(card, path.c_str(), VCard3, key) == 0) throw FileFailure(path);
-    } else {
-      SaveCardAs(card, form.format, path);
-    }
-    return ReadInput(path);
-  }
-
- private:
-  std::string folder_;
-};
+  return ReadInput(scratch);
+}
 
 int Export(Call const &call) {
   Form const &form = FormFrom(call.arguments);
@@ -77,14 +60,13 @@ int Export(Call const &call) {
   std::error_code error;
   if (!call.settings.dryRun) fs::create_directories(folder, error);
   if (error) throw SystemFailure(folder, error.value());
-  Scratch const scratch;
+  ScratchFolder const scratch;
   std::set<std::string> kept;
   size_t written = 0;
   size_t same = 0;
   {
     std::vector<uint32_t> const ids = book.Ids();
-    Progress progress(call.settings, "exporting");
-    progress.Begin("exporting", ids.size());
+    Progress progress(call.settings, "exporting", ids.size());
     for (uint32_t const id : ids) {
       progress.Step();
       std::unique_ptr<CallCard> const card = CardFromBook(&book, id);
@@ -93,7 +75,7 @@ int Export(Call const &call) {
       if (*card->GetKey() == '\0' && form.format == CardFormatBinary) card->SetKey(none);
       std::string const name = NameOfFile(card.get(), id) + std::string(form.ending);
       std::string const path = folder + "/" + name;
-      std::string const bytes = scratch.BytesOf(card.get(), form);
+      std::string const bytes = BytesOf(card.get(), form, scratch.File("card"));
       kept.insert(name);
       if (IsThere(path) && ReadInput(path) == bytes) {
         same++;

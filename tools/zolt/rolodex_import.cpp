@@ -15,8 +15,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr size_t kKeySize = 32;
-
 // The files that are named, and those in the folders that are; in the order of their names.
 std::vector<std::string> FilesOf(Call const &call) {
   std::vector<std::string> files;
@@ -34,14 +32,6 @@ std::vector<std::string> FilesOf(Call const &call) {
     files.insert(files.end(), inFolder.begin(), inFolder.end());
   }
   return files;
-}
-
-std::string BytesOf(PCardStorage *card) {
-  char *const list = card->Get();
-  if (list == nullptr) throw std::bad_alloc();
-  std::string bytes(list, GetMemSize(list));
-  _DisposeMem(list);
-  return bytes;
 }
 
 // The cards of a book by key, and those without one by content.
@@ -63,7 +53,7 @@ class Contents {
     if (key != nullptr && length == kKeySize) {
       byKey_.emplace(std::string(key, length), id);
     } else {
-      byContent_.emplace(std::hash<std::string>()(BytesOf(&card)), id);
+      byContent_.emplace(std::hash<std::string>()(ListOf(&card)), id);
     }
   }
 
@@ -100,8 +90,7 @@ class Import {
   int Run() {
     std::vector<std::string> const files = FilesOf(call_);
     {
-      Progress progress(call_.settings, "importing");
-      progress.Begin("importing", files.size());
+      Progress progress(call_.settings, "importing", files.size());
       for (std::string const &file : files) {
         progress.Step();
         Take(file);
@@ -117,7 +106,7 @@ class Import {
     try {
       std::unique_ptr<CallCard> const card = LoadCard(call_, file);
       counts_.read++;
-      Put(CardForBook(card.get(), fs::path(file).stem().string()));
+      Put(CardForBook(card.get(), fs::path(file).stem()));
     } catch (ToolError const &error) {
       Report(error, call_.settings.json, false);
       counts_.refused++;
@@ -126,11 +115,12 @@ class Import {
   }
 
   void Put(NewCard const &card) {
-    std::string const bytes = BytesOf(card.list.get());
+    std::string const list = ListOf(card.list.get());
     std::optional<uint32_t> const known =
-        card.key.empty() ? contents_.Like(bytes) : contents_.Keyed(card.key);
+        card.key.empty() ? contents_.Like(list) : contents_.Keyed(card.key);
+    bool const same = known && IsSame(*known, list);
     // Of two contents with one hash the cards tell more.
-    if (!known || (card.key.empty() && !IsSame(*known, bytes))) {
+    if (!known || (card.key.empty() && !same)) {
       counts_.added++;
       if (call_.settings.dryRun) return;
       uint32_t const id = AddToBook(&book_, card);
@@ -139,18 +129,15 @@ class Import {
       return;
     }
     kept_.push_back(*known);
-    if (IsSame(*known, bytes)) return;
+    if (same) return;
     counts_.changed++;
-    if (call_.settings.dryRun) return;
-    if (book_.rolodex().SaveCard(*known, card.list.get()) == 0) throw BookFailure(book_.path());
-    book_.rolodex().SetCardName(*known, card.names[0].c_str(), card.names[1].c_str(),
-                                card.names[2].c_str());
+    if (!call_.settings.dryRun) SaveInBook(&book_, *known, card);
   }
 
-  bool IsSame(uint32_t id, std::string const &bytes) {
+  bool IsSame(uint32_t id, std::string const &list) {
     PCardStorage present;
     book_.Load(id, &present);
-    return BytesOf(&present) == bytes;
+    return ListOf(&present) == list;
   }
 
   // Removes the cards that none of the files has.

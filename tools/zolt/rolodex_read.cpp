@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <optional>
 
@@ -10,6 +11,7 @@
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/output_file.h"
+#include "tools/zolt/property_table.h"
 #include "tools/zolt/table.h"
 #include "tools/zolt/text.h"
 
@@ -50,18 +52,14 @@ int List(Call const &call) {
 }
 
 void ShowCard(Book *book, uint32_t id, Call const &call) {
-  std::vector<CardProperty> const properties = book->Properties(id);
+  std::vector<CardProperty> properties = book->Properties(id);
   if (call.settings.json) {
     call.out.Write(HeadDocument(book->Head(id), &properties) + "\n");
     return;
   }
-  Table table(call.settings, call.out, 1);
-  for (CardProperty const &property : properties) {
-    if (property.name == kCardPrefsProperty || property.name == kKeyProperty) continue;
-    table.Add({ToUtf8(property.name), ColumnOfProperty(property, call.out.terminal()),
-               TypeText(property.type), FlagsText(property.flags)});
-  }
-  table.Finish();
+  std::erase_if(properties,
+                [](CardProperty const &property) { return property.name == kKeyProperty; });
+  WriteProperties(properties, call);
 }
 
 int Get(Call const &call) {
@@ -80,32 +78,42 @@ int Get(Call const &call) {
   return kDone;
 }
 
-std::vector<uint32_t> Matching(Book *book, std::string const &text) {
-  std::vector<uint32_t> ids;
-  for (uint32_t const id : book->Ids()) {
-    std::vector<std::string> const texts = TextsOf(book->Head(id), book->Properties(id));
-    bool const found = std::ranges::any_of(
-        texts, [&text](std::string const &each) { return Contains(each, text); });
-    if (found) ids.push_back(id);
-  }
-  return ids;
+using Properties = std::vector<CardProperty>;
+
+bool HasText(CardHead const &head, Properties const &properties, std::string const &text) {
+  return std::ranges::any_of(TextsOf(head, properties),
+                             [&text](std::string const &each) { return Contains(each, text); });
 }
 
-int Find(Call const &call) {
+// Lists the cards of the book that are taken.
+int ListThose(Call const &call,
+              std::function<bool(CardHead const &, Properties const &)> const &takes) {
   Book book(call, Book::Access::read);
-  std::vector<uint32_t> const ids = Matching(&book, std::string(call.operands[0]));
+  std::vector<uint32_t> ids;
+  for (uint32_t const id : book.Ids())
+    if (takes(book.Head(id), book.Properties(id))) ids.push_back(id);
   WriteHeads(&book, ids, call);
   return ids.empty() ? kNo : kDone;
 }
 
+int Find(Call const &call) {
+  std::string const text(call.operands[0]);
+  return ListThose(call, [&text](CardHead const &head, Properties const &properties) {
+    return HasText(head, properties, text);
+  });
+}
+
 // As mail programs read it: a heading line, then address, name and type with tabs between.
 int Query(Call const &call) {
+  std::string const text(call.operands[0]);
   Book book(call, Book::Access::read);
   std::string lines;
   size_t count = 0;
-  for (uint32_t const id : Matching(&book, std::string(call.operands[0]))) {
+  for (uint32_t const id : book.Ids()) {
     CardHead const head = book.Head(id);
-    for (CardProperty const &property : book.Properties(id)) {
+    Properties const properties = book.Properties(id);
+    if (!HasText(head, properties, text)) continue;
+    for (CardProperty const &property : properties) {
       std::optional<std::string> const address = TextOfProperty(property);
       if (!SameName(property.name, "EMAIL") || !address || address->empty()) continue;
       lines += Escape(*address) + "\t" + Escape(ToUtf8(head.names[0])) + "\t" +
@@ -159,8 +167,7 @@ bool Compares(std::string const &text, CSOper oper, std::string const &value) {
   return a == b;
 }
 
-bool Meets(CardHead const &head, std::vector<CardProperty> const &properties,
-           Condition const &condition) {
+bool Meets(CardHead const &head, Properties const &properties, Condition const &condition) {
   if (SameName(condition.property, "_Label")) {
     return Compares(ToUtf8(head.names[0]), condition.oper, condition.value);
   }
@@ -174,17 +181,10 @@ bool Meets(CardHead const &head, std::vector<CardProperty> const &properties,
 int Select(Call const &call) {
   std::vector<Condition> conditions;
   for (std::string_view const operand : call.operands) conditions.push_back(ConditionFrom(operand));
-  Book book(call, Book::Access::read);
-  std::vector<uint32_t> ids;
-  for (uint32_t const id : book.Ids()) {
-    CardHead const head = book.Head(id);
-    std::vector<CardProperty> const properties = book.Properties(id);
-    bool const all = std::ranges::all_of(
+  return ListThose(call, [&conditions](CardHead const &head, Properties const &properties) {
+    return std::ranges::all_of(
         conditions, [&](Condition const &condition) { return Meets(head, properties, condition); });
-    if (all) ids.push_back(id);
-  }
-  WriteHeads(&book, ids, call);
-  return ids.empty() ? kNo : kDone;
+  });
 }
 
 int Dupes(Call const &call) {

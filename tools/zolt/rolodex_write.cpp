@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "tools/zolt/book_cards.h"
 #include "tools/zolt/card_source.h"
@@ -11,11 +12,14 @@
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
 #include "tools/zolt/output_file.h"
+#include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/text.h"
 
 namespace zolt::tool {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr size_t kLongestName = 31;
 
@@ -38,17 +42,11 @@ void WriteIds(std::vector<uint32_t> const &ids, Call const &call) {
   call.out.Write(text);
 }
 
-std::string StemOf(std::string_view path) {
-  std::string_view name = path.substr(path.rfind('/') + 1);
-  size_t const dot = name.rfind('.');
-  return std::string(dot == 0 || dot == std::string_view::npos ? name : name.substr(0, dot));
-}
-
 int Add(Call const &call) {
   std::vector<NewCard> cards;
   for (std::string_view const operand : call.operands) {
     std::unique_ptr<CallCard> const card = LoadCard(call, operand);
-    cards.push_back(CardForBook(card.get(), StemOf(operand)));
+    cards.push_back(CardForBook(card.get(), fs::path(operand).stem()));
   }
   Book book(call, Book::Access::write);
   std::vector<uint32_t> ids;
@@ -79,15 +77,9 @@ int New(Call const &call) {
   return kDone;
 }
 
-void SaveInBook(Book *book, uint32_t id, NewCard const &card) {
-  if (book->rolodex().SaveCard(id, card.list.get()) == 0) throw BookFailure(book->path());
-  book->rolodex().SetCardName(id, card.names[0].c_str(), card.names[1].c_str(),
-                              card.names[2].c_str());
-}
-
 int Replace(Call const &call) {
   std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[1]);
-  NewCard const added = CardForBook(card.get(), StemOf(call.operands[1]));
+  NewCard const added = CardForBook(card.get(), fs::path(call.operands[1]).stem());
   Book book(call, Book::Access::write);
   uint32_t const id = book.FindOne(call.operands[0]);
   if (!call.settings.dryRun) SaveInBook(&book, id, added);
@@ -206,29 +198,10 @@ void Edit(std::string const &path) {
   }
 }
 
-class EditedFile {
- public:
-  EditedFile()
-      : path_((getenv("TMPDIR") == nullptr ? "/tmp" : std::string(getenv("TMPDIR"))) +
-              "/zolt-card-XXXXXX") {
-    if (mkdtemp(path_.data()) == nullptr) throw SystemFailure(path_, errno);
-  }
-  ~EditedFile() {
-    unlink(Path().c_str());
-    rmdir(path_.c_str());
-  }
-  EditedFile(EditedFile const &) = delete;
-  EditedFile &operator=(EditedFile const &) = delete;
-
-  std::string Path() const { return path_ + "/card.txt"; }
-
- private:
-  std::string path_;
-};
-
 int EditCard(Call const &call) {
   NeedSectionNames(call);
-  EditedFile const file;
+  ScratchFolder const scratch;
+  std::string const file = scratch.File("card.txt");
   uint32_t id = 0;
   std::vector<CardProperty> before;
   {
@@ -237,10 +210,10 @@ int EditCard(Call const &call) {
     id = book.FindOne(call.operands[0]);
     before = book.Properties(id);
     std::unique_ptr<CallCard> const card = CardFromBook(&book, id);
-    SaveCardAs(card.get(), CardFormatText, file.Path());
+    SaveCardAs(card.get(), CardFormatText, file);
   }
-  Edit(file.Path());
-  std::unique_ptr<CallCard> const edited = LoadCard(call, file.Path());
+  Edit(file);
+  std::unique_ptr<CallCard> const edited = LoadCard(call, file);
   Book book(call, Book::Access::write);
   if (book.Properties(id) != before) {
     throw ToolError(kNo, "expectation", std::string(call.operands[0]),

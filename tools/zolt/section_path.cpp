@@ -124,6 +124,12 @@ SectionPath SectionPath::Above(size_t count) const {
   return SectionPath({names_.begin(), names_.begin() + static_cast<ptrdiff_t>(count)});
 }
 
+std::string SectionPath::Key() const {
+  std::string key;
+  for (std::string const &name : names_) key += Folded(name) + '\0';
+  return key;
+}
+
 std::string SectionPath::Text() const {
   // A bare name may stand for a section that lies deeper.
   bool const ambiguous = names_.size() == 1 && StandardSectionNamed(names_[0]).names().size() > 1;

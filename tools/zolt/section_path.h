@@ -31,6 +31,9 @@ class SectionPath {
   // The first `count` names.
   SectionPath Above(size_t count) const;
 
+  // The same for two paths that lead to one section, which have only their case apart.
+  std::string Key() const;
+
   // As an operand that gives this section; UTF-8.
   std::string Text() const;
 

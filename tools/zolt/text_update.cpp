@@ -14,31 +14,14 @@ namespace zolt::tool {
 
 namespace {
 
-// Paths of sections, without regard to the case of ASCII letters.
-class PathSet {
- public:
-  explicit PathSet(PreferenceText const &text) {
-    for (TextSection const &section : text.sections) keys_.insert(Key(section.path));
-  }
-  bool Has(SectionPath const &path) const { return keys_.contains(Key(path)); }
-
- private:
-  static std::string Key(SectionPath const &path) {
-    std::string key;
-    for (std::string const &name : path.names()) key += Folded(name) + '\0';
-    return key;
-  }
-
-  std::unordered_set<std::string> keys_;
-};
-
 void CheckParents(PreferenceText const &text) {
-  PathSet const named(text);
+  std::unordered_set<std::string> named;
+  for (TextSection const &section : text.sections) named.insert(section.path.Key());
   for (TextSection const &section : text.sections) {
     SectionPath const &path = section.path;
     if (path.standard()) continue;
     SectionPath const parent = path.Above(path.names().size() - 1);
-    if (parent.standard() || named.Has(parent)) continue;
+    if (parent.standard() || named.contains(parent.Key())) continue;
     if (SectionKey(*text.level, parent, SectionKey::Role::first).key() != 0) continue;
     Refuse(section.place, "lies in " + parent.Text() + ", which is neither there nor in the file",
            "a line \"section [" + parent.Text() + "]\" before it makes that");
