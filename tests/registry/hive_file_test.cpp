@@ -10,6 +10,7 @@
 #include <string>
 
 #include "tests/support/child.h"
+#include "tests/support/files.h"
 #include "tests/support/key.h"
 #include "tests/support/raw_hive.h"
 #include "tests/support/temp_home.h"
@@ -21,9 +22,11 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::Child;
+using testing::ContentOf;
 using testing::Key;
 using testing::LastFailure;
 using testing::RawHive;
+using testing::WriteContent;
 
 // What a hive's file, and what lies around it, can do to us.
 class HiveFileTest : public ::testing::Test {
@@ -37,14 +40,6 @@ class HiveFileTest : public ::testing::Test {
     LeaveHives();
     // The log into the file, so that what is damaged is the file.
     RawHive(home_.UserHive()).Run("PRAGMA wal_checkpoint(TRUNCATE)");
-  }
-
-  static std::string Read(std::string const &path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-  static void Write(std::string const &path, std::string const &bytes) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
   }
 
   testing::TempHome home_;
@@ -94,10 +89,10 @@ TEST_F(HiveFileTest, DamageIsToldAndTheFileIsLeftAsItIs) {
   };
   Prepare();
   for (std::string const &path : {home_.UserHive(), home_.MachineHive()}) {
-    std::string const whole = Read(path);
+    std::string const whole = ContentOf(path);
     for (Case const &c : cases) {
       std::string const bytes = c.change(whole);
-      Write(path, bytes);
+      WriteContent(path, bytes);
       HKEY const root = path == home_.UserHive() ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
       Key const key(root);
       EXPECT_EQ(key.opened, c.result) << c.what;
@@ -107,9 +102,9 @@ TEST_F(HiveFileTest, DamageIsToldAndTheFileIsLeftAsItIs) {
       ReportHiveFailure(root);
       EXPECT_EQ(LastFailure(), c.failure) << "it can be told again";
       LeaveHives();
-      EXPECT_EQ(Read(path), bytes) << c.what;
+      EXPECT_EQ(ContentOf(path), bytes) << c.what;
     }
-    Write(path, whole);
+    WriteContent(path, whole);
     EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "old");
     LeaveHives();
   }
@@ -141,12 +136,12 @@ TEST_F(HiveFileTest, DamagedPagesNeverGiveAWrongValue) {
   }
   LeaveHives();
   RawHive(home_.UserHive()).Run("PRAGMA wal_checkpoint(TRUNCATE)");
-  std::string const whole = Read(home_.UserHive());
+  std::string const whole = ContentOf(home_.UserHive());
   for (size_t page = 1; page < whole.size() / 4096; page++) {
     std::string bytes = whole;
     // The head of the page: kind, first free block, number of cells, start of the cells.
     for (size_t i = 0; i < 8; i++) bytes[page * 4096 + i] ^= static_cast<char>(0x55);
-    Write(home_.UserHive(), bytes);
+    WriteContent(home_.UserHive(), bytes);
     Key const key(HKEY_CURRENT_USER);
     for (int i = 0; i < 300 && key.opened == 0; i++) {
       std::string const got = key.Get("n" + std::to_string(i));

@@ -1,22 +1,20 @@
 #ifndef ZOLT41_TESTS_SERVICES_STAND_IN_H_
 #define ZOLT41_TESTS_SERVICES_STAND_IN_H_
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
-#include "tests/support/temp_home.h"
+#include "tests/support/files.h"
 
 namespace zolt::testing {
 
 // Programs that stand in for those of the machine: they alone are in PATH, and write down their
 // arguments and their input.
-class StandInTest : public ::testing::Test {
+class StandInTest : public FileTest {
  protected:
   StandInTest() : path_(getenv("PATH")) {
     std::filesystem::create_directory(Folder());
@@ -26,7 +24,7 @@ class StandInTest : public ::testing::Test {
   }
   ~StandInTest() override { setenv("PATH", path_.c_str(), 1); }
 
-  std::string Folder() const { return home_.path() + "/bin"; }
+  std::string Folder() const { return Path("bin"); }
 
   void StandIn(std::string const &name, int code = 0) const {
     std::string const file = Folder() + "/" + name;
@@ -39,11 +37,8 @@ class StandInTest : public ::testing::Test {
 
   // "" if it was not started.
   std::string Heard(std::string const &name) const {
-    std::ifstream file(Folder() + "/" + name + ".heard");
-    return {std::istreambuf_iterator<char>(file), {}};
+    return ContentOf(Folder() + "/" + name + ".heard");
   }
-
-  TempHome home_;
 
  private:
   std::string path_;

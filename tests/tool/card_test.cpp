@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -15,7 +14,6 @@ using nlohmann::json;
 
 class CardTest : public ToolTest {
  protected:
-  std::string Path(char const *name) const { return home_.path() + "/" + name; }
   std::string Card(Line operands, int code = 0, ToolSetting const &setting = {}) {
     operands.insert(operands.begin(), "card");
     ToolResult const result = RunTool(operands, setting);
@@ -26,13 +24,6 @@ class CardTest : public ToolTest {
   std::string New() {
     Card({"new", Path("a")});
     return Path("a");
-  }
-  static void Put(std::string const &path, std::string const &content) {
-    std::ofstream(path) << content;
-  }
-  static std::string Content(std::string const &path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
   }
 
   std::string error_;
@@ -93,7 +84,7 @@ TEST_F(CardTest, TextAndBackLosesOnlyWhatIsSaid) {
   Card({"set", card, "PHOTO", "0x00FF", "--type", "bitmap", "--flags", "HOME"});
   Card({"prefs", card, "set", "Audio", "Volume", "40"});
   Card({"convert", card, "--to", "text", Path("t")});
-  std::string const text = Content(Path("t"));
+  std::string const text = ContentOf(Path("t"));
   EXPECT_NE(text.find("[Preferences]\r\n\r\n[Audio]\r\nVolume=40\r\n"), std::string::npos) << text;
   Card({"convert", Path("t"), "--to", "card", card}, 2);
   Card({"-y", "convert", Path("t"), "--to", "card", Path("b")});
@@ -106,7 +97,7 @@ TEST_F(CardTest, DamageIsNamedWithItsPlace) {
   std::string const card = New();
   Card({"set", card, "FN", "Al"});
   Card({"check", card});
-  std::string const bytes = Content(card);
+  std::string const bytes = ContentOf(card);
   struct Row {
     std::string content;
     int code;
@@ -121,7 +112,7 @@ TEST_F(CardTest, DamageIsNamedWithItsPlace) {
                "line 5: bytes do not begin with <"},
            Row{"", 4, "line 1: is no card, or its last line has no end"},
        }) {
-    Put(Path("bad"), row.content);
+    WriteContent(Path("bad"), row.content);
     EXPECT_EQ(Card({"check", Path("bad")}, row.code), Path("bad") + ": " + row.says + "\n");
     if (row.code == 4) Card({"show", Path("bad")}, 4);
   }
@@ -139,7 +130,7 @@ TEST_F(CardTest, VCardsOfEveryProfile) {
             "TEL;HOME:5\r\nEND:VCARD\r\n");
   for (char const *profile : {"3.0", "4.0"}) {
     Card({"vcard", card, "--profile", profile, "-o", Path("v")});
-    std::string const text = Content(Path("v"));
+    std::string const text = ContentOf(Path("v"));
     EXPECT_TRUE(text.starts_with(std::string("BEGIN:VCARD\r\nVERSION:") + profile + "\r\n"))
         << text;
     EXPECT_NE(text.find("\r\nN:Bell;Anna;;;\r\n"), std::string::npos) << text;

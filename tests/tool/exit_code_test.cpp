@@ -3,7 +3,6 @@
 
 #include <csignal>
 #include <filesystem>
-#include <fstream>
 #include <thread>
 
 #include "tests/support/child.h"
@@ -24,10 +23,6 @@ class ExitCodeTest : public ToolTest {
     EXPECT_EQ(result.err.substr(0, path.size() + 8), "zolt: " + path + ": ");
     EXPECT_EQ(result.err.find('\n'), result.err.size() - 1);
   }
-
-  static void WriteFile(std::string const &path, std::string const &content) {
-    std::ofstream(path, std::ios::binary) << content;
-  }
 };
 
 TEST_F(ExitCodeTest, ADamagedOrNewerHiveIs4AndStays) {
@@ -37,7 +32,7 @@ TEST_F(ExitCodeTest, ADamagedOrNewerHiveIs4AndStays) {
       ASSERT_EQ(RawHive(home_.UserHive()).Run("update hive set layout = layout + 1"), "");
       EXPECT_NE(Run("prefs get Audio V").err.find("newer version"), std::string::npos);
     } else {
-      WriteFile(home_.UserHive(), "this is no hive");
+      WriteContent(home_.UserHive(), "this is no hive");
     }
     for (std::string const line :
          {"prefs get Audio V", "prefs set Audio V 1", "prefs unset Audio V", "prefs list",
@@ -51,14 +46,14 @@ TEST_F(ExitCodeTest, ADamagedOrNewerHiveIs4AndStays) {
 
 TEST_F(ExitCodeTest, ADamagedMachineHiveConcernsWhoNeedsIt) {
   Set({"Audio", "V", "1"});
-  WriteFile(home_.MachineHive(), "this is no hive");
+  WriteContent(home_.MachineHive(), "this is no hive");
   Expect({{"prefs get Audio V", 0, "1\n", ""}, {"-q prefs set Audio V 2", 0, "", ""}});
   ExpectFailure("prefs get Audio W", 4, home_.MachineHive());
   ExpectFailure("-L system prefs set Audio W 1", 4, home_.MachineHive());
 }
 
 TEST_F(ExitCodeTest, AHomeThatIsNoDirectoryIs3) {
-  WriteFile(home_.path() + "/file", "");
+  WriteContent(home_.path() + "/file", "");
   std::string const home = "--home " + home_.path() + "/file ";
   ExpectFailure(home + "prefs get Audio V", 3, home_.path() + "/file/user.hive");
   ExpectFailure(home + "prefs set Audio V 1", 3, home_.path() + "/file/user.hive");

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
@@ -34,13 +33,6 @@ class PreferenceTextTest : public ToolTest {
     std::string const dump = Dump(options);
     EXPECT_TRUE(dump.starts_with(kHead));
     return dump.substr(kHead.size());
-  }
-
-  std::string InHome(std::string const &name) const { return home_.path() + "/" + name; }
-  static std::string Content(std::string const &path) {
-    std::ostringstream content;
-    content << std::ifstream(path).rdbuf();
-    return content.str();
   }
 };
 
@@ -208,7 +200,7 @@ TEST_F(PreferenceTextTest, ReplaceRemovesWhatTheFileDoesNotNameAndUndoBringsItBa
             "-y, or -n to "
             "see it\n");
   EXPECT_EQ(Dump(), before);
-  std::string const undo = InHome("undo");
+  std::string const undo = Path("undo");
   ToolResult const done =
       RunTool({"-y", "prefs", "load", "--replace", "--undo", undo, "-"}, {.input = kHead + text});
   EXPECT_EQ(done.code, 0);
@@ -216,9 +208,9 @@ TEST_F(PreferenceTextTest, ReplaceRemovesWhatTheFileDoesNotNameAndUndoBringsItBa
   EXPECT_EQ(Body(),
             "\n[Conferencing:Audio]\nMute = \"No\"\nNew = \"n\"\nVolume = \"40\"\n\n[Lab]\n"
             "kept = \"x\"\n\nend\n");
-  EXPECT_EQ(Content(undo), kHead +
-                               "\n[Conferencing:Audio]\nVolume = \"70\"\nunset New\n"
-                               "Other = \"1\"\n\nend\n");
+  EXPECT_EQ(ContentOf(undo), kHead +
+                                 "\n[Conferencing:Audio]\nVolume = \"70\"\nunset New\n"
+                                 "Other = \"1\"\n\nend\n");
   EXPECT_EQ(RunTool({"-y", "prefs", "load", "--undo", undo, undo}).code, 2);
   std::string const bare = kHead + "[Audio]\nVolume = \"40\"\nend\n";
   EXPECT_EQ(RunTool({"prefs", "load", "--undo", undo, "-"}, {.input = bare}).code, 0);
@@ -301,7 +293,7 @@ TEST_F(PreferenceTextTest, ASectionThatIsMadeIsAChange) {
 TEST_F(PreferenceTextTest, UndoHasTheSpellingThatWasStored) {
   Set({"Audio", "Volume", "70"});
   std::string const before = Dump();
-  std::string const undo = InHome("undo");
+  std::string const undo = Path("undo");
   EXPECT_EQ(RunTool({"prefs", "load", "--undo", undo, "-"},
                     {.input = kHead + "[audio]\nunset VOLUME\nend\n"})
                 .code,
@@ -388,7 +380,7 @@ TEST_F(PreferenceTextTest, ADumpOfAnyStoreLoadedIntoAnEmptyHomeDumpsToTheSameByt
       FillAtRandom(key, &random, 3);
       RegCloseKey(key);
       std::string const dump = Dump(store);
-      std::string const other = "--home " + InHome("other" + std::to_string(homes++)) + " ";
+      std::string const other = "--home " + Path("other" + std::to_string(homes++)) + " ";
       ToolResult const loaded = Load(dump, other);
       ASSERT_EQ(loaded.code, 0) << loaded.err;
       EXPECT_EQ(Dump(other + store), dump);

@@ -18,7 +18,6 @@ class RolodexToolTest : public ToolTest {
     operands.insert(operands.begin(), {"rolodex", "new"});
     return RunTool(operands).out;
   }
-  std::string Path(std::string const &name) const { return home_.path() + "/" + name; }
 };
 
 TEST_F(RolodexToolTest, CardsAreMadeNamedTaggedAndFound) {

@@ -1,19 +1,17 @@
 #ifndef ZOLT41_TESTS_TOOL_TOOL_FIXTURE_H_
 #define ZOLT41_TESTS_TOOL_TOOL_FIXTURE_H_
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
+#include "tests/support/files.h"
 #include "tests/support/run_tool.h"
-#include "tests/support/temp_home.h"
 #include "zolt41/zolt41.h"
 
 namespace zolt::testing {
 
 // The tool in a home of its own.
-class ToolTest : public ::testing::Test {
+class ToolTest : public FileTest {
  protected:
   using Line = std::vector<std::string>;
 
@@ -59,8 +57,6 @@ class ToolTest : public ::testing::Test {
         0);
     RegCloseKey(key);
   }
-
-  TempHome home_;
 };
 
 }  // namespace zolt::testing
