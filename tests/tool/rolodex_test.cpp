@@ -2,13 +2,16 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <string>
 
 #include "tests/tool/tool_fixture.h"
 
 namespace zolt::testing {
 namespace {
+
+// Where a record's size and first name stand in its head.
+constexpr size_t kSize = 8;
+constexpr size_t kName = 28;
 
 class RolodexToolTest : public ToolTest {
  protected:
@@ -60,8 +63,8 @@ TEST_F(RolodexToolTest, ASecondImportAddsNothingAndAnExportTouchesNothingThatIsT
     EXPECT_EQ(RunTool({"card", "new", card}).code, 0);
     EXPECT_EQ(RunTool({"-q", "card", "set", card, "FN", name}).code, 0);
   }
-  std::ofstream(Path("in/text")) << "1.2.3.4\n7\n[Card Infos]\nFN=ASCII::Carl\n";
-  std::ofstream(Path("in/bad")) << "1\n2\n[Card Infos]\nP=BITMAP::x\n";
+  WriteContent(Path("in/text"), "1.2.3.4\n7\n[Card Infos]\nFN=ASCII::Carl\n");
+  WriteContent(Path("in/bad"), "1\n2\n[Card Infos]\nP=BITMAP::x\n");
   ToolResult const first = RunTool({"rolodex", "import", Path("in")});
   EXPECT_EQ(first.code, 4);
   EXPECT_TRUE(first.err.ends_with("zolt: 3 read, 3 added, 0 changed, 1 refused\n")) << first.err;
@@ -79,6 +82,44 @@ TEST_F(RolodexToolTest, ASecondImportAddsNothingAndAnExportTouchesNothingThatIsT
             "zolt: 2 read, 0 added, 0 changed, 0 refused\n");
 }
 
+TEST_F(RolodexToolTest, CheckNamesEveryCardAndRepairKeepsTheOldFile) {
+  for (char const *name : {"Anna", "Ben", "Carl"}) New({name});
+  std::string const book = Path("contacts.rolodex");
+  std::string const sound = ContentOf(book);
+  auto const row = [&sound](char const *state, char const *id, char const *name,
+                            char const *whole = "whole") {
+    return std::string(state) + "\t" + id + "\t" + name + "\tbyte " +
+           std::to_string(sound.find(name) - kName) + "\t" + whole + "\n";
+  };
+  Expect({{"rolodex check", 0,
+           row("sound", "1", "Anna") + row("sound", "2", "Ben") + row("sound", "3", "Carl"),
+           "zolt: " + book + ": 3 sound, 0 cut, 0 lost\n"}});
+  // Of Ben the size, with no trailer to find Carl by.
+  std::string damaged = sound.substr(0, sound.size() - 6);
+  damaged[sound.find("Ben") - kName + kSize + 2] = '\x7F';
+  WriteContent(book, damaged);
+  std::string const rows =
+      row("sound", "1", "Anna") + row("cut", "2", "Ben", "not whole") + row("lost", "3", "Carl");
+  Expect({{"rolodex check", 4, rows,
+           "zolt: " + book + ": 1 sound, 1 cut, 1 lost; it was not closed\n"},
+          {"-n rolodex check --repair", 4, rows, ""}});
+  EXPECT_EQ(ContentOf(book), damaged);
+  Expect({{"rolodex check --repair", 0, rows,
+           "zolt: " + book + ": has 2 cards; the old file is " + book + ".damaged-1\n"},
+          {"rolodex list", 0, "1\tAnna\n3\tCarl\n", ""},
+          {"rolodex check piece", 2, "", ""},
+          {"rolodex check --repair piece", 3, "", "zolt: piece: No such file or directory\n"},
+          {"rolodex check -f " + Path("none"), 3, "", ""}});
+  EXPECT_EQ(ContentOf(book + ".damaged-1"), damaged);
+  EXPECT_TRUE(Run("--json rolodex check")
+                  .out.starts_with(R"({"schema":1,"file":")" + book +
+                                   R"(","clean":true,"sound":2,"cut":0,"lost":0,"cards":[)"
+                                   R"({"state":"sound","whole":true,"id":1,)"));
+  WriteContent(book, "no database");
+  EXPECT_EQ(Run("rolodex check --repair").code, 4);
+  EXPECT_EQ(ContentOf(book), "no database");
+}
+
 TEST_F(RolodexToolTest, ABookThatIsOpenElsewhereIsWaitedForAndItsHolderNamed) {
   EXPECT_EQ(New({"Anna"}), "1\n");
   Rolodex other;
@@ -91,7 +132,7 @@ TEST_F(RolodexToolTest, ABookThatIsOpenElsewhereIsWaitedForAndItsHolderNamed) {
   other.Close();
   EXPECT_EQ(Run("rolodex list").code, 0);
   EXPECT_EQ(Run("-f " + Path("none") + " rolodex list").code, 3);
-  std::ofstream(Path("junk")) << "no database";
+  WriteContent(Path("junk"), "no database");
   EXPECT_EQ(Run("-f " + Path("junk") + " rolodex list").code, 4);
 }
 

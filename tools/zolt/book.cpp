@@ -66,18 +66,17 @@ std::string HolderOf(std::string const &path) {
   return holder;
 }
 
-template <typename TryOpen>
-int32_t OpenWithin(uint32_t milliseconds, TryOpen tryOpen) {
+}  // namespace
+
+int32_t TryWithin(uint32_t milliseconds, std::function<int32_t()> const &attempt) {
   auto const end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
   for (;;) {
-    int32_t const result = tryOpen();
+    int32_t const result = attempt();
     if (result == 0 || ZOLTLastFailure(nullptr, 0) != kLockedFailure) return result;
     if (std::chrono::steady_clock::now() >= end) return result;
     std::this_thread::sleep_for(kPause);
   }
 }
-
-}  // namespace
 
 std::string BookPath(Call const &call) {
   std::string const given(call.arguments.Value(OptionId::file));
@@ -105,13 +104,13 @@ Book::Book(Call const &call, Access access) : call_(call), path_(BookPath(call))
     if (error == ENOENT) failure.hint = "zolt rolodex create makes a book";
     throw failure;
   }
-  int32_t result = OpenWithin(call.settings.wait, [&] {
+  int32_t result = TryWithin(call.settings.wait, [&] {
     return rolodex_.Open(path_.c_str(), access == Access::read ? 1 : 0);
   });
   // A book that was not closed, or is of another machine, must be put in order first.
   bool const locked = ZOLTLastFailure(nullptr, 0) == kLockedFailure;
   if (result != 0 && access == Access::read && !locked) {
-    result = OpenWithin(call.settings.wait, [&] { return rolodex_.Open(path_.c_str(), 0); });
+    result = TryWithin(call.settings.wait, [&] { return rolodex_.Open(path_.c_str(), 0); });
   }
   if (result == 0) return;
   if (ZOLTLastFailure(nullptr, 0) != 0) throw BookFailure(path_);

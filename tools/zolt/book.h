@@ -2,6 +2,7 @@
 #define ZOLT41_TOOLS_ZOLT_BOOK_H_
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,6 +17,9 @@ namespace zolt::tool {
 
 // The database that a call is about: -f, else ZOLT_ROLODEX, else contacts.rolodex in the home.
 std::string BookPath(Call const &call);
+
+// Tries again for so long as another program has the file open. 0, or the result of the last try.
+int32_t TryWithin(uint32_t milliseconds, std::function<int32_t()> const &attempt);
 
 // What stands in a card's head. Names are local text.
 struct CardHead {

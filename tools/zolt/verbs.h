@@ -79,6 +79,7 @@ extern Verb const kRolodexDupes;
 extern Verb const kRolodexImport;
 extern Verb const kRolodexExport;
 extern Verb const kRolodexCompact;
+extern Verb const kRolodexCheck;
 extern Verb const kNetStatus;
 extern Verb const kNetAddress;
 extern Verb const kOpen;
