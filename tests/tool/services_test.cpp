@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "tests/prefs/prefs_fixture.h"
 #include "tests/services/stand_in.h"
 #include "tests/support/run_tool.h"
 
@@ -40,6 +41,29 @@ TEST_F(ServicesTest, TheDoctorSaysWhatIsMissing) {
   EXPECT_NE(RunTool({"doctor"}).out.find("service\tlinks\tnative\n"), std::string::npos);
   ToolResult const status = RunTool({"net", "status"});
   EXPECT_EQ(status.out, status.code == 0 ? "connected\n" : "not connected\n");
+}
+
+TEST(RegisterTest, TheFileOfTheLibraryIsEnteredAndTakenAway) {
+  TempHome const home;
+  std::string const tool = ZOLT_TOOL;
+  std::string const folder = tool.substr(0, tool.rfind("/bin/")) + "/lib/";
+  for (auto const &[option, root] :
+       {std::pair{"-y", HKEY_CURRENT_USER}, std::pair{"--machine", HKEY_LOCAL_MACHINE}}) {
+    auto const entered = [root] {
+      return Raw(root,
+                 "Software\\Classes\\CLSID\\{5ED2DD58-7638-11D3-8FD3-00A02459FA0F}\\InprocServer32",
+                 "");
+    };
+    EXPECT_EQ(RunTool({"-n", "register", option}).code, 0);
+    EXPECT_EQ(entered(), "no key");
+    ToolResult const done = RunTool({"register", option});
+    EXPECT_TRUE(entered().starts_with(folder + "libzolt41.so.")) << entered();
+    EXPECT_EQ(done.err, "zolt: " + entered() + ": registered for " +
+                            (root == HKEY_CURRENT_USER ? "this user\n" : "all users\n"));
+    EXPECT_EQ(RunTool({"-q", "unregister", option}).code, 0);
+    EXPECT_EQ(entered(), "no key");
+  }
+  EXPECT_EQ(RunTool({"--home", "/dev/null", "register"}).code, 3);
 }
 
 }  // namespace

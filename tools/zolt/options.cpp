@@ -80,6 +80,7 @@ constexpr std::array kOptions = {
     Option{OptionId::format, 0, "format", "FORM", false, "card (the default), text or vcard"},
     Option{OptionId::repair, 0, "repair", "", false,
            "mend the file, and keep the old one beside it"},
+    Option{OptionId::machine, 0, "machine", "", false, "for all users of this machine"},
 };
 
 constexpr bool InOrder() {

@@ -58,6 +58,7 @@ enum class OptionId : uint8_t {
   prune,
   format,
   repair,
+  machine,
   count,
 };
 

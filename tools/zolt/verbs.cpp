@@ -16,7 +16,7 @@ constexpr Verb const *kVerbs[] = {
     &kRolodexRemove,  &kRolodexRename, &kRolodexTag,    &kRolodexCategory, &kRolodexFind,
     &kRolodexQuery,   &kRolodexSelect, &kRolodexDupes,  &kRolodexImport,   &kRolodexExport,
     &kRolodexCompact, &kRolodexCheck,  &kNetStatus,     &kNetAddress,      &kOpen,
-    &kMail,           &kDoctor,
+    &kMail,           &kRegister,      &kUnregister,    &kDoctor,
 };
 
 }  // namespace

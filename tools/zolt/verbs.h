@@ -84,6 +84,8 @@ extern Verb const kNetStatus;
 extern Verb const kNetAddress;
 extern Verb const kOpen;
 extern Verb const kMail;
+extern Verb const kRegister;
+extern Verb const kUnregister;
 extern Verb const kDoctor;
 
 std::span<Verb const *const> Verbs();
