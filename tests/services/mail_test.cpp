@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
 #include <string>
+#include <thread>
 
 #include "tests/services/stand_in.h"
 #include "zolt41/platform/desktop/mail_client.h"
@@ -45,6 +47,12 @@ uint32_t FakeSendMail(uintptr_t session, uintptr_t ui, MapiMessage *message, uin
 
 LateFunction const kFunctions[] = {{"MAPISendMail", reinterpret_cast<FARPROC>(FakeSendMail)}};
 LateModule const kFake = {"mapi32", kFunctions, [] { return usable; }};
+std::atomic<int> asking = 0;
+LateModule const kSlow = {"mapi32", kFunctions, [] {
+                            while (asking < 2) std::this_thread::yield();
+                            for (int i = 0; i < 1000; i++) std::this_thread::yield();
+                            return true;
+                          }};
 LateModule const kWithout = {"MAPI32.DLL", {}, [] { return true; }};
 
 class MailTest : public StandInTest {
@@ -98,6 +106,22 @@ TEST_F(MailTest, TheTestRunsOnce) {
   EXPECT_EQ(CanMail(), 0);
   EXPECT_EQ(Send("a@b", "s", "t", 1), 0U);
   EXPECT_FALSE(sent);
+}
+
+TEST_F(MailTest, WhoAsksDuringTheTestWaitsForIt) {
+  LateModuleSwap const swap(&kSlow);
+  Profile("[MAIL]\nMAPI=1\n");
+  asking = 0;
+  std::atomic<int> can = 0;
+  auto const ask = [&can] {
+    asking++;
+    can += CanMail();
+  };
+  {
+    std::jthread const first(ask);
+    std::jthread const second(ask);
+  }
+  EXPECT_EQ(can, 2);
 }
 
 TEST_F(MailTest, TheMessageIsFilledAsItShould) {

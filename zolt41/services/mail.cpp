@@ -1,6 +1,7 @@
 #include "zolt41/services/mail.h"
 
-#include <atomic>
+#include <mutex>
+#include <optional>
 
 #include "zolt41/foundation/zoltx_string.h"
 #include "zolt41/platform/desktop/mail_client.h"
@@ -15,9 +16,8 @@ constexpr uint32_t kFailedMessage = 61842;
 constexpr char kModule[] = "MAPI32.DLL";
 
 struct Mail {
-  bool can;
   HMODULE module;
-  MapiSendMail send;
+  MapiSendMail send;  // null if mail cannot be sent
 };
 
 Mail Test() {
@@ -25,21 +25,21 @@ Mail Test() {
   if (SearchPathA(nullptr, kModule, nullptr, 0, nullptr, nullptr) == 0) return {};
   HMODULE const module = LoadLibraryA(kModule);
   if (module == 0) return {};
-  auto const send = reinterpret_cast<MapiSendMail>(GetProcAddress(module, "MAPISendMail"));
-  return {send != nullptr, module, send};
+  return {module, reinterpret_cast<MapiSendMail>(GetProcAddress(module, "MAPISendMail"))};
 }
 
 // What this process has found: the words that all share may be another's.
-std::atomic<bool> tested = false;
-std::atomic<MapiSendMail> found = nullptr;
+std::mutex lock;
+std::optional<Mail> found;
 
 MapiSendMail Tested() {
-  if (!tested.exchange(true)) {
-    Mail const mail = Test();
-    found = mail.can ? mail.send : nullptr;
-    zolt::ShareMailState(reinterpret_cast<uintptr_t>(mail.send), mail.module, mail.can);
+  std::lock_guard const guard(lock);
+  if (!found) {
+    found = Test();
+    zolt::ShareMailState(reinterpret_cast<uintptr_t>(found->send), found->module,
+                         found->send != nullptr);
   }
-  return found;
+  return found->send;
 }
 
 void TellOfFailure() {
@@ -53,8 +53,8 @@ void TellOfFailure() {
 namespace zolt {
 
 void ForgetMailTest() {
-  tested = false;
-  found = nullptr;
+  std::lock_guard const guard(lock);
+  found.reset();
 }
 
 }  // namespace zolt
