@@ -53,6 +53,13 @@ char *TYUserPrefs::OutsideAt(char const *slot) const {
   return outside ? outside_[LoadLittle32(slot + zolt::kSlotValueOffset)] : nullptr;
 }
 
+// The bytes of the slot's value, wherever they lie.
+char *TYUserPrefs::ValueAt(char const *slot, uint32_t *size) const {
+  char *const outside = OutsideAt(slot);
+  *size = outside != nullptr ? GetMemSize(outside) : LoadLittle32(slot + zolt::kSlotValueSize);
+  return outside != nullptr ? outside : pool_ + LoadLittle32(slot + zolt::kSlotValueOffset);
+}
+
 int32_t TYUserPrefs::Count() const {
   return static_cast<int32_t>(LoadLittle32(slots_ + zolt::kBlobCount));
 }
@@ -99,13 +106,11 @@ bool TYUserPrefs::AddPropSlot(uint32_t section, char const *name, uint32_t posit
 char *TYUserPrefs::GetPropData(uint32_t section, char const *name, uint32_t *size) {
   uint32_t position = 0;
   if (FindPos(section, name, &position) == 0) return nullptr;
-  char const *const slot = SlotAt(position);
-  char *const outside = OutsideAt(slot);
-  uint32_t const length =
-      outside != nullptr ? GetMemSize(outside) : LoadLittle32(slot + zolt::kSlotValueSize);
+  uint32_t length = 0;
+  char *const value = ValueAt(SlotAt(position), &length);
   if (length == 0) return nullptr;
   if (size != nullptr) *size = length;
-  return outside != nullptr ? outside : pool_ + LoadLittle32(slot + zolt::kSlotValueOffset);
+  return value;
 }
 
 // The slot then leads to a block of its own; false, with it as it was, without memory.

@@ -63,6 +63,7 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
  private:
   ZOLT_HIDDEN char *SlotAt(uint32_t index) const;
   ZOLT_HIDDEN char *OutsideAt(char const *slot) const;
+  ZOLT_HIDDEN char *ValueAt(char const *slot, uint32_t *size) const;
   ZOLT_HIDDEN bool TakeTable(char const *data, uint32_t size);
   ZOLT_HIDDEN void CheckTable(uint32_t poolSize);
   ZOLT_HIDDEN void SortTable();

@@ -95,11 +95,11 @@ char *TYUserPrefs::GetData() {
   auto const count = static_cast<uint32_t>(Count());
   uint32_t const table = zolt::kBlobHead + count * zolt::kSlotSize;
   uint64_t whole = table;
-  auto const sizeOf = [this](char const *slot) {
-    char const *const outside = OutsideAt(slot);
-    return outside != nullptr ? GetMemSize(outside) : LoadLittle32(slot + zolt::kSlotValueSize);
-  };
-  for (uint32_t i = 0; i < count; i++) whole += sizeOf(SlotAt(i));
+  uint32_t size = 0;
+  for (uint32_t i = 0; i < count; i++) {
+    ValueAt(SlotAt(i), &size);
+    whole += size;
+  }
   if (whole > 0x7FFFFFFF) return nullptr;
   char *const blob = NewMem(static_cast<uint32_t>(whole));
   if (blob == nullptr) return nullptr;
@@ -107,11 +107,8 @@ char *TYUserPrefs::GetData() {
   uint32_t end = 0;
   for (uint32_t i = 0; i < count; i++) {
     char const *const slot = SlotAt(i);
-    uint32_t const size = sizeOf(slot);
+    char const *const value = ValueAt(slot, &size);
     if (size == 0) continue;
-    char const *const outside = OutsideAt(slot);
-    char const *const value =
-        outside != nullptr ? outside : pool_ + LoadLittle32(slot + zolt::kSlotValueOffset);
     char *const copied = blob + (slot - slots_);
     StoreLittle32(size, copied + zolt::kSlotValueSize);
     StoreLittle32(end, copied + zolt::kSlotValueOffset);

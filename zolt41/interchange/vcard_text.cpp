@@ -24,24 +24,6 @@ char32_t TakeCharacter(std::u16string_view text, size_t *place) {
   return 0x10000 + (char32_t{unit} - 0xD800) * 0x400 + (char32_t{low} - 0xDC00);
 }
 
-void AddUtf8(char32_t character, std::string *utf8) {
-  auto const tail = [character](int shift) {
-    return static_cast<char>(0x80 | (character >> shift & 0x3F));
-  };
-  if (character < 0x80) {
-    *utf8 += static_cast<char>(character);
-    return;
-  }
-  if (character < 0x800) {
-    *utf8 += static_cast<char>(0xC0 | character >> 6);
-  } else if (character < 0x10000) {
-    *utf8 += {static_cast<char>(0xE0 | character >> 12), tail(6)};
-  } else {
-    *utf8 += {static_cast<char>(0xF0 | character >> 18), tail(12), tail(6)};
-  }
-  *utf8 += tail(0);
-}
-
 std::string Utf8FromWide(std::u16string_view wide) {
   std::string utf8;
   for (size_t place = 0; place < wide.size();) AddUtf8(TakeCharacter(wide, &place), &utf8);

@@ -59,6 +59,8 @@ uint32_t LocalCodePage();
 std::string Utf8FromLocal(std::string_view text);
 bool LocalFromUtf8(std::string_view utf8, std::string *text);
 bool IsUtf8(std::string_view text);
+// Adds one character, which is no surrogate, to a text in UTF-8.
+void AddUtf8(char32_t character, std::string *utf8);
 
 }  // namespace zolt
 

@@ -62,24 +62,28 @@ char32_t TakeCharacter(std::string_view *text) {
   return character < form->least ? kInvalid : character;
 }
 
-// `character` is 0x80 or above.
-void AppendUtf8(char16_t character, std::string *to) {
-  auto const tail = [character](int shift) {
-    return static_cast<char>(0x80 | (character >> shift & 0x3F));
-  };
-  if (character < 0x800) {
-    to->push_back(static_cast<char>(0xC0 | character >> 6));
-  } else {
-    to->push_back(static_cast<char>(0xE0 | character >> 12));
-    to->push_back(tail(6));
-  }
-  to->push_back(tail(0));
-}
-
 }  // namespace
 
 uint32_t LocalCodePage() {
   return LocalPage().Number();
+}
+
+void AddUtf8(char32_t character, std::string *utf8) {
+  auto const tail = [character](int shift) {
+    return static_cast<char>(0x80 | (character >> shift & 0x3F));
+  };
+  if (character < 0x80) {
+    *utf8 += static_cast<char>(character);
+    return;
+  }
+  if (character < 0x800) {
+    *utf8 += static_cast<char>(0xC0 | character >> 6);
+  } else if (character < 0x10000) {
+    *utf8 += {static_cast<char>(0xE0 | character >> 12), tail(6)};
+  } else {
+    *utf8 += {static_cast<char>(0xF0 | character >> 18), tail(12), tail(6)};
+  }
+  *utf8 += tail(0);
 }
 
 std::string Utf8FromLocal(std::string_view text) {
@@ -87,7 +91,7 @@ std::string Utf8FromLocal(std::string_view text) {
   std::string utf8;
   utf8.reserve(text.size());
   for (TakeAsciiRun(&text, &utf8); !text.empty(); TakeAsciiRun(&text, &utf8)) {
-    AppendUtf8(page.CharacterOf(text.front()), &utf8);
+    AddUtf8(page.CharacterOf(text.front()), &utf8);
     text.remove_prefix(1);
   }
   return utf8;
