@@ -58,18 +58,13 @@ TEST(PropertyStorageTest, BytesOfAList) {
   EXPECT_EQ(Add(&list, "FN", PropertyUnicode, 0, FromHex("41006C000000")), 0U);
   EXPECT_EQ(Taken(list.Get()),
             FromHex("01000000 00000080 00000000 06000000 464E0000 41006C000000 0000"));
+  EXPECT_EQ(Taken(list.Get()), FromHex(ExampleOf("property_list.md")));
   EXPECT_EQ(Add(&list, "TEL", 0, 0x10, ""), 1U);    // a name area of 4
   EXPECT_EQ(Add(&list, "NAME", 8, 0, "\xFF"), 2U);  // and of 8
   EXPECT_EQ(Taken(list.Get()).substr(28),
             FromHex("00000000 10000000 00000000 54454C00"
                     "08000000 00000000 01000000 4E414D4500000000 FF000000"));
   EXPECT_EQ(list.Modified(), 1);
-}
-
-TEST(PropertyStorageTest, TheExampleOfItsPage) {
-  PCardStorage list;
-  Add(&list, "FN", PropertyUnicode, 0, FromHex("41006C000000"));
-  EXPECT_EQ(Taken(list.Get()), FromHex(ExampleOf("property_list.md")));
 }
 
 TEST(PropertyStorageTest, RecordsGrowShrinkAndGoInPlace) {
@@ -133,21 +128,20 @@ TEST(PropertyStorageTest, DamagedListsAreEmptiedWhole) {
     std::string changed = good;
     return changed.replace(at, bytes.size(), bytes);
   };
-  for (std::string const &bytes :
-       {std::string(), FromHex("0100"), with(0, FromHex("03000000")), with(0, FromHex("FFFFFFFF")),
-        with(0, FromHex("00000080")), with(0, FromHex("FFFFFF7F")), with(12, FromHex("FFFFFFFF")),
-        with(12, FromHex("F0FFFFFF")), with(12, FromHex("05000000")), with(32, FromHex("FFFFFF7F")),
-        with(32, FromHex("05000000")), with(36, FromHex("5454545454545454")), good.substr(0, 43)}) {
+  std::vector<std::string> damaged = {
+      with(0, FromHex("03000000")),  with(0, FromHex("FFFFFFFF")),
+      with(0, FromHex("00000080")),  with(0, FromHex("FFFFFF7F")),
+      with(12, FromHex("FFFFFFFF")), with(12, FromHex("F0FFFFFF")),
+      with(12, FromHex("05000000")), with(32, FromHex("FFFFFF7F")),
+      with(32, FromHex("05000000")), with(36, FromHex("5454545454545454")),
+  };
+  for (size_t size = 0; size < good.size(); size++) damaged.push_back(good.substr(0, size));
+  for (std::string const &bytes : damaged) {
     PCardStorage list;
     Add(&list, "old", 0, 0, "");
     Set(&list, bytes);
     EXPECT_EQ(Taken(list.Get()), FromHex("00000000")) << ::testing::PrintToString(bytes);
     EXPECT_EQ(list.Modified(), 0);
-  }
-  for (size_t size = 0; size < good.size(); size++) {
-    PCardStorage list;
-    Set(&list, good.substr(0, size));
-    EXPECT_EQ(list.PropCount(), 0U) << size;
   }
   for (size_t at = 0; at < good.size(); at++) {
     for (int bit = 0; bit < 8; bit++) {
@@ -198,11 +192,7 @@ TEST(PropertyStorageTest, TheBestOfFlagsIsFound) {
   uint32_t type = 9;
   list.FindProp("TEL", kHome | kWork, 0, 0, &type);
   EXPECT_EQ(type, 3U);
-  EXPECT_EQ(list.FindProp("\xD4"
-                          "EL",
-                          0, 0, 0, nullptr),
-            0U)
-      << "the top bit does not count";
+  EXPECT_EQ(list.FindProp("T\xC5L", 0, 0, 0, nullptr), 0U) << "the top bit does not count";
   EXPECT_EQ(list.FindProp(nullptr, 0, 0, 0, nullptr), kNone);
 }
 
@@ -273,8 +263,6 @@ TEST(PropertyStorageTest, TheHeaderLeavesOutLocalProperties) {
   PCardStorage header;
   Set(&header, Taken(list.GetHeader()));
   EXPECT_EQ(Listed(&header), "A:0:0:A l-two:0:0:l-two L:0:0:L ");
-  EXPECT_EQ(list.ExportToVCard(), nullptr);
-  EXPECT_EQ(list.ImportFromVCard(nullptr), -1);
 }
 
 }  // namespace

@@ -23,23 +23,6 @@ TEST(UConvert, LocalTextGivesItsBytes) {
   EXPECT_STREQ(local, "\x80*");
 }
 
-// Every length about the block's, with a character that is no ASCII at the end.
-TEST(UConvert, AsciiWidensAndNarrowsInPlace) {
-  std::string const text = "0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLM";
-  for (size_t length = 0; length < text.size(); length++) {
-    std::u16string buffer(length + 2, u'#');
-    std::u16string const expected(text.begin(), text.begin() + static_cast<int>(length));
-    auto const count = static_cast<int32_t>(length + 1);
-    char *const bytes = reinterpret_cast<char *>(buffer.data());
-    (text.substr(0, length) + '\x80').copy(bytes, length + 1);
-    ASSERT_EQ(ConvertAsciiToUnicode(bytes, buffer.data(), count), 0);
-    ASSERT_EQ(buffer, expected + u"?#");
-    buffer[length] = u'\u0081';
-    ASSERT_EQ(ConvertUnicodeToAscii(buffer.data(), bytes, count, '*'), 0);
-    ASSERT_EQ(std::string(bytes, length + 1), text.substr(0, length) + '*');
-  }
-}
-
 TEST(UConvert, AsciiBorders) {
   char16_t wide[1];
   char bytes[3];
@@ -128,15 +111,6 @@ TEST(UCopies, OverTheirSource) {
   EXPECT_EQ(room.Written().substr(2, 257), '\xFF' + bytes + '\0');
   EXPECT_EQ(LZ2UZStrCopy(room.Bytes() + 3, room.Characters(), 0), 512);
   EXPECT_EQ(room.Written().substr(0, 512), BytesOf(wide + u'\0'));
-}
-
-TEST(UCopies, NullArguments) {
-  char bytes[4] = "a";
-  EXPECT_EQ(UZ2UStrCopy(nullptr, bytes), -1);
-  EXPECT_EQ(UZ2AStrCopy(u"a", nullptr, 0), -1);
-  EXPECT_EQ(AZ2UStrCopy(bytes, nullptr), -1);
-  EXPECT_EQ(UZ2AZStrCopy(u"a", nullptr, 0) + LZ2UStrCopy(nullptr, bytes, 0), 0);
-  EXPECT_EQ(UZ2LStrCopy(nullptr, bytes, 0) + LZ2UZStrCopy(bytes, nullptr, 0), 0);
 }
 
 }  // namespace

@@ -15,20 +15,10 @@ std::string BytesOf(ZOLTXString const &text) {
   return {text.GetBuffer(), static_cast<size_t>(text.GetLength())};
 }
 
-TEST(ZOLTXString, IsBuiltFromEachKindOfValue) {
-  EXPECT_EQ(BytesOf(ZOLTXString()), "");
+TEST(ZOLTXString, TakesEachKindOfValue) {
   EXPECT_EQ(BytesOf(ZOLTXString(nullptr)), "");
-  EXPECT_EQ(BytesOf(ZOLTXString("x")), "x");
-  EXPECT_EQ(BytesOf(ZOLTXString(5)), "5");
-  EXPECT_EQ(BytesOf(ZOLTXString(INT32_MIN)), "-2147483648");
-  EXPECT_EQ(BytesOf(ZOLTXString('x')), "x");
   EXPECT_EQ(BytesOf(ZOLTXString("abc", -1)), "");
-  ZOLTXString assigned;
-  assigned = -5;
-  EXPECT_EQ(BytesOf(assigned), "-5");
-}
-
-TEST(ZOLTXString, ConcatenatesEachKindOfValue) {
+  EXPECT_EQ(BytesOf(ZOLTXString('x') + INT32_MIN), "x-2147483648");
   ZOLTXString text("a");
   EXPECT_EQ(BytesOf(text + text + "b" + 5 + 'x'), "aab5x");
   EXPECT_EQ(BytesOf(text), "a");

@@ -18,7 +18,7 @@ class BasicReadTest : public InterchangeTest {
   // The same from memory and from a file.
   std::string Read(std::string const &text) const {
     FMemoryRead memory(text.data(), static_cast<int32_t>(text.size()));
-    Put(Path("source"), text);
+    WriteContent(Path("source"), text);
     FFileRead file(Path("source").c_str());
     std::string const bytes = AllOf(&memory);
     EXPECT_EQ(AllOf(&file), bytes);

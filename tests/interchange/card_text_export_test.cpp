@@ -1,9 +1,6 @@
 #include "zolt41/interchange/card_text_export.h"
 
-#include <sys/resource.h>
-
 #include "tests/interchange/interchange_fixture.h"
-#include "tests/support/child.h"
 #include "zolt41/prefs/section_name_hash.h"
 
 namespace zolt::testing {
@@ -32,10 +29,10 @@ TEST_F(CardTextExportTest, TheExampleInEveryForm) {
   std::string const text = WithLineEnds(ExampleOf("card_text.md"));
   EXPECT_EQ(TextOf(&card), text);
   EXPECT_NE(text.find(FromHex(ExampleOf("card_text.md", 1))), std::string::npos);
-  Put(Path("card"), "an older and longer text" + text);
+  WriteContent(Path("card"), "an older and longer text" + text);
   EXPECT_EQ(ExportCard(&card, Path("card").c_str()), static_cast<int32_t>(text.size()));
-  EXPECT_EQ(Content(Path("card")), text);
-  Put(Scratch(), "stale");
+  EXPECT_EQ(ContentOf(Path("card")), text);
+  WriteContent(Scratch(), "stale");
   uint32_t size = 0;
   void *const block = ExportCardData(&card, &size);
   ASSERT_NE(block, nullptr);
@@ -136,32 +133,27 @@ TEST_F(CardTextExportTest, AFailureLeavesTheOldFile) {
   AddExample(&card);
   Add(&card, "PHOTO", PropertyBitmap, 0, std::string(100000, 'p'));
   std::string const path = Path("card");
-  Put(path, "old");
+  WriteContent(path, "old");
   EXPECT_EQ(ExportCard(&card, Path("none/card").c_str()), -1);
   EXPECT_EQ(ExportCard(&card, Path("").c_str()), -1);
   EXPECT_EQ(ExportCard(&card, static_cast<char const *>(nullptr)), -1);
-  Child full([&](Child::Pipe &) {
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit const limit{4096, 4096};
-    setrlimit(RLIMIT_FSIZE, &limit);
+  EXPECT_TRUE(HoldsOnAFullDisk([&] {
     uint32_t size = 1;
-    bool const refused = ExportCard(&card, path.c_str()) == -1 &&
-                         ExportCardData(&card, &size) == nullptr && size == 0;
-    return refused ? 0 : 1;
-  });
-  EXPECT_EQ(full.Wait(), 0);
-  EXPECT_EQ(Content(path), "old");
+    return ExportCard(&card, path.c_str()) == -1 && ExportCardData(&card, &size) == nullptr &&
+           size == 0;
+  }));
+  EXPECT_EQ(ContentOf(path), "old");
   EXPECT_FALSE(std::filesystem::exists(Scratch()));
 }
 
 TEST_F(CardTextExportTest, TheScratchFileIsNotWrittenThroughALink) {
   PCardStorage card;
   uint32_t size = 0;
-  Put(Path("precious"), "mine");
+  WriteContent(Path("precious"), "mine");
   std::filesystem::create_symlink(Path("precious"), Scratch());
   GlobalFree(ExportCardData(&card, &size));
   EXPECT_EQ(size, kEmptyCard.size());
-  EXPECT_EQ(Content(Path("precious")), "mine");
+  EXPECT_EQ(ContentOf(Path("precious")), "mine");
   std::filesystem::create_directory(Scratch());
   EXPECT_EQ(ExportCardData(&card, &size), nullptr);
 }

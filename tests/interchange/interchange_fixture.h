@@ -2,16 +2,18 @@
 #define ZOLT41_TESTS_INTERCHANGE_INTERCHANGE_FIXTURE_H_
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/resource.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <functional>
 #include <string>
 #include <string_view>
 
+#include "tests/support/child.h"
+#include "tests/support/files.h"
 #include "tests/support/format_page.h"
-#include "tests/support/temp_home.h"
 #include "zolt41/cards/card_prefs.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/cards/property_storage.h"
@@ -59,17 +61,8 @@ inline std::string WithLineEnds(std::string const &lines) {
   return text;
 }
 
-inline std::string Content(std::string const &path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void Put(std::string const &path, std::string const &content) {
-  std::ofstream(path, std::ios::binary) << content;
-}
-
 // A started library in a home of its own, which also has the directory for scratch files.
-class InterchangeTest : public ::testing::Test {
+class InterchangeTest : public FileTest {
  protected:
   InterchangeTest() {
     setenv("XDG_RUNTIME_DIR", home_.path().c_str(), 1);
@@ -78,7 +71,6 @@ class InterchangeTest : public ::testing::Test {
   }
   ~InterchangeTest() override { DisposeZOLT(); }
 
-  std::string Path(std::string const &name) const { return home_.path() + "/" + name; }
   std::string Scratch() const {
     std::string const directory = Path("zolt41-" + std::to_string(geteuid()));
     std::filesystem::create_directory(directory);
@@ -86,8 +78,16 @@ class InterchangeTest : public ::testing::Test {
     return directory + "/qwe.ini";
   }
 
- private:
-  TempHome home_;
+  // Whether all of `run` holds in a process whose files have no room for more than 4,096 bytes.
+  static bool HoldsOnAFullDisk(std::function<bool()> const &run) {
+    Child full([&](Child::Pipe &) {
+      signal(SIGXFSZ, SIG_IGN);
+      rlimit const limit{4096, 4096};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      return run() ? 0 : 1;
+    });
+    return full.Wait() == 0;
+  }
 };
 
 }  // namespace zolt::testing

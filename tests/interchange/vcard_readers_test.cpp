@@ -94,7 +94,7 @@ TEST_F(VCardReadersTest, VobjectReadsVersion4) {
 }
 
 TEST_F(VCardReadersTest, KhardListsBothVersions) {
-  Put(Path("khard.conf"), "[addressbooks]\n[[main]]\npath = " + Path("book") + "\n");
+  WriteContent(Path("khard.conf"), "[addressbooks]\n[[main]]\npath = " + Path("book") + "\n");
   std::filesystem::create_directory(Path("book"));
   for (VCardProfile const profile : {VCard3, VCard4}) {
     Export(Path("book/card.vcf"), profile);
