@@ -53,10 +53,10 @@ void ShowListening(Notifier const &notifier) {
   }
 }
 
+// The thread looks again at what there is to do, if it does not listen.
 void Wake(Notifier *notifier) {
   notifier->commands.fetch_add(1);
   WakeSleepers(&notifier->commands, INT_MAX);
-  if (notifier->waits) PulseEvent(NotifyEvent());
 }
 
 // As soon as there is a segment.
@@ -207,8 +207,10 @@ bool Start(Notifier *notifier) {
   return notifier->running;
 }
 
-// The thread looks again at what there is to do.
+// A thread that listens needs to be told nothing, nor does one that still waits for the next
+// announcement: the event wakes all processes.
 void ListenAndTell(Notifier *notifier) {
+  if (notifier->listening) return;
   ListenFromNow(notifier);
   if (notifier->running) Wake(notifier);
 }
@@ -255,6 +257,7 @@ void StopNotificationThread() {
     notifier.stopping = true;
     thread = notifier.thread;
     Wake(&notifier);
+    if (notifier.waits) PulseEvent(NotifyEvent());
   }
   thread.Join();
   auto const guard = Lock();
