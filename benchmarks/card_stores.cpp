@@ -37,7 +37,7 @@ void Fill(PCardStorage *card, void const *list, size_t size) {
 
 CardWork::CardWork() {
   for (uint32_t i = 0; i < kLists; i++) {
-    PCardStorage &card = *cards_.emplace_back(std::make_unique<PCardStorage>());
+    PCardStorage &card = *cards_.emplace_back(std::make_unique<CallCard>());
     std::string const number = std::to_string(1000 + i);
     card.SetStrProp("FN", 0, 0, ("Ada Lovelace " + number).c_str());
     card.SetStrProp("ORG", 0, 0, "The Analytical Engine Company");
@@ -88,6 +88,7 @@ struct SqliteCards::Statements {
   static void RequireRow(sqlite3_stmt *statement) {
     Require(sqlite3_step(statement) == SQLITE_ROW, "SQLite has no such card");
   }
+  static uint32_t Count(sqlite3_stmt *like, char const *text);
 };
 
 SqliteCards::SqliteCards(std::string const &path, CardWork const &work)
@@ -166,8 +167,7 @@ uint32_t SqliteCards::FindByName(char const *name) {
   return id;
 }
 
-uint32_t SqliteCards::CountLike(char const *text, bool inTable) {
-  sqlite3_stmt *const like = inTable ? statements_->likeInTable : statements_->like;
+uint32_t SqliteCards::Statements::Count(sqlite3_stmt *like, char const *text) {
   uint32_t count = 0;
   sqlite3_bind_text(like, 1, text, -1, SQLITE_STATIC);
   while (sqlite3_step(like) == SQLITE_ROW) count++;
@@ -175,123 +175,125 @@ uint32_t SqliteCards::CountLike(char const *text, bool inTable) {
   return count;
 }
 
+uint32_t SqliteCards::CountLike(char const *text) {
+  return Statements::Count(statements_->like, text);
+}
+
+uint32_t SqliteCards::CountLikeInTable(char const *text) {
+  return Statements::Count(statements_->likeInTable, text);
+}
+
 namespace {
 
-void CheckLmdb(int result) {
-  if (result != MDB_SUCCESS) Fail(std::string("LMDB: ") + mdb_strerror(result));
-}
+class LmdbCards : public CardStore {
+ public:
+  LmdbCards(std::string const &path, CardWork const &work, bool sync) : work_(work) {
+    Check(mdb_env_create(&environment_));
+    Check(mdb_env_set_mapsize(environment_, size_t{1} << 33));
+    unsigned int const flags = MDB_NOSUBDIR | MDB_NOTLS | (sync ? 0U : unsigned{MDB_NOSYNC});
+    Check(mdb_env_open(environment_, path.c_str(), flags, 0600));
+    Begin();
+    Check(mdb_dbi_open(writer_, nullptr, 0, &database_));
+    Commit();
+    Check(mdb_txn_begin(environment_, nullptr, MDB_RDONLY, &reader_));
+    mdb_txn_reset(reader_);
+  }
+  ~LmdbCards() override {
+    mdb_txn_abort(reader_);
+    mdb_env_close(environment_);
+  }
 
-}  // namespace
-
-struct LmdbCards::Environment {
-  MDB_env *environment = nullptr;
-  MDB_dbi database = 0;
-  MDB_txn *reader = nullptr;
-  MDB_txn *writer = nullptr;
-
-  void Begin() { CheckLmdb(mdb_txn_begin(environment, nullptr, 0, &writer)); }
-  void Commit() { CheckLmdb(mdb_txn_commit(writer)); }
-  void Put(CardWork const &work, uint32_t id) {
+  void Insert(uint32_t id) override { InsertAll(id, 1); }
+  void InsertAll(uint32_t first, uint32_t count) override {
+    for (uint32_t i = 0; i < count; i++) {
+      if (i % kInOne == 0) Begin();
+      Put(first + i);
+      if (i % kInOne == kInOne - 1 || i + 1 == count) Commit();
+    }
+  }
+  void Load(uint32_t id, PCardStorage *card) override {
     std::string key = KeyOf(id);
-    std::string record = RecordOf(work, id);
+    MDB_val keyValue = {key.size(), key.data()};
+    MDB_val value;
+    // As a program does that sees what others have written.
+    Check(mdb_txn_renew(reader_));
+    Check(mdb_get(reader_, database_, &keyValue, &value));
+    Fill(card, static_cast<char *>(value.mv_data) + kNames, value.mv_size - kNames);
+    mdb_txn_reset(reader_);
+  }
+  void Delete(uint32_t id) override {
+    std::string key = KeyOf(id);
+    MDB_val keyValue = {key.size(), key.data()};
+    Begin();
+    Check(mdb_del(writer_, database_, &keyValue, nullptr));
+    Commit();
+  }
+
+ private:
+  static void Check(int result) {
+    if (result != MDB_SUCCESS) Fail(std::string("LMDB: ") + mdb_strerror(result));
+  }
+  void Begin() { Check(mdb_txn_begin(environment_, nullptr, 0, &writer_)); }
+  void Commit() { Check(mdb_txn_commit(writer_)); }
+  void Put(uint32_t id) {
+    std::string key = KeyOf(id);
+    std::string record = RecordOf(work_, id);
     MDB_val keyValue = {key.size(), key.data()};
     MDB_val value = {record.size(), record.data()};
-    CheckLmdb(mdb_put(writer, database, &keyValue, &value, 0));
+    Check(mdb_put(writer_, database_, &keyValue, &value, 0));
   }
+
+  CardWork const &work_;
+  MDB_env *environment_ = nullptr;
+  MDB_dbi database_ = 0;
+  MDB_txn *reader_ = nullptr;
+  MDB_txn *writer_ = nullptr;
 };
 
-LmdbCards::LmdbCards(std::string const &path, CardWork const &work, bool sync)
-    : work_(work), environment_(std::make_unique<Environment>()) {
-  Environment &all = *environment_;
-  CheckLmdb(mdb_env_create(&all.environment));
-  CheckLmdb(mdb_env_set_mapsize(all.environment, size_t{1} << 33));
-  unsigned int const flags = MDB_NOSUBDIR | MDB_NOTLS | (sync ? 0U : unsigned{MDB_NOSYNC});
-  CheckLmdb(mdb_env_open(all.environment, path.c_str(), flags, 0600));
-  all.Begin();
-  CheckLmdb(mdb_dbi_open(all.writer, nullptr, 0, &all.database));
-  all.Commit();
-  CheckLmdb(mdb_txn_begin(all.environment, nullptr, MDB_RDONLY, &all.reader));
-  mdb_txn_reset(all.reader);
-}
-
-LmdbCards::~LmdbCards() {
-  mdb_txn_abort(environment_->reader);
-  mdb_env_close(environment_->environment);
-}
-
-void LmdbCards::Insert(uint32_t id) {
-  InsertAll(id, 1);
-}
-
-void LmdbCards::InsertAll(uint32_t first, uint32_t count) {
-  for (uint32_t i = 0; i < count; i++) {
-    if (i % kInOne == 0) environment_->Begin();
-    environment_->Put(work_, first + i);
-    if (i % kInOne == kInOne - 1 || i + 1 == count) environment_->Commit();
+class LevelCards : public CardStore {
+ public:
+  LevelCards(std::string const &path, CardWork const &work) : work_(work) {
+    leveldb::Options options;
+    options.create_if_missing = true;
+    leveldb::DB *opened = nullptr;
+    Check(leveldb::DB::Open(options, path, &opened));
+    database_.reset(opened);
   }
-}
 
-void LmdbCards::Load(uint32_t id, PCardStorage *card) {
-  Environment const &all = *environment_;
-  std::string key = KeyOf(id);
-  MDB_val keyValue = {key.size(), key.data()};
-  MDB_val value;
-  // As a program does that sees what others have written.
-  CheckLmdb(mdb_txn_renew(all.reader));
-  CheckLmdb(mdb_get(all.reader, all.database, &keyValue, &value));
-  Fill(card, static_cast<char *>(value.mv_data) + kNames, value.mv_size - kNames);
-  mdb_txn_reset(all.reader);
-}
+  void Insert(uint32_t id) override { Check(database_->Put({}, KeyOf(id), RecordOf(work_, id))); }
+  void InsertAll(uint32_t first, uint32_t count) override {
+    leveldb::WriteBatch batch;
+    for (uint32_t i = 0; i < count; i++) {
+      batch.Put(KeyOf(first + i), RecordOf(work_, first + i));
+      if (i % kInOne != kInOne - 1 && i + 1 < count) continue;
+      Check(database_->Write({}, &batch));
+      batch.Clear();
+    }
+  }
+  void Load(uint32_t id, PCardStorage *card) override {
+    std::string record;
+    Check(database_->Get({}, KeyOf(id), &record));
+    Fill(card, record.data() + kNames, record.size() - kNames);
+  }
+  void Delete(uint32_t id) override { Check(database_->Delete({}, KeyOf(id))); }
 
-void LmdbCards::Delete(uint32_t id) {
-  std::string key = KeyOf(id);
-  MDB_val keyValue = {key.size(), key.data()};
-  environment_->Begin();
-  CheckLmdb(mdb_del(environment_->writer, environment_->database, &keyValue, nullptr));
-  environment_->Commit();
-}
-
-struct LevelCards::Database {
-  std::unique_ptr<leveldb::DB> database;
-
+ private:
   static void Check(leveldb::Status const &status) {
     if (!status.ok()) Fail("LevelDB: " + status.ToString());
   }
+
+  CardWork const &work_;
+  std::unique_ptr<leveldb::DB> database_;
 };
 
-LevelCards::LevelCards(std::string const &path, CardWork const &work)
-    : work_(work), database_(std::make_unique<Database>()) {
-  leveldb::Options options;
-  options.create_if_missing = true;
-  leveldb::DB *opened = nullptr;
-  Database::Check(leveldb::DB::Open(options, path, &opened));
-  database_->database.reset(opened);
+}  // namespace
+
+std::unique_ptr<CardStore> OpenLmdb(std::string const &path, CardWork const &work, bool sync) {
+  return std::make_unique<LmdbCards>(path, work, sync);
 }
 
-LevelCards::~LevelCards() = default;
-
-void LevelCards::Insert(uint32_t id) {
-  Database::Check(database_->database->Put({}, KeyOf(id), RecordOf(work_, id)));
-}
-
-void LevelCards::InsertAll(uint32_t first, uint32_t count) {
-  leveldb::WriteBatch batch;
-  for (uint32_t i = 0; i < count; i++) {
-    batch.Put(KeyOf(first + i), RecordOf(work_, first + i));
-    if (i % kInOne != kInOne - 1 && i + 1 < count) continue;
-    Database::Check(database_->database->Write({}, &batch));
-    batch.Clear();
-  }
-}
-
-void LevelCards::Load(uint32_t id, PCardStorage *card) {
-  std::string record;
-  Database::Check(database_->database->Get({}, KeyOf(id), &record));
-  Fill(card, record.data() + kNames, record.size() - kNames);
-}
-
-void LevelCards::Delete(uint32_t id) {
-  Database::Check(database_->database->Delete({}, KeyOf(id)));
+std::unique_ptr<CardStore> OpenLevel(std::string const &path, CardWork const &work) {
+  return std::make_unique<LevelCards>(path, work);
 }
 
 }  // namespace zolt::bench

@@ -22,32 +22,53 @@ class CardWork {
   char const *name(uint32_t number) const;
 
  private:
-  std::vector<std::unique_ptr<PCardStorage>> cards_;
+  std::vector<std::unique_ptr<CallCard>> cards_;
   std::vector<std::string> lists_;
   mutable char name_[32];
 };
 
-// What a program would keep cards in instead. A read fills a PCardStorage in all of them, and one
-// that finds nothing ends the program.
+// What cards are kept in. A read fills a PCardStorage in all of them, and one that finds nothing
+// ends the program.
+class CardStore {
+ public:
+  CardStore() = default;
+  virtual ~CardStore() = default;
+  CardStore(CardStore const &) = delete;
+  CardStore &operator=(CardStore const &) = delete;
+
+  // Each on its own, or many in one transaction, or in few.
+  virtual void Insert(uint32_t id) = 0;
+  virtual void InsertAll(uint32_t first, uint32_t count) = 0;
+  virtual void Load(uint32_t id, PCardStorage *card) = 0;
+  virtual void Delete(uint32_t id) = 0;
+};
+
+class CardQueries : public CardStore {
+ public:
+  // The three names.
+  virtual void FindById(uint32_t id) = 0;
+  virtual uint32_t FindByName(char const *name) = 0;
+  // How many names contain a text.
+  virtual uint32_t CountLike(char const *text) = 0;
+};
+
+// What a program would take instead of ours.
 
 // One table with an index on the name, a log (WAL, synchronous NORMAL), statements prepared once.
-class SqliteCards {
+class SqliteCards : public CardQueries {
  public:
   SqliteCards(std::string const &path, CardWork const &work);
-  ~SqliteCards();
-  SqliteCards(SqliteCards const &) = delete;
-  SqliteCards &operator=(SqliteCards const &) = delete;
+  ~SqliteCards() override;
 
-  // Each on its own, or many in one transaction.
-  void Insert(uint32_t id);
-  void InsertAll(uint32_t first, uint32_t count);
-  void Load(uint32_t id, PCardStorage *card);
-  void Delete(uint32_t id);
-  // The three names.
-  void FindById(uint32_t id);
-  uint32_t FindByName(char const *name);
-  // How many names contain a text: by the index of names, or by the table.
-  uint32_t CountLike(char const *text, bool inTable = false);
+  void Insert(uint32_t id) override;
+  void InsertAll(uint32_t first, uint32_t count) override;
+  void Load(uint32_t id, PCardStorage *card) override;
+  void Delete(uint32_t id) override;
+  void FindById(uint32_t id) override;
+  uint32_t FindByName(char const *name) override;
+  // By the index of names, or by the table.
+  uint32_t CountLike(char const *text) override;
+  uint32_t CountLikeInTable(char const *text);
 
  private:
   struct Statements;
@@ -55,43 +76,10 @@ class SqliteCards {
   std::unique_ptr<Statements> statements_;
 };
 
-// Keys are ids in the order of their bytes; the names stand before the list. With or without a sync
-// at each commit.
-class LmdbCards {
- public:
-  LmdbCards(std::string const &path, CardWork const &work, bool sync);
-  ~LmdbCards();
-  LmdbCards(LmdbCards const &) = delete;
-  LmdbCards &operator=(LmdbCards const &) = delete;
-
-  void Insert(uint32_t id);
-  void InsertAll(uint32_t first, uint32_t count);
-  void Load(uint32_t id, PCardStorage *card);
-  void Delete(uint32_t id);
-
- private:
-  struct Environment;
-  CardWork const &work_;
-  std::unique_ptr<Environment> environment_;
-};
-
-class LevelCards {
- public:
-  LevelCards(std::string const &path, CardWork const &work);
-  ~LevelCards();
-  LevelCards(LevelCards const &) = delete;
-  LevelCards &operator=(LevelCards const &) = delete;
-
-  void Insert(uint32_t id);
-  void InsertAll(uint32_t first, uint32_t count);
-  void Load(uint32_t id, PCardStorage *card);
-  void Delete(uint32_t id);
-
- private:
-  struct Database;
-  CardWork const &work_;
-  std::unique_ptr<Database> database_;
-};
+// Keys are ids in the order of their bytes; the names stand before the list. LMDB with or without a
+// sync at each commit.
+std::unique_ptr<CardStore> OpenLmdb(std::string const &path, CardWork const &work, bool sync);
+std::unique_ptr<CardStore> OpenLevel(std::string const &path, CardWork const &work);
 
 }  // namespace zolt::bench
 

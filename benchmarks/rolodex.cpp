@@ -24,37 +24,39 @@ constexpr uint32_t kSingles = 1000;  // of single operations in a round
 constexpr uint32_t kSynced = 20;     // of those that wait for a disk
 constexpr char kCommonText[] = "lace 0000001";
 
-class OurCards {
+class OurCards : public CardQueries {
  public:
   OurCards(std::string const &path, CardWork const &work) : path_(path), work_(work) {
     if (access(path.c_str(), F_OK) != 0) Require(Rolodex::Create(path.c_str()) == 0, "no new file");
     Open();
   }
 
-  ~OurCards() { _DisposeMem(list_); }
-  OurCards(OurCards const &) = delete;
-  OurCards &operator=(OurCards const &) = delete;
+  ~OurCards() override { _DisposeMem(list_); }
 
   void Open() { Require(book_.Open(path_.c_str(), 0) == 0, "our file did not open"); }
   void Close() { book_.Close(); }
-  void Insert(uint32_t id) {
+  void Insert(uint32_t id) override {
     Require(book_.CreateCard(work_.card(id), work_.name(id), "", "", nullptr) != 0, "no new card");
   }
-  void InsertAll(uint32_t first, uint32_t count) {
+  void InsertAll(uint32_t first, uint32_t count) override {
     constexpr uint32_t kInOne = 10'000;
     for (uint32_t done = 0; done < count; done += kInOne)
       InsertMany(first + done, std::min(kInOne, count - done));
   }
-  void Load(uint32_t id, PCardStorage *card) { Require(book_.LoadCard(id, card) != 0, "no card"); }
-  void Delete(uint32_t id) { Require(book_.DeleteCard(id) != 0, "no card to delete"); }
-  void FindById(uint32_t id) {
+  void Load(uint32_t id, PCardStorage *card) override {
+    Require(book_.LoadCard(id, card) != 0, "no card");
+  }
+  void Delete(uint32_t id) override { Require(book_.DeleteCard(id) != 0, "no card to delete"); }
+  void FindById(uint32_t id) override {
     char names[3][32];
     Require(book_.GetCardName(id, names[0], names[1], names[2]) != 0, "no names");
   }
-  uint32_t FindByName(char const *name) { return book_.FindCard(name, nullptr, nullptr, nullptr); }
+  uint32_t FindByName(char const *name) override {
+    return book_.FindCard(name, nullptr, nullptr, nullptr);
+  }
   // The cards that CountLike looks at.
   void ListAll() { book_.SelectByCategory(nullptr, nullptr, nullptr, &list_); }
-  uint32_t CountLike(char const *text) {
+  uint32_t CountLike(char const *text) override {
     return book_.Select(list_, "_Label", CSContains, text, 127);
   }
   Rolodex &book() { return book_; }
@@ -121,9 +123,9 @@ class Bench {
         sqlite.InsertAll(1, count_);
       });
       Time("fill.lmdb", count_,
-           [&] { LmdbCards(File(".lmdb"), work_, false).InsertAll(1, count_); });
+           [&] { OpenLmdb(File(".lmdb"), work_, false)->InsertAll(1, count_); });
       Time("fill.leveldb", count_,
-           [&] { LevelCards(File(".leveldb"), work_).InsertAll(1, count_); });
+           [&] { OpenLevel(File(".leveldb"), work_)->InsertAll(1, count_); });
     }
   }
   void RemoveFiles() const {
@@ -133,8 +135,7 @@ class Bench {
     leveldb::DestroyDB(File(".leveldb"), {});
   }
 
-  template <typename Store>
-  void TimeLoads(char const *name, Store *store) {
+  void TimeLoads(char const *name, CardStore *store) {
     std::vector<uint32_t> ids(kSingles * 10);
     for (uint32_t &id : ids) id = Any();
     PCardStorage card;
@@ -142,8 +143,7 @@ class Bench {
       for (uint32_t const id : ids) store->Load(id, &card);
     });
   }
-  template <typename Store>
-  void TimeFinds(char const *name, Store *store) {
+  void TimeFinds(char const *name, CardQueries *store) {
     std::vector<uint32_t> ids(kSingles * 10);
     for (uint32_t &id : ids) id = Any();
     std::string const ending = std::string(".") + name;
@@ -164,30 +164,29 @@ class Bench {
   void Reads() {
     OurCards ours(File(".ours"), work_);
     SqliteCards sqlite(File(".sqlite"), work_);
-    LmdbCards lmdb(File(".lmdb"), work_, false);
-    LevelCards level(File(".leveldb"), work_);
+    auto const lmdb = OpenLmdb(File(".lmdb"), work_, false);
+    auto const level = OpenLevel(File(".leveldb"), work_);
     for (int i = 0; i < 3; i++) ours.FindByName(work_.name(1));
     ours.ListAll();
     for (int round = 0; round < kRounds; round++) {
       TimeLoads("ours", &ours);
       TimeLoads("sqlite", &sqlite);
-      TimeLoads("lmdb", &lmdb);
-      TimeLoads("leveldb", &level);
+      TimeLoads("lmdb", lmdb.get());
+      TimeLoads("leveldb", level.get());
       TimeFinds("ours", &ours);
       TimeFinds("sqlite", &sqlite);
-      Time("select.sqlite_table", 1, [&] { sqlite.CountLike(kCommonText, true); });
+      Time("select.sqlite_table", 1, [&] { sqlite.CountLikeInTable(kCommonText); });
     }
   }
 
-  template <typename Store>
-  void TimeInserts(char const *name, Store *store, uint32_t count, uint32_t first) {
+  void TimeInserts(char const *name, CardStore *store, uint32_t count, uint32_t first) {
     Time(std::string("insert.") + name, count, [&] {
       for (uint32_t i = 0; i < count; i++) store->Insert(first + i);
     });
   }
   // In each step a card is deleted, and another one is made.
-  template <typename Store>
-  void TimeTurns(char const *name, Store *store, uint32_t count, uint32_t first, uint32_t next) {
+  void TimeTurns(char const *name, CardStore *store, uint32_t count, uint32_t first,
+                 uint32_t next) {
     Time(std::string("turn.") + name, count, [&] {
       for (uint32_t i = 0; i < count; i++) {
         store->Delete(first + i);
@@ -198,29 +197,29 @@ class Bench {
   void Singles() {
     OurCards ours(File(".ours"), work_);
     SqliteCards sqlite(File(".sqlite"), work_);
-    LmdbCards lmdb(File(".lmdb"), work_, false);
-    LmdbCards synced(File(".synced"), work_, true);
-    LevelCards level(File(".leveldb"), work_);
+    auto const lmdb = OpenLmdb(File(".lmdb"), work_, false);
+    auto const synced = OpenLmdb(File(".synced"), work_, true);
+    auto const level = OpenLevel(File(".leveldb"), work_);
     uint32_t next = count_ + 1;
     ours.FindByName(work_.name(1));
     // The first change takes the index away.
     ours.Insert(next);
     sqlite.Insert(next);
-    lmdb.Insert(next);
-    level.Insert(next++);
+    lmdb->Insert(next);
+    level->Insert(next++);
     for (int round = 0; round < kRounds; round++) {
       TimeInserts("ours", &ours, kSingles, next);
       TimeInserts("sqlite", &sqlite, kSingles, next);
-      TimeInserts("lmdb", &lmdb, kSingles, next);
-      TimeInserts("leveldb", &level, kSingles, next);
-      TimeInserts("lmdb_synced", &synced, kSynced, next);
+      TimeInserts("lmdb", lmdb.get(), kSingles, next);
+      TimeInserts("leveldb", level.get(), kSingles, next);
+      TimeInserts("lmdb_synced", synced.get(), kSynced, next);
       next += kSingles;
       uint32_t const first = 1 + static_cast<uint32_t>(round) * (count_ / kRounds);
       uint32_t const turns = std::min(kSingles, count_ / kRounds);
       TimeTurns("ours", &ours, turns, first, next);
       TimeTurns("sqlite", &sqlite, turns, first, next);
-      TimeTurns("lmdb", &lmdb, turns, first, next);
-      TimeTurns("leveldb", &level, turns, first, next);
+      TimeTurns("lmdb", lmdb.get(), turns, first, next);
+      TimeTurns("leveldb", level.get(), turns, first, next);
       next += turns;
     }
     last_ = next - 1;

@@ -1,6 +1,7 @@
 #ifndef ZOLT41_ROLODEX_CARD_ENTRY_H_
 #define ZOLT41_ROLODEX_CARD_ENTRY_H_
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
@@ -82,6 +83,14 @@ static_assert(sizeof(CardEntry) == kEntrySize);
 // stands for all categories), and back: `list` has room for 129 bytes. A null list is empty.
 CategorySet CategoryBits(unsigned char const *list);
 void CategoryList(CategorySet const &set, unsigned char *list);
+
+// Whether a set has all of the wanted categories, or one of them at least.
+inline bool HasAll(CategorySet const &set, CategorySet const &wanted) {
+  return std::ranges::equal(set, wanted, [](uint32_t a, uint32_t b) { return (a & b) == b; });
+}
+inline bool HasAny(CategorySet const &set, CategorySet const &wanted) {
+  return !std::ranges::equal(set, wanted, [](uint32_t a, uint32_t b) { return (a & b) == 0; });
+}
 
 }  // namespace zolt
 

@@ -90,8 +90,7 @@ bool DatabaseFile::Restore(uint32_t end) {
   return Cut(end + kEndMarkSize) ? false : Break();
 }
 
-// The bytes that make a step valid.
-bool DatabaseFile::Commit(uint32_t end, uint32_t position, std::string_view bytes) {
+bool DatabaseFile::Put(uint32_t end, uint32_t position, std::string_view bytes) {
   Piece const piece = {position, bytes};
   uint32_t const unit = durable_ ? kSector : kWholeWrite;
   if (!WrittenAsOne(position, bytes.size(), unit)) return PutPieces(end, {&piece, 1});
@@ -111,17 +110,13 @@ bool DatabaseFile::Append(uint32_t end, std::string_view records) {
   // The end mark stays until its place becomes the position of the first new record.
   auto const newEnd = static_cast<uint32_t>(end + records.size() - kEndMarkSize);
   bool const written = Write(end + kEndMarkSize, records.substr(kEndMarkSize)) && Barrier();
-  return written && Commit(newEnd, end, records.substr(0, kEndMarkSize)) ? true : Restore(end);
+  return written && Put(newEnd, end, records.substr(0, kEndMarkSize)) ? true : Restore(end);
 }
 
 bool DatabaseFile::FillFree(uint32_t end, uint32_t position, std::string_view record) {
   constexpr uint32_t kCommitted = kCategoriesOffset - kIdOffset;
   return Write(position + kCategoriesOffset, record.substr(kCategoriesOffset)) && Barrier() &&
-         Commit(end, position + kIdOffset, record.substr(kIdOffset, kCommitted));
-}
-
-bool DatabaseFile::Put(uint32_t end, uint32_t position, std::string_view bytes) {
-  return Commit(end, position, bytes);
+         Put(end, position + kIdOffset, record.substr(kIdOffset, kCommitted));
 }
 
 bool DatabaseFile::Apply(std::span<Piece const> pieces) {

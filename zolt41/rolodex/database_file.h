@@ -51,12 +51,11 @@ class DatabaseFile {
   bool Cut(uint32_t size);
   bool Sync();
 
-  // Adds records behind the last one: `records` ends in the new end mark. Those of a new place in a
-  // free record are a step, too, if it is one that FillFree takes.
+  // Adds records behind the last one: `records` ends in the new end mark.
   bool Append(uint32_t end, std::string_view records);
   // Makes a card of a free record, by all of its bytes and the head of the rest behind them.
   bool FillFree(uint32_t end, uint32_t position, std::string_view record);
-  // Changes bytes of a head.
+  // Changes bytes of a head, or others that make what was written before them valid.
   bool Put(uint32_t end, uint32_t position, std::string_view bytes);
   // From now on Put does not wait for the disk, until SyncDelayed waits for all of them.
   void Delay() { delayed_ = true; }
@@ -73,7 +72,6 @@ class DatabaseFile {
   Written TryWrite(uint32_t position, std::string_view bytes);
   bool Barrier() { return !durable_ || Sync(); }
   bool Restore(uint32_t end);
-  bool Commit(uint32_t end, uint32_t position, std::string_view bytes);
   bool Apply(std::span<Piece const> pieces);
 
   uint32_t handle_;

@@ -3,11 +3,13 @@
 #include <algorithm>
 
 #include "zolt41/platform/system/file.h"
+#include "zolt41/rolodex/sequential_writer.h"
 
 namespace zolt {
 namespace {
 
 constexpr uint32_t kWindow = 256 * 1024;
+constexpr uint32_t kCopied = 65536;
 
 }  // namespace
 
@@ -34,6 +36,16 @@ std::string_view RecordWindow::At(uint32_t position, uint32_t count) {
   }
   uint32_t const offset = position - position_;
   return {bytes_.data() + offset, std::min(count, count_ - offset)};
+}
+
+bool CopyBytes(RecordWindow *window, uint32_t from, uint32_t to, SequentialWriter *writer) {
+  while (from < to) {
+    std::string_view const bytes = window->At(from, std::min(to - from, kCopied));
+    if (bytes.empty()) return false;
+    writer->Add(bytes);
+    from += static_cast<uint32_t>(bytes.size());
+  }
+  return true;
 }
 
 }  // namespace zolt

@@ -10,6 +10,8 @@
 
 namespace zolt {
 
+class SequentialWriter;
+
 // Reads a file from front to back in large pieces.
 class RecordWindow {
  public:
@@ -32,6 +34,9 @@ class RecordWindow {
   uint32_t count_ = 0;
   bool failed_ = false;
 };
+
+// Copies the bytes from `from` up to `to`. False if they cannot be read.
+bool CopyBytes(RecordWindow *window, uint32_t from, uint32_t to, SequentialWriter *writer);
 
 }  // namespace zolt
 

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <string>
 
 #include "zolt41/foundation/endian.h"
@@ -14,8 +13,6 @@
 using namespace zolt;
 
 namespace {
-
-constexpr uint32_t kCopied = 65536;
 
 void SwapWords(char *bytes, uint32_t count) {
   for (uint32_t i = 0; i < count; i++, bytes += 4)
@@ -53,14 +50,9 @@ uint32_t CopySwapped(DatabaseFile const &file, uint32_t size, SequentialWriter *
     *broken = !StandsAt(entry, position, size);
     if (*broken) break;
     writer->Add(head);
-    for (uint32_t at = position + kEntrySize; at < entry.end();) {
-      auto const rest = static_cast<uint32_t>(entry.end()) - at;
-      std::string_view const body = window.At(at, std::min(rest, kCopied));
-      if (body.empty()) return 0;
-      writer->Add(body);
-      at += static_cast<uint32_t>(body.size());
-    }
-    position = static_cast<uint32_t>(entry.end());
+    auto const end = static_cast<uint32_t>(entry.end());
+    if (!CopyBytes(&window, position + kEntrySize, end, writer)) return 0;
+    position = end;
   }
   return window.failed() ? 0 : position;
 }

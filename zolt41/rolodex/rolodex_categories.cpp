@@ -1,6 +1,5 @@
-#include <algorithm>
 #include <cstring>
-#include <vector>
+#include <string>
 
 #include "zolt41/foundation/endian.h"
 #include "zolt41/platform/system/last_failure.h"
@@ -21,10 +20,6 @@ constexpr uint32_t kSetSize = sizeof(CategorySet);
 CategorySet Changed(CategorySet set, CategorySet const &remove, CategorySet const &add) {
   for (uint32_t i = 0; i < set.size(); i++) set[i] = (set[i] & ~remove[i]) | add[i];
   return set;
-}
-
-bool HasAll(CategorySet const &set, CategorySet const &wanted) {
-  return std::ranges::equal(set, wanted, [](uint32_t a, uint32_t b) { return (a & b) == b; });
 }
 
 }  // namespace

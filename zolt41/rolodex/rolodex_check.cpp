@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "zolt41/foundation/afs_file.h"
-#include "zolt41/foundation/mem_block.h"
 #include "zolt41/platform/system/file.h"
 #include "zolt41/platform/system/last_failure.h"
+#include "zolt41/rolodex/card_record.h"
 #include "zolt41/rolodex/category_table.h"
 #include "zolt41/rolodex/record_scan.h"
 #include "zolt41/rolodex/rolodex_format.h"
@@ -75,10 +75,8 @@ class Repaired : public Rolodex {
   bool IsThere(uint32_t id, FoundRecord const &record) {
     PCardStorage card;
     if (LoadCard(id, &card) == 0) return false;
-    char *const list = card.Get();
-    bool const same = std::string_view(list, GetMemSize(list)) == record.body;
-    _DisposeMem(list);
-    return same;
+    CardBody const body(&card);
+    return body.good() && body.bytes() == record.body;
   }
 
   uint32_t cards_ = 0;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -19,7 +18,6 @@ namespace {
 constexpr uint64_t kWorthFree = 50000;
 constexpr uint64_t kWorthShare = 5;  // of what the cards take
 constexpr uint32_t kBatch = 1024 * 1024;
-constexpr uint32_t kCopied = 65536;
 
 // The head of a record with another position, without the marks that are in memory only.
 std::string MovedHead(std::string_view stored, CardEntry const &entry, uint32_t position) {
@@ -35,14 +33,8 @@ bool CopyRecord(RecordWindow *window, CardEntry const &entry, SequentialWriter *
   std::string_view const head = window->At(entry.position(), kEntrySize);
   if (head.size() < kEntrySize) return false;
   writer->Add(MovedHead(head, entry, writer->position()));
-  auto const end = static_cast<uint32_t>(entry.end());
-  for (uint32_t at = entry.position() + kEntrySize; at < end;) {
-    std::string_view const body = window->At(at, std::min(end - at, kCopied));
-    if (body.empty()) return false;
-    writer->Add(body);
-    at += static_cast<uint32_t>(body.size());
-  }
-  return true;
+  return CopyBytes(window, entry.position() + kEntrySize, static_cast<uint32_t>(entry.end()),
+                   writer);
 }
 
 bool CopyFront(DatabaseFile const &file, SequentialWriter *writer) {
@@ -165,12 +157,9 @@ int32_t Rolodex::Compact(int32_t force) {
   if (!BeginChange() || !PaysToCompact(force)) return 0;
   std::vector<CardEntry> entries = CompactedEntries();
   uint32_t const lastId = state_->index->lastId();
-  if (CompactIntoNewFile()) {
-    ClearFailure();
-  } else {
-    ClearFailure();
-    if (!CompactInPlace()) return 0;
-  }
+  bool const renewed = CompactIntoNewFile();
+  ClearFailure();
+  if (!renewed && !CompactInPlace()) return 0;
   dirty_ = 1;
   state_->index.emplace(std::move(entries), lastId);
   return 1;

@@ -16,18 +16,6 @@ namespace {
 constexpr char kLabelProperty[] = "_Label";
 constexpr uint32_t kListItem = 4;
 
-bool HoldsAll(CategorySet const &set, CategorySet const &wanted) {
-  for (uint32_t i = 0; i < set.size(); i++)
-    if ((set[i] & wanted[i]) != wanted[i]) return false;
-  return true;
-}
-
-bool HoldsAny(CategorySet const &set, CategorySet const &wanted) {
-  for (uint32_t i = 0; i < set.size(); i++)
-    if ((set[i] & wanted[i]) != 0) return true;
-  return false;
-}
-
 // Clears a category of all cards on the way through a list, which mostly has them in their order:
 // so they are looked at once.
 class Unmarking {
@@ -62,7 +50,7 @@ uint32_t Rolodex::SelectByCategory(unsigned char const *required, unsigned char 
     CardEntry const &entry = index.at(slot);
     if (entry.free()) return;
     CategorySet const set = entry.categories();
-    if (!HoldsAll(set, wanted) || (HoldsAny(set, excluded) && !HoldsAny(set, kept))) return;
+    if (!HasAll(set, wanted) || (HasAny(set, excluded) && !HasAny(set, kept))) return;
     uint32_t const id = entry.id();
     std::memcpy(*cards + size_t{count++} * kListItem, &id, kListItem);
   });

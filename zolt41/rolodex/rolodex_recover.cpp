@@ -17,20 +17,13 @@ namespace zolt {
 namespace {
 
 constexpr uint32_t kLostFiles = 10000;
-constexpr uint32_t kCopied = 65536;
 
 // The same bytes at the same positions, so that a record that is among them still stands where it
 // says.
 bool CopyFrom(DatabaseFile const &file, uint32_t from, uint32_t size, uint32_t to) {
   RecordWindow window(file);
   SequentialWriter writer(to, from);
-  while (from < size && !window.failed()) {
-    std::string_view const bytes = window.At(from, std::min(size - from, kCopied));
-    if (bytes.empty()) return false;
-    writer.Add(bytes);
-    from += static_cast<uint32_t>(bytes.size());
-  }
-  return writer.Finish() && !window.failed() && FlushFileBuffers(to) != 0;
+  return CopyBytes(&window, from, size, &writer) && writer.Finish() && FlushFileBuffers(to) != 0;
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "zolt41/platform/system/file_beside.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -11,6 +9,7 @@
 #include "zolt41/platform/system/file.h"
 #include "zolt41/platform/system/file_calls.h"
 #include "zolt41/platform/system/last_failure.h"
+#include "zolt41/platform/system/replaced_file.h"
 
 namespace zolt {
 namespace {
@@ -26,28 +25,15 @@ std::string PathOf(int descriptor) {
   return length <= 0 ? "" : std::string(path, static_cast<size_t>(length));
 }
 
-std::string DirectoryOf(std::string const &path) {
-  return path.substr(0, path.rfind('/') + 1);
-}
-
 std::string NewNameOf(std::string const &path) {
-  return DirectoryOf(path) + "." + path.substr(path.rfind('/') + 1) + kEnding;
+  return DirectoryOf(path) + "." + NameOf(path) + kEnding;
 }
 
-// A new file can be as the old one, and stand where it stood.
-bool CanBeReplaced(int descriptor, std::string const &path, struct stat *old) {
+// It was not moved or removed since it was opened.
+bool StandsAt(std::string const &path, struct stat const &opened) {
   struct stat named {};
-  return fstat(descriptor, old) == 0 && stat(path.c_str(), &named) == 0 &&
-         old->st_ino == named.st_ino && old->st_dev == named.st_dev && old->st_nlink == 1 &&
-         old->st_uid == geteuid() &&
-         fgetxattr(descriptor, "system.posix_acl_access", nullptr, 0) <= 0;
-}
-
-void SyncDirectory(std::string const &path) {
-  int const directory = open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (directory < 0) return;
-  TheFileCalls().sync(directory);
-  close(directory);
+  return stat(path.c_str(), &named) == 0 && opened.st_ino == named.st_ino &&
+         opened.st_dev == named.st_dev;
 }
 
 }  // namespace
@@ -69,7 +55,7 @@ FileBeside::FileBeside(uint32_t file) : file_(file) {
   int const descriptor = DescriptorOf(file);
   path_ = PathOf(descriptor);
   struct stat old {};
-  if (path_.empty() || !CanBeReplaced(descriptor, path_, &old)) {
+  if (path_.empty() || !CanBeReplaced(descriptor, &old) || !StandsAt(path_, old)) {
     SetFailure(Failure::denied, path_);
     return;
   }
@@ -81,11 +67,7 @@ FileBeside::FileBeside(uint32_t file) : file_(file) {
     return;
   }
   handle_ = made;
-  int const created = DescriptorOf(made);
-  if (fchown(created, static_cast<uid_t>(-1), old.st_gid) == 0 &&
-      fchmod(created, old.st_mode & 07777) == 0) {
-    return;
-  }
+  if (MakeLike(DescriptorOf(made), old)) return;
   SetFailure(FailureFromErrno(errno), path_);
   CloseHandle(handle_);
   handle_ = 0;
@@ -103,7 +85,7 @@ bool FileBeside::Commit() {
     return false;
   }
   beside_.clear();
-  SyncDirectory(path_);
+  SyncDirectoryOf(path_);
   TakeHandle(file_, handle_);
   handle_ = 0;
   return true;

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
-#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -15,6 +14,7 @@
 
 #include "zolt41/platform/system/file.h"
 #include "zolt41/platform/system/last_failure.h"
+#include "zolt41/platform/system/replaced_file.h"
 #include "zolt41/platform/system/system_path.h"
 
 namespace zolt {
@@ -38,22 +38,6 @@ std::string Resolved(std::string const &path) {
   }
   errno = ELOOP;
   return "";
-}
-
-std::string DirectoryOf(std::string const &path) {
-  size_t const slash = path.rfind('/');
-  return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
-}
-
-std::string NameOf(std::string const &path) {
-  return path.substr(path.rfind('/') + 1);
-}
-
-// A new file with these properties would be as the old one.
-bool CanBeReplaced(int descriptor, struct stat const &status) {
-  bool const ours = status.st_uid == geteuid() && status.st_nlink == 1;
-  bool const lists = fgetxattr(descriptor, "system.posix_acl_access", nullptr, 0) > 0;
-  return ours && !lists;
 }
 
 bool IsAlive(std::string_view process) {
@@ -116,8 +100,7 @@ void FileReplacement::OpenTarget() {
     return;
   }
   int const descriptor = DescriptorOf(target_);
-  if (fstat(descriptor, &status) != 0) return Fail(errno);
-  if (CanBeReplaced(descriptor, status) && OpenBesideLike(status)) return;
+  if (CanBeReplaced(descriptor, &status) && OpenBesideLike(status)) return;
   if (!good_) return;
   descriptor_ = descriptor;
   if (ftruncate(descriptor_, 0) != 0) Fail(errno);
@@ -132,10 +115,7 @@ bool FileReplacement::OpenBesideLike(struct stat const &old) {
     return false;
   }
   // In a group that is not the user's the file could not stay.
-  if (fchown(descriptor_, static_cast<uid_t>(-1), old.st_gid) == 0 &&
-      fchmod(descriptor_, old.st_mode & 07777) == 0) {
-    return true;
-  }
+  if (MakeLike(descriptor_, old)) return true;
   DropBeside();
   return false;
 }
@@ -189,11 +169,7 @@ bool FileReplacement::Rename() {
     return false;
   }
   beside_.clear();
-  int const directory = open(DirectoryOf(path_).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (directory >= 0) {
-    fsync(directory);
-    close(directory);
-  }
+  SyncDirectoryOf(path_);
   return true;
 }
 

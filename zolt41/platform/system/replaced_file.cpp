@@ -1,0 +1,38 @@
+#include "zolt41/platform/system/replaced_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/xattr.h>
+#include <unistd.h>
+
+namespace zolt {
+
+std::string DirectoryOf(std::string const &path) {
+  size_t const slash = path.rfind('/');
+  return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+std::string NameOf(std::string const &path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+bool CanBeReplaced(int descriptor, struct stat *status) {
+  return fstat(descriptor, status) == 0 && status->st_uid == geteuid() && status->st_nlink == 1 &&
+         fgetxattr(descriptor, "system.posix_acl_access", nullptr, 0) <= 0;
+}
+
+bool MakeLike(int descriptor, struct stat const &old) {
+  return fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) == 0 &&
+         fchmod(descriptor, old.st_mode & 07777) == 0;
+}
+
+void SyncDirectoryOf(std::string const &path) {
+  int const directory = open(DirectoryOf(path).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (directory < 0) return;
+  // Not fdatasync: a name that takes another one's place need not change the directory's size, and
+  // then is no data of it to some file systems.
+  fsync(directory);
+  close(directory);
+}
+
+}  // namespace zolt
