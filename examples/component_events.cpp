@@ -7,13 +7,11 @@
 //
 // The class must be registered: zolt register.
 
-#include <sys/epoll.h>
-#include <unistd.h>
-
 #include <list>
 #include <map>
 
 #include "component_helpers.h"
+#include "epoll_loop.h"
 
 namespace {
 
@@ -66,27 +64,6 @@ class Sink : public IPropertyNotifySink {
   Values values_;
 };
 
-// Takes messages until the standard input ends.
-void Loop() {
-  int const loop = epoll_create1(EPOLL_CLOEXEC);
-  for (int const descriptor : {ZOLTQueueDescriptor(), STDIN_FILENO}) {
-    epoll_event event = {EPOLLIN, {}};
-    event.data.fd = descriptor;
-    epoll_ctl(loop, EPOLL_CTL_ADD, descriptor, &event);
-  }
-  for (;;) {
-    epoll_event event{};
-    if (epoll_wait(loop, &event, 1, -1) != 1) continue;
-    if (event.data.fd == STDIN_FILENO) {
-      char bytes[256];
-      if (read(STDIN_FILENO, bytes, sizeof bytes) <= 0) break;
-    } else {
-      ZOLTDeliver();
-    }
-  }
-  close(loop);
-}
-
 int Listen(int count, char **names) {
   Pointer<IPrefManager> manager;
   Pointer<IStorage> root;
@@ -108,9 +85,7 @@ int Listen(int count, char **names) {
   Sink sink(section);
   DWORD_PTR cookie = 0;
   if (FAILED(point->Advise(&sink, &cookie))) return 1;
-  std::puts("listening; end the input to stop");
-  std::fflush(stdout);
-  Loop();
+  ListenUntilInputEnds();
   point->Unadvise(cookie);
   return 0;
 }

@@ -2,12 +2,7 @@
 //
 //   g++ -std=c++20 epoll_listener.cpp $(pkg-config --cflags --libs zolt41)
 
-#include <sys/epoll.h>
-#include <unistd.h>
-
-#include <cstdio>
-
-#include "zolt41/zolt41.h"
+#include "epoll_loop.h"
 
 namespace {
 
@@ -35,28 +30,8 @@ int main() {
   auto *listener = new Listener();
   listener->AddNotificationAll();
   AddNotificationObject(listener);
-
-  int const loop = epoll_create1(EPOLL_CLOEXEC);
-  for (int const descriptor : {ZOLTQueueDescriptor(), STDIN_FILENO}) {
-    epoll_event event = {EPOLLIN, {}};
-    event.data.fd = descriptor;
-    epoll_ctl(loop, EPOLL_CTL_ADD, descriptor, &event);
-  }
-  std::puts("listening; end the input to stop");
-  std::fflush(stdout);
-  for (;;) {
-    epoll_event event{};
-    if (epoll_wait(loop, &event, 1, -1) != 1) continue;
-    if (event.data.fd == STDIN_FILENO) {
-      char bytes[256];
-      if (read(STDIN_FILENO, bytes, sizeof bytes) <= 0) break;
-    } else {
-      ZOLTDeliver();
-    }
-  }
-
+  ListenUntilInputEnds();
   RemoveNotificationObject(listener);
   listener->Release();
-  close(loop);
   DisposeZOLT();
 }

@@ -1,8 +1,8 @@
 #include "zolt41/comserver/class_factory.h"
 
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/comserver/pref_manager.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
 
 namespace zolt {
 namespace {

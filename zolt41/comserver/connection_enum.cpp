@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/platform/com/ref_counted.h"
 
 namespace zolt {

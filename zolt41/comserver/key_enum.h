@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <string>
 
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/platform/com/ref_counted.h"
 #include "zolt41/platform/registry/registry.h"
 

@@ -4,8 +4,8 @@
 #include <limits>
 #include <utility>
 
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/platform/com/memory_stream.h"
 #include "zolt41/platform/system/global_block.h"
 #include "zolt41/prefs/stores.h"

@@ -4,9 +4,9 @@
 #include <mutex>
 
 #include "zolt41/comserver/element_name.h"
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/comserver/property_enum.h"
 #include "zolt41/comserver/property_value.h"
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/prefs/section_name_hash.h"
 
 namespace zolt {

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <string_view>
 
-#include "zolt41/comserver/guarded.h"
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/prefs/stores.h"
 
 namespace zolt {

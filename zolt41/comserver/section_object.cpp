@@ -2,12 +2,12 @@
 
 #include <mutex>
 
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/comserver/point_container.h"
 #include "zolt41/comserver/property_view.h"
 #include "zolt41/comserver/section_map.h"
 #include "zolt41/comserver/storage_view.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/prefs/pref_sections.h"
 #include "zolt41/prefs/stores.h"
 

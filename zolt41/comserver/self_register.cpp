@@ -4,9 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "zolt41/comserver/element_name.h"
 #include "zolt41/comserver/pref_manager_interface.h"
-#include "zolt41/platform/com/com_alloc.h"
+#include "zolt41/platform/com/class_lookup.h"
 #include "zolt41/platform/com/module_path.h"
 #include "zolt41/platform/registry/classes_root.h"
 #include "zolt41/platform/registry/registry.h"
@@ -19,15 +18,6 @@ namespace {
 constexpr char kName[] = "Preference Manager";
 constexpr char kProgId[] = "Brindle.PrefManager";
 constexpr char kNumberedProgId[] = "Brindle.PrefManager.1";
-constexpr char kThreadingModel[] = "Apartment";
-
-std::string ClassIdText() {
-  LPOLESTR text = nullptr;
-  std::string narrow;
-  if (StringFromCLSID(CLSID_PrefManager, &text) == S_OK) NarrowName(text, &narrow);
-  CoTaskMemFree(text);
-  return narrow;
-}
 
 // The file that this library was loaded from; empty if it cannot be told or is too long.
 std::string ModulePath() {
@@ -84,16 +74,7 @@ void EnterModule(HKEY classes, std::string const &classKey, Outcome *outcome) {
     return outcome->Note(Enter(classes, classKey + "\\LocalServer32", nullptr, path));
   }
   outcome->Note(Enter(classes, classKey + "\\InprocServer32", nullptr, path));
-  HKEY key = 0;
-  int32_t result =
-      RegOpenKeyExA(classes, (classKey + "\\InprocServer32").c_str(), 0, KEY_SET_VALUE, &key);
-  if (result == ERROR_SUCCESS) {
-    result =
-        RegSetValueExA(key, "ThreadingModel", 0, REG_SZ,
-                       reinterpret_cast<uint8_t const *>(kThreadingModel), sizeof kThreadingModel);
-    RegCloseKey(key);
-  }
-  outcome->Note(result);
+  outcome->Note(Enter(classes, classKey + "\\InprocServer32", "ThreadingModel", "Apartment"));
 }
 
 int32_t DeleteTree(HKEY parent, char const *name) {
@@ -124,7 +105,7 @@ void EnterAll(HKEY root, Outcome *outcome) {
   HKEY classes = 0;
   outcome->Note(MakeClasses(root, &classes));
   if (classes == 0) return;
-  std::string const id = ClassIdText();
+  std::string const id = ClassIdText(CLSID_PrefManager);
   std::string const classKey = "CLSID\\" + id;
   std::string const numbered = kNumberedProgId;
   std::string const plain = kProgId;
@@ -152,7 +133,7 @@ void TakeAwayAll(HKEY root, Outcome *outcome) {
     return;
   HKEY ids = 0;
   if (RegOpenKeyExA(classes, "CLSID", 0, KEY_ALL_ACCESS, &ids) == ERROR_SUCCESS) {
-    TakeAway(ids, ClassIdText(), outcome);
+    TakeAway(ids, ClassIdText(CLSID_PrefManager), outcome);
     RegCloseKey(ids);
   }
   TakeAway(classes, kProgId, outcome);

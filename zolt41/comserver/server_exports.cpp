@@ -1,11 +1,11 @@
 #include "zolt41/comserver/server_exports.h"
 
 #include "zolt41/comserver/class_factory.h"
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/comserver/pref_manager_interface.h"
 #include "zolt41/comserver/self_register.h"
 #include "zolt41/comserver/server_refs.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
 
 HRESULT DllGetClassObject(REFCLSID id, REFIID iid, void **out) {
   if (id != CLSID_PrefManager) {

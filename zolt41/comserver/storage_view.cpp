@@ -3,10 +3,10 @@
 #include <string>
 
 #include "zolt41/comserver/element_name.h"
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/comserver/section_map.h"
 #include "zolt41/comserver/storage_enum.h"
 #include "zolt41/comserver/stream_view.h"
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/platform/registry/hive_status.h"
 
 namespace zolt {

@@ -5,25 +5,15 @@
 #include <limits>
 #include <mutex>
 
-#include "zolt41/comserver/guarded.h"
 #include "zolt41/comserver/whole_value.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
+#include "zolt41/platform/com/stream_count.h"
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/prefs/text_argument.h"
 
 namespace zolt {
-namespace {
-
-void Set(ULONG *place, ULONG value) {
-  if (place != nullptr) *place = value;
-}
-
-void Set(ULARGE_INTEGER *place, uint64_t value) {
-  if (place != nullptr) place->QuadPart = value;
-}
-
-}  // namespace
 
 ValueStream::ValueStream(TYPrefs *store, uint32_t section, std::string_view name, uint32_t mode)
     : store_(store), section_(section), mode_(mode) {

@@ -35,16 +35,6 @@ std::string TextOf(HKEY key) {
                                                                    : std::string();
 }
 
-std::string KeyOf(REFCLSID id) {
-  constexpr int32_t kIdSize = 39;
-  char16_t wide[kIdSize];
-  StringFromGUID2(id, wide, kIdSize);
-  std::string key = "CLSID\\";
-  std::transform(wide, wide + kIdSize - 1, std::back_inserter(key),
-                 [](char16_t letter) { return static_cast<char>(letter); });
-  return key + "\\InprocServer32";
-}
-
 // Looks for the class among the user's, and keeps its key.
 std::string LookUpUsers(REFCLSID id, std::string const &path, std::vector<KnownClass> *known) {
   HKEY key = 0;
@@ -63,6 +53,16 @@ std::string LookUpUsers(REFCLSID id, std::string const &path, std::vector<KnownC
 
 }  // namespace
 
+std::string ClassIdText(REFCLSID id) {
+  constexpr int32_t kSize = 39;
+  char16_t wide[kSize];
+  StringFromGUID2(id, wide, kSize);
+  std::string text(kSize - 1, '\0');
+  std::transform(wide, wide + kSize - 1, text.begin(),
+                 [](char16_t letter) { return static_cast<char>(letter); });
+  return text;
+}
+
 std::string TextOfClassKey(std::string const &path) {
   HKEY key = 0;
   if (RegOpenKeyExA(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return {};
@@ -80,7 +80,7 @@ std::string ModuleOfClass(REFCLSID id) {
     known.erase(found);
   }
   known.reserve(known.size() + 1);
-  std::string const path = KeyOf(id);
+  std::string const path = "CLSID\\" + ClassIdText(id) + "\\InprocServer32";
   std::string text = LookUpUsers(id, path, &known);
   return text.empty() ? TextOfClassKey(path) : text;
 }

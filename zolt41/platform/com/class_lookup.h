@@ -7,6 +7,9 @@
 
 namespace zolt {
 
+// The id as it stands in the registry.
+std::string ClassIdText(REFCLSID id);
+
 // The unnamed text of a key among the classes; empty if there is none.
 std::string TextOfClassKey(std::string const &path);
 

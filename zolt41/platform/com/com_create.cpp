@@ -1,6 +1,5 @@
 #include "zolt41/platform/com/com_create.h"
 
-#include <new>
 #include <string>
 #include <string_view>
 
@@ -8,18 +7,10 @@
 #include "zolt41/platform/com/class_module.h"
 #include "zolt41/platform/com/com_alloc.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/guarded.h"
 
 namespace zolt {
 namespace {
-
-template <typename Work>
-HRESULT WithinMemory(Work work) {
-  try {
-    return work();
-  } catch (std::bad_alloc const &) {
-    return E_OUTOFMEMORY;
-  }
-}
 
 HRESULT ReadProgId(std::u16string_view name, CLSID *id) {
   std::string key;
@@ -38,7 +29,7 @@ HRESULT ReadProgId(std::u16string_view name, CLSID *id) {
 HRESULT CLSIDFromProgID(LPCOLESTR name, CLSID *id) {
   if (name == nullptr || id == nullptr) return E_INVALIDARG;
   *id = GUID_NULL;
-  return zolt::WithinMemory([&] { return zolt::ReadProgId(name, id); });
+  return zolt::Guarded([&] { return zolt::ReadProgId(name, id); });
 }
 
 HRESULT CoGetClassObject(REFCLSID id, DWORD context, void *reserved, REFIID iid, void **out) {
@@ -46,7 +37,7 @@ HRESULT CoGetClassObject(REFCLSID id, DWORD context, void *reserved, REFIID iid,
   *out = nullptr;
   if (reserved != nullptr) return E_INVALIDARG;
   if ((context & CLSCTX_INPROC_SERVER) == 0) return REGDB_E_CLASSNOTREG;
-  return zolt::WithinMemory([&] {
+  return zolt::Guarded([&] {
     std::string const module = zolt::ModuleOfClass(id);
     return module.empty() ? REGDB_E_CLASSNOTREG : zolt::ClassFromModule(module, id, iid, out);
   });

@@ -7,7 +7,9 @@
 #include <new>
 #include <utility>
 
+#include "zolt41/platform/com/guarded.h"
 #include "zolt41/platform/com/ref_counted.h"
+#include "zolt41/platform/com/stream_count.h"
 #include "zolt41/platform/system/global_block.h"
 
 namespace zolt {
@@ -36,14 +38,6 @@ struct Block {
     return resized != nullptr;
   }
 };
-
-void Set(ULONG *place, ULONG value) {
-  if (place != nullptr) *place = value;
-}
-
-void Set(ULARGE_INTEGER *place, uint64_t value) {
-  if (place != nullptr) place->QuadPart = value;
-}
 
 class MemoryStream final : public RefCounted<IStream, IID_IStream> {
  public:
@@ -163,14 +157,12 @@ class MemoryStream final : public RefCounted<IStream, IID_IStream> {
 };
 
 HRESULT MakeStream(HGLOBAL block, bool owned, IStream **out) {
-  try {
+  return Guarded([&] {
     auto shared = std::make_shared<Block>(block, false);
     *out = new MemoryStream(shared, 0);
     shared->owned = owned;
     return S_OK;
-  } catch (std::bad_alloc const &) {
-    return E_OUTOFMEMORY;
-  }
+  });
 }
 
 }  // namespace

@@ -105,87 +105,69 @@ constexpr Owned kVariant = {
       return PropVariantCopy(static_cast<PROPVARIANT *>(element), &source) == S_OK;
     }};
 
+// What a type owns by itself, and as an element of a vector; null where it cannot be that.
 struct Kind {
   VARTYPE type;
-  uint32_t size;
-  Owned const *owned;
+  Owned const *single;
+  Owned const *element = nullptr;
+  uint32_t elementSize = 0;
 };
 
-constexpr Kind kSingle[] = {
-    {VT_EMPTY, 0, &kNothing},
-    {VT_NULL, 0, &kNothing},
-    {VT_I1, 1, &kNothing},
-    {VT_UI1, 1, &kNothing},
-    {VT_I2, 2, &kNothing},
-    {VT_UI2, 2, &kNothing},
-    {VT_BOOL, 2, &kNothing},
-    {VT_I4, 4, &kNothing},
-    {VT_UI4, 4, &kNothing},
-    {VT_INT, 4, &kNothing},
-    {VT_UINT, 4, &kNothing},
-    {VT_R4, 4, &kNothing},
-    {VT_ERROR, 4, &kNothing},
-    {VT_I8, 8, &kNothing},
-    {VT_UI8, 8, &kNothing},
-    {VT_R8, 8, &kNothing},
-    {VT_CY, 8, &kNothing},
-    {VT_DATE, 8, &kNothing},
-    {VT_FILETIME, 8, &kNothing},
-    {VT_DECIMAL, 8, &kNothing},
-    {VT_BSTR, 8, &kBstr},
-    {VT_LPSTR, 8, &kText<char>},
-    {VT_LPWSTR, 8, &kText<char16_t>},
-    {VT_CLSID, 8, &kGuid},
-    {VT_BLOB, 16, &kBlob},
-    {VT_BLOB_OBJECT, 16, &kBlob},
-    {VT_CF, 8, &kClipPointer},
-    {VT_UNKNOWN, 8, &kObject},
-    {VT_DISPATCH, 8, &kObject},
-    {VT_STREAM, 8, &kObject},
-    {VT_STREAMED_OBJECT, 8, &kObject},
-    {VT_STORAGE, 8, &kObject},
-    {VT_STORED_OBJECT, 8, &kObject},
+constexpr Kind kKinds[] = {
+    {VT_EMPTY, &kNothing},
+    {VT_NULL, &kNothing},
+    {VT_INT, &kNothing},
+    {VT_UINT, &kNothing},
+    {VT_DECIMAL, &kNothing},
+    {VT_I1, &kNothing, &kNothing, 1},
+    {VT_UI1, &kNothing, &kNothing, 1},
+    {VT_I2, &kNothing, &kNothing, 2},
+    {VT_UI2, &kNothing, &kNothing, 2},
+    {VT_BOOL, &kNothing, &kNothing, 2},
+    {VT_I4, &kNothing, &kNothing, 4},
+    {VT_UI4, &kNothing, &kNothing, 4},
+    {VT_R4, &kNothing, &kNothing, 4},
+    {VT_ERROR, &kNothing, &kNothing, 4},
+    {VT_I8, &kNothing, &kNothing, 8},
+    {VT_UI8, &kNothing, &kNothing, 8},
+    {VT_R8, &kNothing, &kNothing, 8},
+    {VT_CY, &kNothing, &kNothing, 8},
+    {VT_DATE, &kNothing, &kNothing, 8},
+    {VT_FILETIME, &kNothing, &kNothing, 8},
+    {VT_BSTR, &kBstr, &kBstr, 8},
+    {VT_LPSTR, &kText<char>, &kText<char>, 8},
+    {VT_LPWSTR, &kText<char16_t>, &kText<char16_t>, 8},
+    {VT_CLSID, &kGuid, &kNothing, sizeof(GUID)},
+    {VT_CF, &kClipPointer, &kClip, sizeof(CLIPDATA)},
+    {VT_VARIANT, nullptr, &kVariant, sizeof(PROPVARIANT)},
+    {VT_BLOB, &kBlob},
+    {VT_BLOB_OBJECT, &kBlob},
+    {VT_UNKNOWN, &kObject},
+    {VT_DISPATCH, &kObject},
+    {VT_STREAM, &kObject},
+    {VT_STREAMED_OBJECT, &kObject},
+    {VT_STORAGE, &kObject},
+    {VT_STORED_OBJECT, &kObject},
 };
 
-constexpr Kind kElements[] = {
-    {VT_I1, 1, &kNothing},
-    {VT_UI1, 1, &kNothing},
-    {VT_I2, 2, &kNothing},
-    {VT_UI2, 2, &kNothing},
-    {VT_BOOL, 2, &kNothing},
-    {VT_I4, 4, &kNothing},
-    {VT_UI4, 4, &kNothing},
-    {VT_R4, 4, &kNothing},
-    {VT_ERROR, 4, &kNothing},
-    {VT_I8, 8, &kNothing},
-    {VT_UI8, 8, &kNothing},
-    {VT_R8, 8, &kNothing},
-    {VT_CY, 8, &kNothing},
-    {VT_DATE, 8, &kNothing},
-    {VT_FILETIME, 8, &kNothing},
-    {VT_CLSID, sizeof(GUID), &kNothing},
-    {VT_CF, sizeof(CLIPDATA), &kClip},
-    {VT_BSTR, 8, &kBstr},
-    {VT_LPSTR, 8, &kText<char>},
-    {VT_LPWSTR, 8, &kText<char16_t>},
-    {VT_VARIANT, sizeof(PROPVARIANT), &kVariant},
-};
-
-template <size_t Count>
-Kind const *Find(Kind const (&kinds)[Count], VARTYPE type) {
-  for (Kind const &kind : kinds) {
-    if (kind.type == type) return &kind;
+Kind const *Find(VARTYPE type, Owned const *Kind::*use) {
+  for (Kind const &kind : kKinds) {
+    if (kind.type == type) return kind.*use == nullptr ? nullptr : &kind;
   }
   return nullptr;
 }
 
+Kind const *SingleOf(VARTYPE type) {
+  return Find(type, &Kind::single);
+}
+
 Kind const *ElementsOf(VARTYPE type) {
   if ((type & ~VT_TYPEMASK) != VT_VECTOR) return nullptr;
-  return Find(kElements, static_cast<VARTYPE>(type & VT_TYPEMASK));
+  return Find(static_cast<VARTYPE>(type & VT_TYPEMASK), &Kind::element);
 }
 
 void FreeElements(Kind const &kind, char *elements, ULONG count) {
-  for (ULONG i = 0; i < count; i++) kind.owned->free(elements + uint64_t{i} * kind.size);
+  for (ULONG i = 0; i < count; i++) kind.element->free(elements + uint64_t{i} * kind.elementSize);
   CoTaskMemFree(elements);
 }
 
@@ -193,10 +175,10 @@ void FreeElements(Kind const &kind, char *elements, ULONG count) {
 bool OwnElements(Kind const &kind, PROPVARIANT *variant) {
   if (variant->cac.pElems == nullptr) return true;
   void *block = variant->cac.pElems;
-  if (!OwnBytes(&block, uint64_t{variant->cac.cElems} * kind.size)) return false;
+  if (!OwnBytes(&block, uint64_t{variant->cac.cElems} * kind.elementSize)) return false;
   auto *const elements = static_cast<char *>(block);
   for (ULONG i = 0; i < variant->cac.cElems; i++) {
-    if (kind.owned->own(elements + uint64_t{i} * kind.size)) continue;
+    if (kind.element->own(elements + uint64_t{i} * kind.elementSize)) continue;
     FreeElements(kind, elements, i);
     return false;
   }
@@ -214,8 +196,8 @@ HRESULT PropVariantClear(PROPVARIANT *variant) {
   if (variant == nullptr) return S_OK;
   PROPVARIANT old = *variant;
   PropVariantInit(variant);
-  if (Kind const *kind = Find(kSingle, old.vt)) {
-    kind->owned->free(&old.cVal);
+  if (Kind const *kind = SingleOf(old.vt)) {
+    kind->single->free(&old.cVal);
   } else if (Kind const *elements = ElementsOf(old.vt)) {
     FreeElements(*elements, old.cac.pElems, old.cac.pElems == nullptr ? 0 : old.cac.cElems);
   } else {
@@ -227,11 +209,11 @@ HRESULT PropVariantClear(PROPVARIANT *variant) {
 HRESULT PropVariantCopy(PROPVARIANT *target, PROPVARIANT const *source) {
   if (target == nullptr || source == nullptr) return E_INVALIDARG;
   PROPVARIANT copy = *source;
-  Kind const *const kind = Find(kSingle, copy.vt);
+  Kind const *const kind = SingleOf(copy.vt);
   Kind const *const elements = ElementsOf(copy.vt);
   PropVariantInit(target);
   if (kind == nullptr && elements == nullptr) return STG_E_INVALIDPARAMETER;
-  bool const done = kind != nullptr ? kind->owned->own(&copy.cVal) : OwnElements(*elements, &copy);
+  bool const done = kind != nullptr ? kind->single->own(&copy.cVal) : OwnElements(*elements, &copy);
   if (!done) return E_OUTOFMEMORY;
   *target = copy;
   return S_OK;

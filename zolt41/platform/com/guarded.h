@@ -1,5 +1,5 @@
-#ifndef ZOLT41_COMSERVER_GUARDED_H_
-#define ZOLT41_COMSERVER_GUARDED_H_
+#ifndef ZOLT41_PLATFORM_COM_GUARDED_H_
+#define ZOLT41_PLATFORM_COM_GUARDED_H_
 
 #include <new>
 
@@ -21,4 +21,4 @@ HRESULT Guarded(Work work) noexcept {
 
 }  // namespace zolt
 
-#endif  // ZOLT41_COMSERVER_GUARDED_H_
+#endif  // ZOLT41_PLATFORM_COM_GUARDED_H_
