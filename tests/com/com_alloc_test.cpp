@@ -51,12 +51,10 @@ TEST(GuidText, IsInBracesWithCapitalDigits) {
   LPOLESTR text = nullptr;
   ASSERT_EQ(StringFromCLSID(kId, &text), S_OK);
   EXPECT_EQ(std::u16string(text), kIdText);
+  EXPECT_EQ(StringFromGUID2(kId, text, 39), 39);
+  EXPECT_EQ(StringFromGUID2(kId, text, 38), 0);
   CoTaskMemFree(text);
   EXPECT_EQ(StringFromCLSID(kId, nullptr), E_POINTER);
-
-  char16_t buffer[39];
-  EXPECT_EQ(StringFromGUID2(kId, buffer, 39), 39);
-  EXPECT_EQ(StringFromGUID2(kId, buffer, 38), 0);
 }
 
 TEST(GuidText, IsReadOnlyWhole) {

@@ -85,79 +85,71 @@ TEST(Variant, CountsItsObject) {
   EXPECT_EQ(VariantClear(&first), S_OK);
 }
 
-// Copies and clears both, under the sanitizers; `check` looks at the copy.
-template <typename Check>
-void CopyAndClear(PROPVARIANT *source, Check check) {
-  PROPVARIANT copy = {};
-  ASSERT_EQ(PropVariantCopy(&copy, source), S_OK);
-  EXPECT_EQ(copy.vt, source->vt);
-  EXPECT_EQ(PropVariantClear(source), S_OK);
-  check(copy);
-  EXPECT_EQ(PropVariantClear(&copy), S_OK);
-  EXPECT_EQ(copy.vt, VT_EMPTY);
+// Of a type whose value is a pointer.
+PROPVARIANT Of(VARTYPE type, void *pointer) {
+  PROPVARIANT value = {};
+  value.vt = type;
+  value.byref = pointer;
+  return value;
 }
 
+PROPVARIANT BlobOf(std::string const &text) {
+  PROPVARIANT value = Of(VT_BLOB, nullptr);
+  value.blob = {static_cast<ULONG>(text.size() + 1), reinterpret_cast<BYTE *>(TaskText(text))};
+  return value;
+}
+
+CLIPDATA *ClipOf(std::string const &text) {
+  auto *const clip = static_cast<CLIPDATA *>(CoTaskMemAlloc(sizeof(CLIPDATA)));
+  *clip = {static_cast<ULONG>(4 + text.size() + 1), 1, reinterpret_cast<BYTE *>(TaskText(text))};
+  return clip;
+}
+
+// Under the sanitizers; each is copied and cleared as an element, which is a value by itself too.
 TEST(PropVariant, OwnsTextsBlocksAndObjects) {
-  PROPVARIANT value = {};
-  value.vt = VT_LPSTR;
-  value.pszVal = TaskText<char>("narrow");
-  CopyAndClear(&value, [](PROPVARIANT const &copy) { EXPECT_STREQ(copy.pszVal, "narrow"); });
-
-  value.vt = VT_LPWSTR;
-  value.pwszVal = TaskText<char16_t>(u"wide");
-  CopyAndClear(&value,
-               [](PROPVARIANT const &copy) { EXPECT_EQ(std::u16string(copy.pwszVal), u"wide"); });
-
-  value.vt = VT_CLSID;
-  value.puuid = static_cast<CLSID *>(CoTaskMemAlloc(sizeof(CLSID)));
-  *value.puuid = IID_IStream;
-  CopyAndClear(&value, [](PROPVARIANT const &copy) { EXPECT_EQ(*copy.puuid, IID_IStream); });
-
-  value.vt = VT_BLOB;
-  value.blob = {6, reinterpret_cast<BYTE *>(TaskText<char>("bytes"))};
-  CopyAndClear(&value, [](PROPVARIANT const &copy) {
-    EXPECT_STREQ(reinterpret_cast<char *>(copy.blob.pBlobData), "bytes");
-  });
-
-  value.vt = VT_CF;
-  value.pclipdata = static_cast<CLIPDATA *>(CoTaskMemAlloc(sizeof(CLIPDATA)));
-  *value.pclipdata = {4 + 5, 1, reinterpret_cast<BYTE *>(TaskText<char>("clip"))};
-  CopyAndClear(&value, [](PROPVARIANT const &copy) {
-    EXPECT_STREQ(reinterpret_cast<char *>(copy.pclipdata->pClipData), "clip");
-  });
-
   auto *const object = new Object;
   object->AddRef();
   object->AddRef();
-  value.vt = VT_UNKNOWN;
-  value.punkVal = object;
-  CopyAndClear(&value, [&](PROPVARIANT const &) { EXPECT_EQ(object->Count(), 2U); });
+  PROPVARIANT elements[] = {Of(VT_LPSTR, TaskText<char>("narrow")),
+                            Of(VT_LPWSTR, TaskText<char16_t>(u"wide")),
+                            Of(VT_CLSID, TaskText<char>("sixteen bytes!!")),
+                            BlobOf("bytes"),
+                            Of(VT_CF, ClipOf("clip")),
+                            Of(VT_UNKNOWN, object)};
+  PROPVARIANT source = {};
+  source.vt = VT_VECTOR | VT_VARIANT;
+  source.capropvar = {6, elements};
+  PROPVARIANT copy = {};
+  ASSERT_EQ(PropVariantCopy(&copy, &source), S_OK);
+  EXPECT_EQ(FreePropVariantArray(6, elements), S_OK);
+  EXPECT_EQ(elements[0].vt, VT_EMPTY);
+  EXPECT_EQ(object->Count(), 2U);
+  ASSERT_EQ(copy.capropvar.cElems, 6U);
+  PROPVARIANT const *const copies = copy.capropvar.pElems;
+  EXPECT_STREQ(copies[0].pszVal, "narrow");
+  EXPECT_EQ(std::u16string(copies[1].pwszVal), u"wide");
+  EXPECT_STREQ(reinterpret_cast<char *>(copies[2].puuid), "sixteen bytes!!");
+  EXPECT_STREQ(reinterpret_cast<char *>(copies[3].blob.pBlobData), "bytes");
+  EXPECT_STREQ(reinterpret_cast<char *>(copies[4].pclipdata->pClipData), "clip");
+  EXPECT_EQ(copies[5].punkVal, object);
+  EXPECT_EQ(PropVariantClear(&copy), S_OK);
   EXPECT_EQ(object->Release(), 0U);
 }
 
-TEST(PropVariant, OwnsTheElementsOfAVector) {
-  PROPVARIANT value = {};
-  value.vt = VT_VECTOR | VT_VARIANT;
-  value.capropvar = {2, static_cast<PROPVARIANT *>(CoTaskMemAlloc(2 * sizeof(PROPVARIANT)))};
-  PROPVARIANT inner = {};
-  inner.vt = VT_LPWSTR;
-  inner.pwszVal = TaskText<char16_t>(u"inner");
-  value.capropvar.pElems[0] = inner;
-  inner.vt = VT_I4;
-  inner.lVal = 7;
-  value.capropvar.pElems[1] = inner;
-  CopyAndClear(&value, [](PROPVARIANT const &copy) {
-    EXPECT_EQ(std::u16string(copy.capropvar.pElems[0].pwszVal), u"inner");
-    EXPECT_EQ(copy.capropvar.pElems[1].lVal, 7);
-  });
+TEST(PropVariant, CopiesVectorsOfPlainElements) {
+  PROPVARIANT source = {};
+  source.vt = VT_VECTOR | VT_UI2;
+  source.caui = {2, reinterpret_cast<uint16_t *>(TaskText<char>("1234"))};
+  PROPVARIANT copy = {};
+  ASSERT_EQ(PropVariantCopy(&copy, &source), S_OK);
+  EXPECT_EQ(PropVariantClear(&source), S_OK);
+  EXPECT_EQ(copy.caui.pElems[1], 0x3433);
+  EXPECT_EQ(PropVariantClear(&copy), S_OK);
 
-  value.vt = VT_VECTOR | VT_UI2;
-  value.caui = {2, reinterpret_cast<uint16_t *>(TaskText<char>("1234"))};
-  CopyAndClear(&value, [](PROPVARIANT const &copy) { EXPECT_EQ(copy.caui.pElems[1], 0x3433); });
-
-  value.vt = VT_VECTOR | VT_BSTR;
-  value.cabstr = {0x80000000, nullptr};
-  CopyAndClear(&value, [](PROPVARIANT const &copy) { EXPECT_EQ(copy.cabstr.pElems, nullptr); });
+  source.vt = VT_VECTOR | VT_BSTR;
+  source.cabstr = {0x80000000, nullptr};
+  ASSERT_EQ(PropVariantCopy(&copy, &source), S_OK);
+  EXPECT_EQ(PropVariantClear(&copy), S_OK) << "there are none";
 }
 
 TEST(PropVariant, RefusesWhatItDoesNotKnow) {

@@ -1,11 +1,10 @@
 // The example clients, as processes that know the component interfaces alone.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <array>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,49 +23,17 @@ std::string BuildPath(std::string const &below) {
   return tool.substr(0, tool.rfind("/bin/")) + below;
 }
 
-// A program that uses the library in `home`. Its input ends with this.
-class Client {
- public:
-  Client(std::string const &program, std::vector<std::string> arguments, std::string const &home)
-      : process_([&](Child::Pipe &) {
-          dup2(input_[0], 0);
-          dup2(output_[1], 1);
-          close(input_[1]);
-          setenv("LD_LIBRARY_PATH", home.c_str(), 1);
-          std::string path = BuildPath("/bin/" + program);
-          std::vector<char *> argv = {path.data()};
-          for (std::string &argument : arguments) argv.push_back(argument.data());
-          argv.push_back(nullptr);
-          execv(argv[0], argv.data());
-          return 127;
-        }) {
-    close(output_[1]);
-    close(input_[0]);
-  }
-  ~Client() {
-    EndInput();
-    close(output_[0]);
-  }
-
-  std::string Line() { return lines_.Hear(); }
-  void EndInput() {
-    if (input_[1] >= 0) close(input_[1]);
-    input_[1] = -1;
-  }
-  int Wait() { return process_.Wait(); }
-
- private:
-  static std::array<int, 2> NewPipe() {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-    return ends;
-  }
-
-  std::array<int, 2> input_ = NewPipe();
-  std::array<int, 2> output_ = NewPipe();
-  Child::Pipe lines_{output_[0], -1};
-  Child process_;
-};
+// Becomes a program that uses the library in `home`.
+int Become(Child::Pipe const &pipe, std::vector<std::string> words, std::string const &home) {
+  pipe.BecomeStandard();
+  setenv("LD_LIBRARY_PATH", home.c_str(), 1);
+  words[0] = BuildPath("/bin/" + words[0]);
+  std::vector<char *> argv;
+  for (std::string &word : words) argv.push_back(word.data());
+  argv.push_back(nullptr);
+  execv(argv[0], argv.data());
+  return 127;
+}
 
 // A home in which the class is registered with a library that lies there too.
 class ClientsTest : public ::testing::Test {
@@ -75,15 +42,18 @@ class ClientsTest : public ::testing::Test {
     std::string const library = home_.path() + "/libzolt41.so.0";
     std::filesystem::copy_file(BuildPath("/lib/libzolt41.so.0"), library);
     EXPECT_EQ(ZOLTRegisterServer(0), S_OK);
-    HKEY key = 0;
-    EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER,
-                          "Software\\Classes\\CLSID\\{5ED2DD58-7638-11D3-8FD3-00A02459FA0F}", &key),
-              ERROR_SUCCESS);
-    Key(key, "InprocServer32").Set("", library);
-    RegCloseKey(key);
+    std::string const key = "Software\\Classes\\CLSID\\{5ED2DD58-7638-11D3-8FD3-00A02459FA0F}";
+    HKEY handle = 0;
+    EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, key.c_str(), &handle), ERROR_SUCCESS);
+    Key(handle, "InprocServer32").Set("", library);
+    RegCloseKey(handle);
   }
   ~ClientsTest() override { LeaveHives(); }
 
+  std::unique_ptr<Child> Run(std::string const &line) const {
+    return std::make_unique<Child>(
+        [&](Child::Pipe &pipe) { return Become(pipe, Words(line), home_.path()); });
+  }
   static void Tool(std::string const &line) { EXPECT_EQ(RunTool(Words(line)).code, 0) << line; }
 
   TempHome home_;
@@ -92,27 +62,28 @@ class ClientsTest : public ::testing::Test {
 TEST_F(ClientsTest, OnePrintsTheTree) {
   Tool("prefs set Audio Volume 70");
   Tool("prefs set -t bytes Audio Mask 0x00FF");
-  Client client("component_tree", {}, home_.path());
+  auto const client = Run("component_tree");
   std::vector<std::string> below;
-  for (std::string line = client.Line(); !line.empty(); line = client.Line()) {
+  for (auto line = client->pipe().Hear(); !line.empty(); line = client->pipe().Hear()) {
     if (line == "  Audio" || line.starts_with("    ")) below.push_back(line);
   }
-  EXPECT_EQ(client.Wait(), 0);
+  EXPECT_EQ(client->Wait(), 0);
   EXPECT_EQ(below, (std::vector<std::string>{"  Audio", "    Volume = 70", "    Mask: 2 bytes"}));
 }
 
 TEST_F(ClientsTest, OneHearsChangesInAPlainLoop) {
-  Client client("component_events", {"Conferencing", "Audio"}, home_.path());
-  ASSERT_EQ(client.Line(), "listening; end the input to stop");
+  auto const client = Run("component_events Conferencing Audio");
+  Child::Pipe &pipe = client->pipe();
+  ASSERT_EQ(pipe.Hear(), "listening; end the input to stop");
   Tool("prefs set Audio Volume 70");
-  EXPECT_EQ(client.Line(), "Volume = 70");
+  EXPECT_EQ(pipe.Hear(), "Volume = 70");
   Tool("prefs set General Other 1");
   Tool("prefs set Audio Volume 40");
-  EXPECT_EQ(client.Line(), "Volume = 40");
+  EXPECT_EQ(pipe.Hear(), "Volume = 40");
   Tool("prefs unset Audio Volume");
-  EXPECT_EQ(client.Line(), "Volume is gone");
-  client.EndInput();
-  EXPECT_EQ(client.Wait(), 0);
+  EXPECT_EQ(pipe.Hear(), "Volume is gone");
+  client->EndInput();
+  EXPECT_EQ(client->Wait(), 0);
 }
 
 }  // namespace

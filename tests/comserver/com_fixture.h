@@ -95,7 +95,7 @@ class ServerTest : public ::testing::Test {
   }
 
   // A value of a section, written as one transaction.
-  static void Write(int32_t section, char const *value) {
+  static void Change(int32_t section, char const *value) {
     static int serial = 0;
     Transaction transaction(PrefLevelUser);
     transaction.SetStr(static_cast<uint32_t>(section), "v",

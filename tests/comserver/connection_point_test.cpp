@@ -77,28 +77,22 @@ TEST_F(ConnectionTest, NullIsAnswered) {
   EXPECT_EQ(cookie, 0U);
   EXPECT_EQ(walk->Next(2, &connection, nullptr), E_INVALIDARG);
   EXPECT_EQ(walk->Next(0, &connection, nullptr), E_INVALIDARG);
-  for (IUnknown *object : std::initializer_list<IUnknown *>{section_.get(), container.get(),
-                                                            point_.get(), walk.get()}) {
-    void *out = &out;
-    EXPECT_EQ(object->QueryInterface(IID_IUnknown, nullptr), E_INVALIDARG);
-    EXPECT_EQ(object->QueryInterface(IID_IClassFactory, &out), E_NOINTERFACE);
-    EXPECT_EQ(out, nullptr);
-  }
 }
 
 TEST_F(ConnectionTest, ASlotIsUsedAgainAndASinkMayHearTwice) {
-  Sink *const first = Connect();
-  Sink *const second = Connect();
-  Sink *const third = Connect();
-  EXPECT_EQ(point_->Unadvise(reinterpret_cast<DWORD_PTR>(second)), S_OK);
-  EXPECT_EQ(Sink::living, 2);
-  EXPECT_EQ(point_->Unadvise(0), CONNECT_E_NOCONNECTION);
-  EXPECT_EQ(point_->Unadvise(1), CONNECT_E_NOCONNECTION);
+  std::vector<IUnknown *> sinks(9);
+  for (IUnknown *&sink : sinks) sink = Connect();
+  EXPECT_EQ(Connected(), sinks) << "as they came, however the room grew";
+  EXPECT_EQ(point_->Unadvise(reinterpret_cast<DWORD_PTR>(sinks[1])), S_OK);
+  EXPECT_EQ(Sink::living, 8);
+  for (DWORD_PTR const none : {0U, 1U}) EXPECT_EQ(point_->Unadvise(none), CONNECT_E_NOCONNECTION);
   DWORD_PTR cookie = 0;
-  EXPECT_EQ(point_->Advise(third, &cookie), S_OK);
-  EXPECT_EQ(Connected(), (std::vector<IUnknown *>{first, third, third}));
+  EXPECT_EQ(point_->Advise(sinks[8], &cookie), S_OK);
+  sinks[1] = sinks[8];
+  EXPECT_EQ(Connected(), sinks);
   EXPECT_EQ(point_->Unadvise(cookie), S_OK);
-  EXPECT_EQ(Connected(), (std::vector<IUnknown *>{first, third}));
+  sinks.erase(sinks.begin() + 1);
+  EXPECT_EQ(Connected(), sinks);
 }
 
 TEST_F(ConnectionTest, AWalkIsASnapshotWithRulesOfItsOwn) {

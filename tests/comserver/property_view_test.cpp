@@ -194,21 +194,13 @@ TEST_F(PropertyTest, EnumListsValuesOfEveryType) {
   ASSERT_EQ(properties_->Enum(walk.Place()), S_OK);
   STATPROPSTG records[3] = {};
   ULONG fetched = 9;
-  EXPECT_EQ(walk->Next(0, records, &fetched), S_OK);
-  EXPECT_EQ(fetched, 1U);
+  EXPECT_EQ(walk->Next(3, records, &fetched), S_FALSE);
+  ASSERT_EQ(fetched, 2U);
   EXPECT_EQ(std::u16string(records[0].lpwstrName), u"text");
-  CoTaskMemFree(records[0].lpwstrName);
-  ComPtr<IEnumSTATPROPSTG> clone;
-  EXPECT_EQ(walk->Clone(clone.Place()), S_OK);
-  EXPECT_EQ(clone->Next(3, records, &fetched), S_FALSE);
-  EXPECT_EQ(fetched, 1U);
-  EXPECT_EQ(std::u16string(records[0].lpwstrName), u"B\u00E9");
-  EXPECT_EQ(records[0].propid, static_cast<PROPID>(SectionNameHash("B\xE9")));
-  EXPECT_EQ(records[0].vt, VT_EMPTY);
-  CoTaskMemFree(records[0].lpwstrName);
-  EXPECT_EQ(walk->Skip(2), S_FALSE);
-  EXPECT_EQ(walk->Next(1, nullptr, nullptr), E_INVALIDARG);
-  EXPECT_EQ(walk->Clone(nullptr), E_INVALIDARG);
+  EXPECT_EQ(std::u16string(records[1].lpwstrName), u"B\u00E9");
+  EXPECT_EQ(records[1].propid, static_cast<PROPID>(SectionNameHash("B\xE9")));
+  EXPECT_EQ(records[1].vt, VT_EMPTY);
+  for (ULONG i = 0; i < fetched; i++) CoTaskMemFree(records[i].lpwstrName);
 }
 
 TEST_F(PropertyTest, AValueNameOf260BytesMakesASectionUnopenable) {

@@ -4,7 +4,6 @@
 
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/child.h"
-#include "zolt41/comserver/sink_array.h"
 #include "zolt41/notify/transaction.h"
 #include "zolt41/prefs/pref_sections.h"
 
@@ -23,23 +22,17 @@ TEST_F(SectionTest, TwoOpensMeetInOneObject) {
   EXPECT_EQ(first->Release(), 3U);
 }
 
-TEST_F(SectionTest, ComesAndGoesWithItsKeys) {
+TEST_F(SectionTest, ComesWithItsKeysAndTakesAwayItsOwnRegistrationOnly) {
   int32_t const id = IdOf("Fresh");
   auto section = Open("Fresh");
   HKEY key = 0;
   EXPECT_EQ(RegOpenKeyA(SectionKey(0, 0), "Fresh", &key), ERROR_SUCCESS);
   RegCloseKey(key);
   EXPECT_NE(GetUserPrefs()->GetSectionFromID(id), nullptr);
-  EXPECT_EQ(ServerReferences(), 2);
   section.Reset();
   EXPECT_EQ(GetUserPrefs()->GetSectionFromID(id), nullptr);
-  EXPECT_EQ(ServerReferences(), 1);
-}
-
-TEST_F(SectionTest, TakesAwayItsOwnRegistrationOnly) {
-  int32_t const id = IdOf("Shared");
-  auto section = Open("Shared");
-  RegisterPrefSection(id, "Shared");
+  section = Open("Fresh");
+  RegisterPrefSection(id, "Fresh");
   section.Reset();
   EXPECT_NE(GetUserPrefs()->GetSectionFromID(id), nullptr);
   UnRegisterPrefSection(id, 0);
@@ -93,106 +86,76 @@ TEST_F(SectionTest, AParentThatIsGoneBringsNothingDown) {
   above.Reset();
   void *out = nullptr;
   EXPECT_EQ(OpenSection(IdOf("Above"), "Deeper", kUserStore, IID_IUnknown, &out), E_FAIL);
-  Write(id, "still");
+  Change(id, "still");
   EXPECT_EQ(ReadBytes("v", id).substr(0, 5), "still");
 }
 
-TEST_F(SectionTest, SinksAreToldOnceForEachTransactionInOrder) {
-  auto const section = Open("Told");
+TEST_F(SectionTest, TellsInOrderWhatAnotherProcessWritesToTwoSections) {
+  auto const user = Open("One");
+  auto const system = Open("Two", 0, kSystemStore);
   auto *const first = new Sink;
   auto *const deaf = new Sink;
   auto *const last = new Sink;
+  auto *const other = new Sink;
   first->name = 'f';
-  last->name = 'l';
   deaf->deaf = true;
-  for (Sink *sink : {first, deaf, last}) Advise(section.get(), sink);
-  Write(IdOf("Told"), "a");
-  ASSERT_TRUE(DeliverUntil([&] { return last->heard == 1; }));
-  auto const elsewhere = Open("Elsewhere");
-  Write(IdOf("Elsewhere"), "nobody hears");
-  Write(IdOf("Told"), "b");
-  ASSERT_TRUE(DeliverUntil([&] { return last->heard == 2; }));
-  EXPECT_EQ(first->heard, 2);
-  EXPECT_EQ(Sink::order, "flfl");
-}
-
-TEST_F(SectionTest, TellsWhatAnotherProcessWritesToTwoSections) {
-  auto const user = Open("One");
-  auto const system = Open("Two", 0, kSystemStore);
-  auto *const one = new Sink;
-  auto *const two = new Sink;
-  Advise(user.get(), one);
-  Advise(system.get(), two);
+  last->name = 'l';
+  other->name = 'o';
+  for (Sink *sink : {first, deaf, last}) Advise(user.get(), sink);
+  Advise(system.get(), other);
   Child writer([](Child::Pipe &) {
     ServerReference const server;
-    ComPtr<IUnknown> const first = Open("One");
-    ComPtr<IUnknown> const second = Open("Two");
-    for (char const *name : {"One", "One", "Two"}) Write(IdOf(name), "w");
+    ComPtr<IUnknown> const sections[] = {Open("One"), Open("Two"), Open("Elsewhere")};
+    for (char const *name : {"One", "Elsewhere", "One", "Two"}) Change(IdOf(name), "w");
     return ::testing::Test::HasFailure() ? 1 : 0;
   });
-  EXPECT_TRUE(DeliverUntil([&] { return one->heard == 2 && two->heard == 1; }));
+  EXPECT_TRUE(DeliverUntil([&] { return other->heard == 1; }));
+  EXPECT_EQ(Sink::order, "flflo") << "once for each transaction";
   EXPECT_EQ(writer.Wait(), 0);
 }
 
-// What a sink does while it is being told.
-class BusySinkTest : public SectionTest {
- protected:
-  // Writes once and waits until the last of the sinks has been told.
-  void Tell() {
-    auto *const last = new Sink;
-    ComPtr<IUnknown> const held(last);
-    Advise(section_.get(), last);
-    Write(IdOf("Busy"), "x");
-    EXPECT_TRUE(DeliverUntil([&] { return done_ || last->heard == 1; }));
-  }
-
-  ComPtr<IUnknown> section_ = Open("Busy");
-  bool done_ = false;
-};
-
-TEST_F(BusySinkTest, UnadvisesItself) {
+TEST_F(SectionTest, ASinkMayChangeWhoIsConnectedAndReleaseTheSection) {
+  auto section = Open("Busy");
+  auto *const late = new Sink;
+  ComPtr<IUnknown> const heldLate(late);
+  auto *const last = new Sink;
+  ComPtr<IUnknown> const heldLast(last);
   DWORD_PTR cookie = 0;
-  auto *const sink =
-      new Sink([&](Sink *) { EXPECT_EQ(PointOf(section_.get())->Unadvise(cookie), S_OK); });
-  ComPtr<IUnknown> const held(sink);
-  cookie = Advise(section_.get(), sink);
-  Tell();
-  EXPECT_EQ(sink->heard, 1);
-  EXPECT_EQ(sink->AddRef(), 2U);
-  EXPECT_EQ(sink->Release(), 1U);
+  auto *const leaving =
+      new Sink([&](Sink *) { EXPECT_EQ(PointOf(section.get())->Unadvise(cookie), S_OK); });
+  ComPtr<IUnknown> const heldLeaving(leaving);
+  cookie = Advise(section.get(), leaving);
+  Advise(section.get(), new Sink([&](Sink *) { Advise(section.get(), late); }));
+  Advise(section.get(), new Sink([&](Sink *) { section.Reset(); }));
+  Advise(section.get(), last);
+  Change(IdOf("Busy"), "x");
+  EXPECT_TRUE(DeliverUntil([&] { return last->heard == 1; }));
+  EXPECT_EQ(leaving->heard, 1);
+  EXPECT_EQ(late->heard, 0) << "it came later";
+  EXPECT_EQ(Sink::living, 3) << "those that are held here";
 }
 
-TEST_F(BusySinkTest, AdvisesAnother) {
-  auto *const second = new Sink;
-  ComPtr<IUnknown> const held(second);
-  Advise(section_.get(), new Sink([&](Sink *) { Advise(section_.get(), second); }));
-  Tell();
-  EXPECT_EQ(second->heard, 0) << "it came later";
-}
-
-TEST_F(BusySinkTest, ReleasesTheSection) {
-  Advise(section_.get(), new Sink([&](Sink *) { section_.Reset(); }));
-  Tell();
-  EXPECT_EQ(Sink::living, 0);
-}
-
-TEST_F(BusySinkTest, ReleasesTheLastReferenceOfAll) {
-  Advise(section_.get(), new Sink([&](Sink *) {
+TEST_F(SectionTest, ASinkMayReleaseTheLastReferenceOfAll) {
+  auto section = Open("Busy");
+  bool done = false;
+  Advise(section.get(), new Sink([&](Sink *) {
            server_.reset();
-           section_.Reset();
+           section.Reset();
            EXPECT_EQ(ServerReferences(), 0);
-           done_ = true;
+           done = true;
          }));
-  Tell();
+  Change(IdOf("Busy"), "x");
+  EXPECT_TRUE(DeliverUntil([&] { return done; }));
 }
 
-TEST_F(BusySinkTest, Writes) {
+TEST_F(SectionTest, ASinkMayWrite) {
+  auto const section = Open("Busy");
   int left = 3;
   auto *const sink = new Sink([&](Sink *) {
-    if (left-- > 0) Write(IdOf("Busy"), "again");
+    if (left-- > 0) Change(IdOf("Busy"), "again");
   });
-  Advise(section_.get(), sink);
-  Tell();
+  Advise(section.get(), sink);
+  Change(IdOf("Busy"), "x");
   EXPECT_TRUE(DeliverUntil([&] { return sink->heard == 4; }));
 }
 
@@ -200,14 +163,14 @@ TEST_F(SectionTest, IsReopenedAnewWhileItsMessagesAreOnTheirWay) {
   auto section = Open("Flight");
   auto *const old = new Sink;
   Advise(section.get(), old);
-  for (int i = 0; i < 3; i++) Write(IdOf("Flight"), "x");
+  for (int i = 0; i < 3; i++) Change(IdOf("Flight"), "x");
   IUnknown *const before = section.get();
   section.Reset();
   section = Open("Flight");
   EXPECT_NE(section.get(), before);
   auto *const sink = new Sink;
   Advise(section.get(), sink);
-  Write(IdOf("Flight"), "y");
+  Change(IdOf("Flight"), "y");
   EXPECT_TRUE(DeliverUntil([&] { return sink->heard == 1; }));
   EXPECT_EQ(ServerReferences(), 2) << "the old one has gone by now";
   EXPECT_EQ(Sink::living, 1);
@@ -234,34 +197,6 @@ TEST_F(SectionTest, TwoApartmentsOpenAndCloseAtOnce) {
     work("Right");
   }
   other.join();
-}
-
-TEST(SinkArray, GrowsByItsStepsAndFillsFreeSlots) {
-  Sink *sinks[9];
-  for (Sink *&sink : sinks) {
-    sink = new Sink;
-    sink->AddRef();
-  }
-  SinkArray array;
-  uint32_t const capacities[] = {1, 4, 4, 4, 8, 8, 8, 8, 16};
-  for (int i = 0; i < 9; i++) {
-    EXPECT_EQ(array.Add(sinks[i]), sinks[i]);
-    EXPECT_EQ(array.capacity(), capacities[i]);
-    EXPECT_EQ(array.At(static_cast<uint32_t>(i)), sinks[i]);
-  }
-  EXPECT_TRUE(array.Remove(sinks[1]));
-  EXPECT_FALSE(array.Remove(sinks[1]));
-  EXPECT_FALSE(array.Remove(nullptr));
-  EXPECT_EQ(array.At(1), nullptr);
-  sinks[1]->Release();
-  sinks[1] = new Sink;
-  sinks[1]->AddRef();
-  array.Add(sinks[1]);
-  EXPECT_EQ(array.At(1), sinks[1]);
-  EXPECT_EQ(array.capacity(), 16U);
-  array.ReleaseAll();
-  EXPECT_EQ(array.capacity(), 0U);
-  EXPECT_EQ(Sink::living, 0);
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "tests/comserver/com_fixture.h"
-#include "tests/support/key.h"
+#include "tests/support/stream.h"
 #include "zolt41/platform/com/com_alloc.h"
 #include "zolt41/prefs/pref_sections.h"
 
@@ -31,12 +31,6 @@ class StorageTest : public ServerTest {
     HRESULT const result = in->OpenStream(name, nullptr, 0, 0, stream.Place());
     EXPECT_EQ(static_cast<bool>(stream), result == S_OK);
     return result;
-  }
-  static std::string ReadAll(IStream *stream) {
-    char bytes[64];
-    ULONG read = 0;
-    EXPECT_EQ(stream->Read(bytes, sizeof bytes, &read), S_OK);
-    return {bytes, read};
   }
   // Name, type and size of a record, which is given back.
   static std::string Told(STATSTG *record) {
@@ -86,7 +80,7 @@ TEST_F(StorageTest, CreatingAStreamKeepsTheBytesOfAnOldOne) {
   for (auto const &test : cases) {
     ComPtr<IStream> stream;
     ASSERT_EQ(store_->CreateStream(test.name, STGM_READ | STGM_CREATE, 0, 0, stream.Place()), S_OK);
-    EXPECT_EQ(ReadAll(stream.get()), test.bytes);
+    EXPECT_EQ(testing::Read(stream, 64), test.bytes);
   }
   EXPECT_EQ(ReadBytes("new", IdOf("Store")), "");
   EXPECT_EQ(StreamResult(store_, u"absent"), E_FAIL);
@@ -98,30 +92,23 @@ TEST_F(StorageTest, RefusesBadArgumentsInTheirOrder) {
   ComPtr<IStorage> storage;
   ComPtr<IStream> stream;
   ComPtr<IEnumSTATSTG> walk;
-  HRESULT const parameters[] = {
-      store_->OpenStream(u"n", bad, 0, 0, nullptr),
-      store_->OpenStream(u"n", nullptr, 0, 1, stream.Place()),
-      store_->OpenStream(nullptr, nullptr, 0, 0, stream.Place()),
-      store_->CreateStream(u"n", 0, 1, 0, nullptr),
-      store_->CreateStream(u"n", 0, 0, 1, stream.Place()),
-      store_->CreateStream(nullptr, 0, 0, 0, stream.Place()),
-      store_->OpenStorage(u"n", bad, 0, nullptr, 0, storage.Place()),
-      store_->OpenStorage(u"n", nullptr, 0, names, 0, storage.Place()),
-      store_->OpenStorage(u"n", nullptr, 0, nullptr, 1, nullptr),
-      store_->OpenStorage(nullptr, nullptr, 0, nullptr, 0, storage.Place()),
-      store_->CreateStorage(u"n", 0, 1, 0, storage.Place()),
-      store_->CreateStorage(u"n", 0, 0, 1, nullptr),
-      store_->CreateStorage(nullptr, 0, 0, 0, storage.Place()),
-      store_->EnumElements(1, nullptr, 0, walk.Place()),
-      store_->EnumElements(0, bad, 0, walk.Place()),
-      store_->EnumElements(0, nullptr, 0, nullptr),
-      store_->DestroyElement(nullptr)};
+  HRESULT const parameters[] = {store_->OpenStream(u"n", bad, 0, 0, nullptr),
+                                store_->OpenStream(u"n", nullptr, 0, 1, stream.Place()),
+                                store_->OpenStream(nullptr, nullptr, 0, 0, stream.Place()),
+                                store_->CreateStream(u"n", 0, 1, 0, nullptr),
+                                store_->CreateStream(u"n", 0, 0, 1, stream.Place()),
+                                store_->OpenStorage(u"n", bad, 0, nullptr, 0, storage.Place()),
+                                store_->OpenStorage(u"n", nullptr, 0, names, 0, storage.Place()),
+                                store_->OpenStorage(u"n", nullptr, 0, nullptr, 1, nullptr),
+                                store_->CreateStorage(u"n", 0, 1, 0, storage.Place()),
+                                store_->CreateStorage(u"n", 0, 0, 1, nullptr),
+                                store_->EnumElements(1, nullptr, 0, walk.Place()),
+                                store_->EnumElements(0, bad, 0, walk.Place()),
+                                store_->EnumElements(0, nullptr, 0, nullptr),
+                                store_->DestroyElement(nullptr)};
   for (HRESULT const result : parameters) EXPECT_EQ(result, STG_E_INVALIDPARAMETER);
-  HRESULT const pointers[] = {store_->OpenStream(u"n", nullptr, 0, 0, nullptr),
-                              store_->CreateStream(u"n", 0, 0, 0, nullptr),
-                              store_->OpenStorage(u"n", nullptr, 0, nullptr, 0, nullptr),
-                              store_->CreateStorage(u"n", 0, 0, 0, nullptr)};
-  for (HRESULT const result : pointers) EXPECT_EQ(result, STG_E_INVALIDPOINTER);
+  EXPECT_EQ(store_->OpenStream(u"n", nullptr, 0, 0, nullptr), STG_E_INVALIDPOINTER);
+  EXPECT_EQ(store_->CreateStorage(u"n", 0, 0, 0, nullptr), STG_E_INVALIDPOINTER);
   EXPECT_FALSE(storage);
   EXPECT_FALSE(stream);
   EXPECT_FALSE(walk);
@@ -130,37 +117,33 @@ TEST_F(StorageTest, RefusesBadArgumentsInTheirOrder) {
 TEST_F(StorageTest, NamesAreBytesOfTheSameNumber) {
   Bytes("\x80\xE9\xFF", "high");
   EXPECT_EQ(StreamResult(store_, u"\u0080\u00E9\u00FF"), S_OK);
-  for (char16_t const *name : {u"\u0100", u"a\u20AC", u"\xD800"}) {
-    ComPtr<IStream> stream;
-    ComPtr<IStorage> storage;
-    EXPECT_EQ(StreamResult(store_, name), STG_E_INVALIDNAME);
-    EXPECT_EQ(OpenResult(store_, name), STG_E_INVALIDNAME);
-    EXPECT_EQ(store_->CreateStream(name, 0, 0, 0, stream.Place()), STG_E_INVALIDNAME);
-    EXPECT_EQ(store_->CreateStorage(name, 0, 0, 0, storage.Place()), STG_E_INVALIDNAME);
-    EXPECT_EQ(store_->DestroyElement(name), STG_E_INVALIDNAME);
-  }
-}
-
-TEST_F(StorageTest, NamesOfAllLengths) {
+  auto const letters = [](size_t count) { return std::u16string(count, u'a'); };
   struct {
-    size_t length;
+    std::u16string name;
+    HRESULT open;
     HRESULT createStream;
     HRESULT createStorage;
-  } const cases[] = {{255, S_OK, S_OK},
-                     {256, S_OK, E_FAIL},
-                     {260, STG_E_INVALIDNAME, E_FAIL},
-                     {10000, STG_E_INVALIDNAME, E_FAIL}};
+  } const cases[] = {{u"\u0100", STG_E_INVALIDNAME, STG_E_INVALIDNAME, STG_E_INVALIDNAME},
+                     {u"a\u20AC", STG_E_INVALIDNAME, STG_E_INVALIDNAME, STG_E_INVALIDNAME},
+                     {u"\xD800", STG_E_INVALIDNAME, STG_E_INVALIDNAME, STG_E_INVALIDNAME},
+                     {letters(255), STG_E_FILENOTFOUND, S_OK, S_OK},
+                     {letters(256), STG_E_FILENOTFOUND, S_OK, E_FAIL},
+                     {letters(260), STG_E_FILENOTFOUND, STG_E_INVALIDNAME, E_FAIL},
+                     {letters(10000), STG_E_FILENOTFOUND, STG_E_INVALIDNAME, E_FAIL}};
   for (auto const &test : cases) {
-    std::u16string const name(test.length, u'a');
+    char16_t const *const name = test.name.c_str();
     ComPtr<IStream> stream;
     ComPtr<IStorage> storage;
-    EXPECT_EQ(OpenResult(store_, name.c_str()), STG_E_FILENOTFOUND);
-    EXPECT_EQ(store_->CreateStream(name.c_str(), 0, 0, 0, stream.Place()), test.createStream);
-    EXPECT_EQ(store_->CreateStorage(name.c_str(), 0, 0, 0, storage.Place()), test.createStorage)
-        << test.length;
+    EXPECT_EQ(OpenResult(store_, name), test.open) << test.name.size();
+    EXPECT_EQ(store_->CreateStream(name, 0, 0, 0, stream.Place()), test.createStream)
+        << test.name.size();
+    EXPECT_EQ(store_->CreateStorage(name, 0, 0, 0, storage.Place()), test.createStorage)
+        << test.name.size();
   }
   EXPECT_EQ(store_->CreateStream(u"", 0, 0, 0, ComPtr<IStream>().Place()), S_OK)
       << "the unnamed value";
+  EXPECT_EQ(StreamResult(store_, u"\u0100"), STG_E_INVALIDNAME);
+  EXPECT_EQ(store_->DestroyElement(u"\u0100"), STG_E_INVALIDNAME);
 }
 
 TEST_F(StorageTest, WalksSubkeysThenValues) {

@@ -1,58 +1,39 @@
 #ifndef ZOLT41_TESTS_ROLODEX_BOOK_H_
 #define ZOLT41_TESTS_ROLODEX_BOOK_H_
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 #include <vector>
 
+#include "tests/support/files.h"
+#include "zolt41/cardfile/call_card.h"
+#include "zolt41/foundation/endian.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/rolodex/rolodex.h"
 
 namespace zolt::testing {
 
-inline std::string ContentOf(std::string const &path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void WriteContent(std::string const &path, std::string const &content) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
-}
+constexpr uint32_t kArea = 10248;  // where cards begin
 
 inline uint32_t NumberAt(std::string const &bytes, size_t position) {
-  uint32_t number = 0;
-  for (size_t i = 4; i-- > 0;)
-    number = number << 8 | static_cast<unsigned char>(bytes[position + i]);
-  return number;
+  return LoadLittle32(bytes.data() + position);
 }
 
 inline void PutNumber(std::string *bytes, size_t position, uint32_t number) {
-  for (size_t i = 0; i < 4; i++) (*bytes)[position + i] = static_cast<char>(number >> 8 * i);
+  StoreLittle32(number, bytes->data() + position);
 }
 
-// Files that are made while this lives lie in memory, where there is such a place: trials that open
-// thousands of them spend their time elsewhere.
-class FilesInMemory {
- public:
-  FilesInMemory() {
-    char const *const old = std::getenv("TMPDIR");
-    if (old != nullptr) old_ = old;
-    if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 1);
-  }
-  ~FilesInMemory() { old_.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", old_.c_str(), 1); }
-  FilesInMemory(FilesInMemory const &) = delete;
-  FilesInMemory &operator=(FilesInMemory const &) = delete;
-
- private:
-  std::string old_;
-};
+// Long trials are a hundred times longer where there is time for it.
+inline uint32_t Often(uint32_t times) {
+  return std::getenv("ZOLT_SLOW") != nullptr ? times * 100 : times;
+}
 
 // The same database in the order of a big-endian machine.
 inline std::string BigEndian(std::string bytes) {
@@ -62,7 +43,7 @@ inline std::string BigEndian(std::string bytes) {
   };
   swap(0);
   for (size_t i = 0; i < 128; i++) swap(8 + 80 * i + 64);
-  for (size_t at = 10248; NumberAt(bytes, at) != 0xFFFFFFFF;) {
+  for (size_t at = kArea; NumberAt(bytes, at) != 0xFFFFFFFF;) {
     uint32_t const size = NumberAt(bytes, at + 8);
     for (size_t word = 0; word < 7; word++) swap(at + 4 * word);
     at += size;
@@ -73,13 +54,6 @@ inline std::string BigEndian(std::string bytes) {
 // A list without properties, and bytes behind it up to `size`, at least 4.
 inline std::string BodyOf(uint32_t size, char fill) {
   return std::string(4, '\0') + std::string(size - 4, fill);
-}
-
-inline std::string ListOf(PCardStorage *card) {
-  char *const block = card->Get();
-  std::string const list(block, GetMemSize(block));
-  _DisposeMem(block);
-  return list;
 }
 
 using Ids = std::vector<uint32_t>;
@@ -98,10 +72,6 @@ using Cards = std::map<uint32_t, CardContent>;
 class Book : public Rolodex {
  public:
   using Rolodex::CardIndex;
-  using Rolodex::Flush;
-  using Rolodex::Modify;
-  using Rolodex::Rebuild;
-  using Rolodex::WriteCardHeader;
 
   static void SetBody(PCardStorage *card, std::string const &body) {
     card->Set(body.data(), static_cast<int32_t>(body.size()));
@@ -111,6 +81,24 @@ class Book : public Rolodex {
     SetBody(&card, body);
     return CreateCard(&card, names[0].c_str(), names[1].c_str(), names[2].c_str(), set.data());
   }
+  // By CreateCards. The ids of those that were added.
+  Ids AddMany(std::vector<CardContent> const &contents) {
+    std::vector<CallCard> cards(contents.size());
+    std::vector<PCardStorage *> pointers;
+    std::vector<CardNames> names;
+    std::vector<unsigned char const *> sets;
+    for (size_t i = 0; i < contents.size(); i++) {
+      CardContent const &card = contents[i];
+      SetBody(&cards[i], card.body);
+      pointers.push_back(&cards[i]);
+      names.push_back({card.names[0].c_str(), card.names[1].c_str(), card.names[2].c_str()});
+      sets.push_back(card.categories.data());
+    }
+    Ids ids(contents.size());
+    ids.resize(CreateCards(static_cast<uint32_t>(contents.size()), pointers.data(), names.data(),
+                           sets.data(), ids.data()));
+    return ids;
+  }
   int32_t Save(uint32_t id, std::string const &body) {
     PCardStorage card;
     SetBody(&card, body);
@@ -119,29 +107,78 @@ class Book : public Rolodex {
   // "!" if it cannot be loaded.
   std::string Body(uint32_t id) {
     PCardStorage card;
-    return LoadCard(id, &card) != 0 ? ListOf(&card) : "!";
+    if (LoadCard(id, &card) == 0) return "!";
+    char *const block = card.Get();
+    std::string const list(block, GetMemSize(block));
+    _DisposeMem(block);
+    return list;
   }
   Names NamesOf(uint32_t id) {
     char text[3][32] = {};
     GetCardName(id, text[0], text[1], text[2]);
     return {text[0], text[1], text[2]};
   }
-  Categories CategoriesOf(uint32_t id) {
+  CardContent Card(uint32_t id) {
     unsigned char list[129] = {};
     GetCardCategories(id, list);
-    return {list, list + (*list == 255 ? 1 : *list + 1)};
+    return {Body(id), NamesOf(id), {list, list + (*list == 255 ? 1 : *list + 1)}};
   }
-  std::vector<uint32_t> Ids() {
-    std::vector<uint32_t> ids;
+  // In file order.
+  Ids AllIds() {
+    Ids ids;
     uint32_t cursor = 0;
     while (uint32_t const id = FindCard(nullptr, nullptr, nullptr, &cursor)) ids.push_back(id);
     return ids;
   }
   Cards All() {
     Cards cards;
-    for (uint32_t const id : Ids()) cards[id] = {Body(id), NamesOf(id), CategoriesOf(id)};
+    for (uint32_t const id : AllIds()) cards[id] = Card(id);
     return cards;
   }
+};
+
+// Files that are made while this lives lie in memory, where there is such a place: trials that open
+// thousands of them spend their time elsewhere.
+class FilesInMemory {
+ public:
+  FilesInMemory() {
+    char const *const old = std::getenv("TMPDIR");
+    if (old != nullptr) old_ = old;
+    if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 1);
+  }
+  ~FilesInMemory() { old_.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", old_.c_str(), 1); }
+  FilesInMemory(FilesInMemory const &) = delete;
+  FilesInMemory &operator=(FilesInMemory const &) = delete;
+
+ private:
+  std::string old_;
+};
+
+// An empty database, open for writing.
+class BookTest : public ::testing::Test {
+ protected:
+  BookTest() { Begin(); }
+  void Begin() {
+    book_.Close();
+    EXPECT_EQ(Rolodex::Create(path_.c_str()), 0);
+    EXPECT_EQ(Open(), 0);
+  }
+  int32_t Open(int32_t readOnly = 0) { return book_.Open(path_.c_str(), readOnly); }
+  void Reopen(int32_t readOnly = 0) {
+    book_.Close();
+    ASSERT_EQ(Open(readOnly), 0);
+  }
+  // Closed, and then with this content.
+  void Put(std::string const &content) {
+    book_.Close();
+    WriteContent(path_, content);
+  }
+  std::string Content() const { return ContentOf(path_); }
+
+  FilesInMemory const inMemory_;
+  TempHome home_;
+  std::string const path_ = home_.path() + "/book";
+  Book book_;
 };
 
 }  // namespace zolt::testing

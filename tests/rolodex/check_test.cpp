@@ -2,39 +2,32 @@
 #include <unistd.h>
 
 #include "tests/rolodex/book.h"
-#include "tests/support/key.h"
-#include "tests/support/temp_home.h"
 #include "zolt41/rolodex/redo_block.h"
 #include "zolt41/rolodex/rolodex_check.h"
 
 namespace zolt::testing {
 namespace {
 
-constexpr uint32_t kArea = 10248;
 constexpr uint32_t kRecord = 124 + 50;
+constexpr uint32_t kThird = kArea + 2 * kRecord;
 
-class CheckTest : public ::testing::Test {
+class CheckTest : public BookTest {
  protected:
   // Five cards, of which the second is deleted.
-  void SetUp() override {
-    path_ = home_.path() + "/book";
-    target_ = home_.path() + "/repaired";
-    ASSERT_EQ(Rolodex::Create(path_.c_str()), 0);
-    Book book;
-    ASSERT_EQ(book.Open(path_.c_str(), 0), 0);
+  CheckTest() {
     CategoryInfo const info = {"friends", 7, ""};
-    book.SetCategoryInfo(100, &info);
-    for (char c = 'a'; c < 'f'; c++) book.Add(BodyOf(50, c), {std::string(1, c), "x"}, {1, 9});
-    book.DeleteCard(2);
-    all_ = book.All();
-    book.Close();
-    clean_ = ContentOf(path_);
+    book_.SetCategoryInfo(100, &info);
+    for (char c = 'a'; c < 'f'; c++) book_.Add(BodyOf(50, c), {std::string(1, c), "x"}, {1, 9});
+    book_.DeleteCard(2);
+    all_ = book_.All();
+    book_.Close();
+    clean_ = Content();
     dirty_ = clean_.substr(0, kArea + 5 * kRecord + 4);
   }
 
   // "1 sound 3 cut" and so on, a "!" behind what is not whole.
   std::string Check(std::string const &content) {
-    WriteContent(path_, content);
+    Put(content);
     std::string told;
     auto const tell = [](void *context, CardFinding const &finding) {
       constexpr char const *kStates[] = {"sound", "cut", "lost"};
@@ -43,7 +36,7 @@ class CheckTest : public ::testing::Test {
                                               (finding.whole ? "" : "!");
     };
     EXPECT_EQ(CheckRolodex(path_.c_str(), tell, &told, &report_), 0);
-    EXPECT_EQ(ContentOf(path_), content);
+    EXPECT_EQ(Content(), content);
     return told;
   }
   // What is in a database that was made of files.
@@ -58,13 +51,11 @@ class CheckTest : public ::testing::Test {
     Book book;
     EXPECT_EQ(book.Open(target_.c_str(), 1), 0);
     EXPECT_EQ(book.GetCategoryInfo(100)->number, 7U);
-    EXPECT_EQ(book.Ids().size(), count);
+    EXPECT_EQ(book.AllIds().size(), count);
     return book.All();
   }
 
-  TempHome home_;
-  std::string path_;
-  std::string target_;
+  std::string const target_ = home_.path() + "/repaired";
   Cards all_;
   std::string clean_;
   std::string dirty_;
@@ -72,7 +63,6 @@ class CheckTest : public ::testing::Test {
 };
 
 TEST_F(CheckTest, WhatIsSoundCutAndLost) {
-  uint32_t const third = kArea + 2 * kRecord;
   auto const with = [](std::string content, size_t position, uint32_t number) {
     PutNumber(&content, position, number);
     return content;
@@ -87,19 +77,23 @@ TEST_F(CheckTest, WhatIsSoundCutAndLost) {
   for (Row const &row : {
            Row{"closed", clean_, true, " 1sound 3sound 4sound 5sound", {1, 3, 4, 5}},
            Row{"not closed", dirty_, false, " 1sound 3sound 4sound 5sound", {1, 3, 4, 5}},
-           Row{"a wrong position", with(dirty_, third, 5), false, " 1sound 4lost 5lost", {1, 4, 5}},
+           Row{"a wrong position",
+               with(dirty_, kThird, 5),
+               false,
+               " 1sound 4lost 5lost",
+               {1, 4, 5}},
            Row{"one in a closed file",
-               with(clean_, third, 5),
+               with(clean_, kThird, 5),
                false,
                " 1sound 3cut 4sound 5sound",
                {1, 3, 4, 5}},
            Row{"a size beyond the file",
-               with(dirty_, third + 8, 10000),
+               with(dirty_, kThird + 8, 10000),
                false,
                " 1sound 3cut! 4lost 5lost",
                {1, 4, 5}},
            Row{"a list that is none",
-               with(dirty_, third + 124, 9),
+               with(dirty_, kThird + 124, 9),
                false,
                " 1sound 3cut! 4sound 5sound",
                {1, 4, 5}},
@@ -122,24 +116,23 @@ TEST_F(CheckTest, WhatIsSoundCutAndLost) {
 
 TEST_F(CheckTest, AnUnfinishedChangeCounts) {
   std::string const freed(4, '\0');
-  Piece const piece = {kArea + 2 * kRecord + 4, freed};
+  Piece const piece = {kThird + 4, freed};
   std::string const block = RedoBlockOf(static_cast<uint32_t>(dirty_.size()), {&piece, 1});
   EXPECT_EQ(Check(dirty_ + block), " 1sound 4sound 5sound");
   EXPECT_EQ(Check(dirty_ + block + "x"), " 1sound 3sound 4sound 5sound");
 }
 
 TEST_F(CheckTest, PiecesComeBack) {
-  PutNumber(&dirty_, kArea + 2 * kRecord, 5);
-  WriteContent(path_, dirty_);
-  Book book;
-  ASSERT_EQ(book.Open(path_.c_str(), 0), 0);
-  EXPECT_EQ(book.Ids(), Ids{1});
+  PutNumber(&dirty_, kThird, 5);
+  Put(dirty_);
+  ASSERT_EQ(Open(), 0);
+  EXPECT_EQ(book_.AllIds(), Ids{1});
   // Its id is one of a card that is lost.
-  EXPECT_EQ(book.Add(BodyOf(60, 'n'), {"new"}), 2U);
-  EXPECT_EQ(book.Add(BodyOf(60, 'm'), {"newer"}), 3U);
-  EXPECT_EQ(book.Add(BodyOf(60, 'o'), {"newest"}), 4U);
-  Cards expected = book.All();
-  book.Close();
+  EXPECT_EQ(book_.Add(BodyOf(60, 'n'), {"new"}), 2U);
+  EXPECT_EQ(book_.Add(BodyOf(60, 'm'), {"newer"}), 3U);
+  EXPECT_EQ(book_.Add(BodyOf(60, 'o'), {"newest"}), 4U);
+  Cards expected = book_.All();
+  book_.Close();
   expected[6] = all_[4];
   expected[5] = all_[5];
   std::string const lost = path_ + ".lost-1";
@@ -154,7 +147,7 @@ TEST_F(CheckTest, WhatIsRefused) {
   EXPECT_EQ(ContentOf(target_), "mine");
   unlink(target_.c_str());
   for (std::string const &content : {std::string(20000, 'x'), BigEndian(clean_)}) {
-    WriteContent(path_, content);
+    Put(content);
     EXPECT_EQ(CheckRolodex(path_.c_str(), nullptr, nullptr, &report_), -1);
     EXPECT_EQ(RepairRolodex(paths, 1, target_.c_str(), &cards), -1);
     EXPECT_NE(access(target_.c_str(), F_OK), 0);

@@ -4,22 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <optional>
 
 #include "tests/rolodex/random_steps.h"
 #include "tests/support/file_shim.h"
-#include "tests/support/temp_home.h"
 
 namespace zolt::testing {
 namespace {
 
 constexpr size_t kPage = 4096;
 constexpr uint32_t kRedoMagic = 0x6F646552;
-
-bool Slow() {
-  return std::getenv("ZOLT_SLOW") != nullptr;
-}
 
 // How many bytes of a write a crash may leave done. A kill ends it between two pages of the file;
 // what is new at the end of a file may be cut anywhere, as by a full disk.
@@ -45,59 +38,56 @@ bool IsRedoBlock(FileStep const &step) {
   return step.kind == FileStep::write && size > 20 && NumberAt(step.bytes, size - 4) == kRedoMagic;
 }
 
-class CrashTest : public ::testing::Test {
- protected:
-  CrashTest() : path_(home_.path() + "/book"), crashed_(home_.path() + "/crashed") {}
+// What a work does to files, which can be kept from making new ones.
+template <typename Work>
+std::vector<FileStep> StepsOf(bool inPlace, Work const &work) {
+  FileShim shim;
+  shim.set_noNewFiles(inPlace);
+  work();
+  return shim.steps();
+}
 
-  // Opens what is on the disk as a file of its own. "" if nothing is lost, else what is.
-  std::string Look(Disk const &disk, Cards const &before, Cards const &after) {
+class CrashTest : public BookTest {
+ protected:
+  // Opens a copy. No card may be lost, and the file must be in order again.
+  void Look(std::string const &content, Cards const &before, Cards const &after) {
     looks_++;
     FileShim const noSync;
-    WriteContent(crashed_, disk.at(path_));
+    WriteContent(crashed_, content);
     Book book;
-    if (book.Open(crashed_.c_str(), 0) != 0) return "it does not open";
+    if (book.Open(crashed_.c_str(), 0) != 0) return Note("it does not open");
     Cards const found = book.All();
     std::string wrong = Between(found, before, after);
-    if (book.Ids().size() != found.size()) wrong += " a card is there twice";
-    // It is in order again, and can be worked with.
+    if (book.AllIds().size() != found.size()) wrong += " a card is there twice";
     if (book.Add(BodyOf(100, 'z')) == 0) wrong += " it cannot be changed";
     book.Close();
     if (book.Open(crashed_.c_str(), 1) != 0) wrong += " it is not clean";
-    return wrong;
+    if (!wrong.empty()) Note(wrong);
   }
 
   // A second crash, while opening sets right what the first one left.
-  void LookAtRecovery(Disk disk, Cards const &before, Cards const &after) {
-    WriteContent(crashed_, disk.at(path_));
-    std::optional<FileShim> shim(std::in_place);
-    Book book;
-    book.Open(crashed_.c_str(), 0);
-    book.Close();
-    std::vector<FileStep> steps = shim->steps();
-    shim.reset();
-    for (FileStep &step : steps) {
-      if (step.path == crashed_) step.path = path_;
-      if (step.bytes == crashed_) step.bytes = path_;
-    }
-    recovers_ = true;
-    LookAtAll(steps, &disk, before, after);
-    recovers_ = false;
+  void LookAtRecovery(std::string const &content, Cards const &before, Cards const &after) {
+    WriteContent(crashed_, content);
+    auto const steps = StepsOf(false, [&] { Book().Open(crashed_.c_str(), 0); });
+    Disk disk = {{crashed_, content}};
+    LookAtAll(crashed_, steps, &disk, before, after);
   }
 
   // All that a crash during the steps of one operation can leave. Applies them to the disk.
-  void LookAtAll(std::vector<FileStep> const &steps, Disk *disk, Cards const &before,
-                 Cards const &after) {
+  void LookAtAll(std::string const &path, std::vector<FileStep> const &steps, Disk *disk,
+                 Cards const &before, Cards const &after) {
     for (FileStep const &step : steps) {
-      if (step.kind == FileStep::write && step.path == path_) {
-        for (size_t const cut : CutsOf(step, (*disk)[path_].size())) {
+      if (step.kind == FileStep::write && step.path == path) {
+        for (size_t const cut : CutsOf(step, (*disk)[path].size())) {
           Disk torn = *disk;
-          Do({FileStep::write, path_, step.position, step.bytes.substr(0, cut)}, &torn);
-          Note(Look(torn, before, after));
+          Do({FileStep::write, path, step.position, step.bytes.substr(0, cut)}, &torn);
+          Look(torn.at(path), before, after);
         }
       }
       Do(step, disk);
-      Note(Look(*disk, before, after));
-      if (looks_ % 16 == 0 && !control_ && !recovers_) LookAtRecovery(*disk, before, after);
+      Look(disk->at(path), before, after);
+      if (looks_ % 16 == 0 && !control_ && path == path_)
+        LookAtRecovery(disk->at(path), before, after);
     }
   }
 
@@ -107,174 +97,127 @@ class CrashTest : public ::testing::Test {
       Disk alone = synced;
       Disk others = synced;
       Disk half = synced;
+      Disk torn = synced;
       for (size_t i = 0; i < pending.size(); i++) {
         FileStep step = pending[i];
         if (i != chosen) {
           Do(step, &others);
+          Do(step, &torn);
           continue;
         }
         Do(step, &alone);
-        // Of a write what lies in other sectors than the first.
-        size_t const first = 512 - static_cast<size_t>(step.position) % 512;
-        if (step.kind != FileStep::write || step.bytes.size() <= first) continue;
+        if (step.kind != FileStep::write) continue;
+        // What lies in other sectors than the first, and what lies in that beside all others.
+        size_t const first =
+            std::min(512 - static_cast<size_t>(step.position) % 512, step.bytes.size());
+        Do({step.kind, step.path, step.position, step.bytes.substr(0, first)}, &torn);
+        // The size of a file can be there before what it has at its end.
+        std::string &content = torn[step.path];
+        content.resize(
+            std::max(content.size(), static_cast<size_t>(step.position) + step.bytes.size()));
         step.position += static_cast<int64_t>(first);
         step.bytes.erase(0, first);
-        Do(step, &half);
+        if (!step.bytes.empty()) Do(step, &half);
       }
-      for (Disk const &disk : {alone, others, half}) Note(Look(disk, before, after));
+      for (Disk const &disk : {alone, others, half, torn}) Look(disk.at(path_), before, after);
     }
   }
 
   void Note(std::string const &wrong) {
-    if (wrong.empty()) return;
     losses_++;
     if (!control_) ADD_FAILURE() << wrong;
   }
 
   // A random sequence of operations, looked at everywhere.
-  void Run(uint32_t seed, int count, bool inPlace) {
-    SCOPED_TRACE(seed);
-    Disk disk;
+  void Run(uint32_t seed, bool inPlace) {
+    Begin();
+    Disk disk = {{path_, Content()}};
     RandomSteps steps(seed);
-    Book book;
-    std::optional<FileShim> shim(std::in_place);
-    Rolodex::Create(path_.c_str());
-    disk[path_] = ContentOf(path_);
-    book.Open(path_.c_str(), 0);
-    for (int i = 0; i < count && !HasFailure(); i++) {
+    for (int i = 0; i < 24 && !HasFailure(); i++) {
       SCOPED_TRACE(i);
       Cards const before = steps.cards();
       CardStep const step = steps.Next();
-      if (!shim) shim.emplace();
-      shim->set_noNewFiles(inPlace);
-      shim->steps().clear();
-      step.run(&book);
-      if (i % 12 == 11) {
-        book.Close();
-        book.Open(path_.c_str(), 0);
-      }
-      std::vector<FileStep> done = shim->steps();
-      shim.reset();
+      std::vector<FileStep> done = StepsOf(inPlace, [&] {
+        step.run(&book_);
+        if (i % 12 == 11) Reopen();
+      });
       if (control_) std::erase_if(done, IsRedoBlock);
-      LookAtAll(done, &disk, before, step.after);
+      LookAtAll(path_, done, &disk, before, steps.cards());
     }
-    shim.emplace();
-    book.Close();
   }
 
-  FilesInMemory const inMemory_;
-  TempHome home_;
-  std::string path_;
-  std::string crashed_;
+  std::string const crashed_ = home_.path() + "/crashed";
   bool control_ = false;  // without redo blocks
-  bool recovers_ = false;
   int losses_ = 0;
   int looks_ = 0;
 };
 
-// Long trials are several tests, each with its share of the seeds.
-constexpr uint32_t kShares = 16;
-
-class CrashSequenceTest : public CrashTest, public ::testing::WithParamInterface<uint32_t> {
- protected:
-  template <typename Trial>
-  static void ForSeeds(uint32_t count, Trial const &trial) {
-    for (uint32_t seed = 1 + GetParam(); seed <= count && !HasFailure(); seed += kShares) {
-      SCOPED_TRACE(seed);
-      trial(seed);
-    }
-  }
-};
+using CrashSequenceTest = Sharing<CrashTest>;
 
 INSTANTIATE_TEST_SUITE_P(Shares, CrashSequenceTest, ::testing::Range(0U, kShares));
 
 TEST_P(CrashSequenceTest, NothingIsLostAtAnyStep) {
-  uint32_t const sequences = Slow() ? 30000 : 300;
-  ForSeeds(sequences, [this](uint32_t seed) { Run(seed, 24, seed / kShares % 2 == 0); });
-  EXPECT_GT(looks_, 100 * static_cast<int>(sequences / kShares));
+  ForSeeds(Often(300), [this](uint32_t seed) { Run(seed, seed / kShares % 2 == 0); });
+  EXPECT_GT(looks_, 100 * static_cast<int>(Often(300) / kShares));
 }
 
 TEST_F(CrashTest, NothingIsLostBetweenTheBatchesOfACompaction) {
-  std::optional<FileShim> shim(std::in_place);
-  Rolodex::Create(path_.c_str());
-  Book book;
-  ASSERT_EQ(book.Open(path_.c_str(), 0), 0);
-  for (uint32_t i = 0; i < 26; i++) book.Add(BodyOf(140'000 + 1000 * i, 'x'));
-  for (uint32_t id = 2; id <= 26; id += 3) book.DeleteCard(id);
-  Cards const cards = book.All();
-  Disk disk = {{path_, ContentOf(path_)}};
-  shim->set_noNewFiles(true);
-  shim->steps().clear();
-  ASSERT_EQ(book.Compact(1), 1);
-  std::vector<FileStep> const done = shim->steps();
-  shim.reset();
-  EXPECT_GE(std::ranges::count_if(done, IsRedoBlock), 3);
-  LookAtAll(done, &disk, cards, cards);
-  EXPECT_EQ(book.All(), cards);
+  for (uint32_t i = 0; i < 26; i++) book_.Add(BodyOf(140'000 + 1000 * i, 'x'));
+  for (uint32_t id = 2; id <= 26; id += 3) book_.DeleteCard(id);
+  Cards const cards = book_.All();
+  Disk disk = {{path_, Content()}};
+  auto const steps = StepsOf(true, [&] { EXPECT_EQ(book_.Compact(1), 1); });
+  EXPECT_GE(std::ranges::count_if(steps, IsRedoBlock), 3);
+  LookAtAll(path_, steps, &disk, cards, cards);
+  EXPECT_EQ(book_.All(), cards);
 }
 
 TEST_F(CrashTest, NothingIsLostInAConversion) {
-  for (uint32_t seed = 1; seed <= (Slow() ? 500 : 10); seed++) {
+  for (uint32_t seed = 1; seed <= Often(10); seed++) {
     SCOPED_TRACE(seed);
+    Begin();
     RandomSteps steps(seed);
-    std::optional<FileShim> shim(std::in_place);
-    Rolodex::Create(path_.c_str());
-    Book book;
-    book.Open(path_.c_str(), 0);
-    for (int i = 0; i < 30; i++) steps.Next().run(&book);
-    book.Close();
-    Disk disk = {{path_, BigEndian(ContentOf(path_))}};
-    WriteContent(path_, disk[path_]);
-    shim->steps().clear();
-    ASSERT_EQ(book.Open(path_.c_str(), 0), 0);
-    std::vector<FileStep> const done = shim->steps();
-    shim.reset();
-    book.Close();
+    for (int i = 0; i < 30; i++) steps.Next().run(&book_);
+    book_.Close();
+    Put(BigEndian(Content()));
+    Disk disk = {{path_, Content()}};
+    auto const done = StepsOf(false, [&] { EXPECT_EQ(Open(), 0); });
     EXPECT_GT(done.size(), 4U);
-    LookAtAll(done, &disk, steps.cards(), steps.cards());
+    LookAtAll(path_, done, &disk, steps.cards(), steps.cards());
   }
 }
 
-// A power cut keeps of what was not synced any part: here each write alone, all but it, and halves.
+// A power cut keeps of what was not synced any part: here each write alone, all but it, and parts.
 TEST_P(CrashSequenceTest, DurableOperationsOutliveThePower) {
-  ForSeeds(Slow() ? 5000 : 50, [this](uint32_t seed) {
+  ForSeeds(Often(50), [this](uint32_t seed) {
+    Begin();
+    book_.Close();
+    Disk disk = {{path_, Content()}};
+    ASSERT_EQ(book_.OpenDurable(path_.c_str()), 0);
     RandomSteps steps(seed);
-    std::optional<FileShim> shim(std::in_place);
-    Rolodex::Create(path_.c_str());
-    Disk disk = {{path_, ContentOf(path_)}};
-    Book book;
-    ASSERT_EQ(book.OpenDurable(path_.c_str()), 0);
     std::vector<FileStep> pending;
     for (int i = 0; i < 20 && !HasFailure(); i++) {
       SCOPED_TRACE(i);
       Cards const before = steps.cards();
       CardStep const step = steps.Next();
-      if (!shim) shim.emplace();
-      shim->set_noNewFiles(true);
-      shim->steps().clear();
-      step.run(&book);
-      std::vector<FileStep> const done = shim->steps();
-      shim.reset();
-      for (FileStep const &change : done) {
+      for (FileStep const &change : StepsOf(true, [&] { step.run(&book_); })) {
         if (change.kind == FileStep::sync) {
           for (FileStep const &one : pending) Do(one, &disk);
           pending.clear();
           continue;
         }
         pending.push_back(change);
-        LookAtSubsets(disk, pending, before, step.after);
+        LookAtSubsets(disk, pending, before, steps.cards());
       }
-      Note(Look(disk, step.after, step.after));
+      Look(disk.at(path_), steps.cards(), steps.cards());
     }
-    shim.emplace();
-    book.Close();
   });
 }
 
 // The same trial finds losses where it should.
 TEST_F(CrashTest, WithoutRedoBlocksCardsAreLost) {
   control_ = true;
-  for (uint32_t seed = 1; seed <= 20; seed++) Run(seed, 24, seed % 2 == 0);
+  for (uint32_t seed = 1; seed <= 40; seed++) Run(seed, seed % 2 == 0);
   EXPECT_GT(losses_, 20);
 }
 

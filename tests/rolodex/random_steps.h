@@ -1,132 +1,136 @@
 #ifndef ZOLT41_TESTS_ROLODEX_RANDOM_STEPS_H_
 #define ZOLT41_TESTS_ROLODEX_RANDOM_STEPS_H_
 
-#include <algorithm>
 #include <functional>
 #include <iterator>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "tests/rolodex/book.h"
-#include "zolt41/cardfile/call_card.h"
+#include "tests/rolodex/model.h"
 
 namespace zolt::testing {
 
-// One operation on a database, and what its cards are afterwards.
+using Results = std::vector<int64_t>;
+
+// An operation on a database, and what it gives by the model.
 struct CardStep {
-  std::function<void(Book *)> run;
-  Cards after;
+  std::function<Results(Book *)> run;
+  Results results;
 };
 
-// Random operations on cards, each with its outcome by a plain map. All of them succeed.
+// Random operations on cards, each of which the model has done when it is given out. What they
+// change is in the file at once.
 class RandomSteps {
  public:
-  explicit RandomSteps(uint32_t seed, Cards cards = {}) : random_(seed), cards_(std::move(cards)) {
-    for (auto const &[id, card] : cards_) lastId_ = std::max(lastId_, id);
+  explicit RandomSteps(uint32_t seed, Cards const &cards = {}) : random_(seed) {
+    for (auto const &[id, card] : cards) model_.Enter(id, card);
   }
 
   CardStep Next() {
     uint32_t const kind = Pick(20);
-    if (kind < 6 || cards_.empty()) return Create();
-    if (kind < 10) return Save();
-    if (kind < 13) return Delete();
-    if (kind < 15) return Rename();
-    if (kind < 17) return Categorise();
+    if (kind < 6) return Create();
+    if (kind < 10) return Save(PickId());
+    if (kind < 13) return Delete(PickId());
+    if (kind < 15) return Rename(PickId());
+    if (kind < 17) return Categorise(PickId());
     if (kind < 18) return CreateMany();
     if (kind < 19) return Apply();
-    return {[](Book *book) { book->Compact(1); }, cards_};
+    return Compact();
   }
-  Cards const &cards() const { return cards_; }
+  Model &model() { return model_; }
+  Cards cards() const { return model_.All(); }
 
- private:
   uint32_t Pick(uint32_t count) { return static_cast<uint32_t>(random_() % count); }
+  // Mostly of a card that there is.
   uint32_t PickId() {
-    auto card = cards_.begin();
-    std::advance(card, Pick(static_cast<uint32_t>(cards_.size())));
-    return card->first;
+    Ids const ids = model_.AllIds();
+    return ids.empty() || Pick(20) == 0 ? Pick(40) : ids[Pick(static_cast<uint32_t>(ids.size()))];
   }
-  std::string PickBody() {
-    constexpr uint32_t kSizes[] = {4, 8, 61, 128, 132, 376, 900, 4100};
-    return BodyOf(kSizes[Pick(std::size(kSizes))], static_cast<char>('a' + Pick(26)));
-  }
-  Categories PickSet() {
-    return {2, static_cast<unsigned char>(Pick(64)), static_cast<unsigned char>(64 + Pick(64))};
-  }
-  CardContent PickCard() {
-    Names names;
-    for (std::string &name : names) name = std::string(Pick(32), static_cast<char>('A' + Pick(26)));
-    return {PickBody(), names, PickSet()};
+  std::string PickName() {
+    constexpr char const *kNames[] = {
+        "", "Al", "AL", "a\xEC", "al\x80y", "Bob", "a name of more than 31 characters"};
+    uint32_t const which = Pick(2 * std::size(kNames));
+    return which < std::size(kNames) ? kNames[which]
+                                     : std::string(Pick(32), static_cast<char>('A' + Pick(26)));
   }
 
   CardStep Create() {
     CardContent const card = PickCard();
-    cards_[++lastId_] = card;
-    return {[card](Book *book) { book->Add(card.body, card.names, card.categories); }, cards_};
+    return {
+        [card](Book *book) { return Results{book->Add(card.body, card.names, card.categories)}; },
+        {model_.Create(card)}};
   }
-  CardStep CreateMany() {
-    std::vector<CardContent> contents(1 + Pick(4));
-    for (CardContent &card : contents) cards_[++lastId_] = card = PickCard();
-    auto const run = [contents](Book *book) {
-      std::vector<CallCard> cards(contents.size());
-      std::vector<PCardStorage *> pointers;
-      std::vector<CardNames> names;
-      std::vector<unsigned char const *> sets;
-      for (size_t i = 0; i < contents.size(); i++) {
-        CardContent const &card = contents[i];
-        Book::SetBody(&cards[i], card.body);
-        pointers.push_back(&cards[i]);
-        names.push_back({card.names[0].c_str(), card.names[1].c_str(), card.names[2].c_str()});
-        sets.push_back(card.categories.data());
-      }
-      book->CreateCards(static_cast<uint32_t>(contents.size()), pointers.data(), names.data(),
-                        sets.data(), nullptr);
-    };
-    return {run, cards_};
-  }
-  CardStep Save() {
-    uint32_t const id = PickId();
+  CardStep Save(uint32_t id) {
     std::string const body = PickBody();
-    cards_[id].body = body;
-    return {[=](Book *book) { book->Save(id, body); }, cards_};
+    return {[=](Book *book) { return Results{book->Save(id, body)}; }, {model_.Save(id, body)}};
   }
-  CardStep Delete() {
-    uint32_t const id = PickId();
-    cards_.erase(id);
-    return {[=](Book *book) { book->DeleteCard(id); }, cards_};
+  CardStep Delete(uint32_t id) {
+    return {[=](Book *book) { return Results{book->DeleteCard(id)}; }, {model_.Delete(id)}};
   }
-  CardStep Rename() {
-    uint32_t const id = PickId();
-    Names const names = cards_[id].names = PickCard().names;
-    return {[=](Book *book) {
-              book->SetCardName(id, names[0].c_str(), names[1].c_str(), names[2].c_str());
-            },
-            cards_};
+
+ private:
+  std::string PickBody() {
+    constexpr uint32_t kSizes[] = {4, 5, 8, 64, 128, 129, 132, 248, 372, 373, 900, 4100};
+    return BodyOf(kSizes[Pick(std::size(kSizes))], static_cast<char>('a' + Pick(26)));
   }
-  CardStep Categorise() {
-    uint32_t const id = PickId();
-    Categories const set = cards_[id].categories = PickSet();
-    return {[=](Book *book) { book->SetCardCategories(id, set.data()); }, cards_};
+  Categories PickSet() {
+    if (Pick(10) == 0) return {255};
+    Categories set = {0};
+    for (set[0] = static_cast<unsigned char>(Pick(3)); set.size() <= set[0];)
+      set.push_back(static_cast<unsigned char>(Pick(140)));
+    return set;
+  }
+  CardContent PickCard() { return {PickBody(), {PickName(), PickName(), PickName()}, PickSet()}; }
+
+  CardStep CreateMany() {
+    std::vector<CardContent> contents(Pick(6));
+    Results ids;
+    for (CardContent &card : contents) ids.push_back(model_.Create(card = PickCard()));
+    auto const run = [contents](Book *book) {
+      Ids const added = book->AddMany(contents);
+      return Results(added.begin(), added.end());
+    };
+    return {run, ids};
+  }
+  CardStep Rename(uint32_t id) {
+    std::string const name = PickName();
+    uint32_t const which = Pick(3);
+    SomeNames names;
+    names[which] = name;
+    model_.SetNames(id, names);
+    auto const run = [=](Book *book) {
+      char const *texts[3] = {};
+      texts[which] = name.c_str();
+      book->SetCardName(id, texts[0], texts[1], texts[2]);
+      return Results{};
+    };
+    return {run, {}};
+  }
+  CardStep Categorise(uint32_t id) {
+    Categories const set = PickSet();
+    model_.SetCategories(id, set);
+    auto const run = [=](Book *book) {
+      book->SetCardCategories(id, set.data());
+      return Results{};
+    };
+    return {run, {}};
   }
   CardStep Apply() {
-    unsigned char const category = static_cast<unsigned char>(Pick(128));
-    for (auto &[id, card] : cards_) {
-      auto const place =
-          std::lower_bound(card.categories.begin() + 1, card.categories.end(), category);
-      if (place != card.categories.end() && *place == category) continue;
-      card.categories.insert(place, category);
-      card.categories[0]++;
-    }
-    return {[=](Book *book) {
-              unsigned char const list[] = {1, category};
-              book->ApplyCategory(list, nullptr, nullptr);
-            },
-            cards_};
+    Categories const add = PickSet(), remove = PickSet(), filter = PickSet();
+    auto const run = [=](Book *book) {
+      return Results{book->ApplyCategory(add.data(), remove.data(), filter.data())};
+    };
+    return {run, {model_.Apply(add, remove, filter)}};
+  }
+  CardStep Compact() {
+    auto const force = static_cast<int32_t>(Pick(4));
+    return {[=](Book *book) { return Results{book->Compact(force)}; }, {model_.Compact(force)}};
   }
 
   std::mt19937 random_;
-  Cards cards_;
-  uint32_t lastId_ = 0;
+  Model model_;
 };
 
 // Of each card that is the same before and after an operation there is nothing else to be found
@@ -134,24 +138,33 @@ class RandomSteps {
 inline std::string Between(Cards const &found, Cards const &before, Cards const &after) {
   auto const in = [](Cards const &cards, uint32_t id) {
     auto const card = cards.find(id);
-    return card == cards.end() ? nullptr : &card->second;
+    return card == cards.end() ? CardContent{"none", {}} : card->second;
   };
   Cards all = before;
   all.insert(after.begin(), after.end());
   all.insert(found.begin(), found.end());
   for (auto const &[id, card] : all) {
-    CardContent const *const now = in(found, id);
-    bool good = false;
-    for (Cards const *state : {&before, &after}) {
-      CardContent const *const then = in(*state, id);
-      good = good || (now != nullptr && then != nullptr ? *now == *then : now == then);
-    }
-    if (good) continue;
-    if (now == nullptr) return "card " + std::to_string(id) + " is lost";
-    return "card " + std::to_string(id) + " is changed, or should not be there";
+    CardContent const now = in(found, id);
+    if (now != in(before, id) && now != in(after, id))
+      return "card " + std::to_string(id) + " is lost, changed, or should not be there";
   }
   return "";
 }
+
+// A trial over many seeds is several tests, each with its share of them.
+constexpr uint32_t kShares = 16;
+
+template <typename Test>
+class Sharing : public Test, public ::testing::WithParamInterface<uint32_t> {
+ protected:
+  template <typename Trial>
+  static void ForSeeds(uint32_t count, Trial const &trial) {
+    for (uint32_t seed = 1 + GetParam(); seed <= count && !Test::HasFailure(); seed += kShares) {
+      SCOPED_TRACE(seed);
+      trial(seed);
+    }
+  }
+};
 
 }  // namespace zolt::testing
 

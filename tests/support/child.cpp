@@ -41,6 +41,11 @@ std::string Child::Pipe::Hear() {
   }
 }
 
+void Child::Pipe::BecomeStandard() const {
+  dup2(in_, STDIN_FILENO);
+  dup2(out_, STDOUT_FILENO);
+}
+
 Child::Child(std::function<int(Pipe &)> const &run) : id_(-1), in_(-1), out_(-1), pipe_(-1, -1) {
   std::array<int, 2> toChild{};
   std::array<int, 2> toParent{};
@@ -72,6 +77,11 @@ Child::~Child() {
 
 void Child::Signal(int number) const {
   kill(id_, number);
+}
+
+void Child::EndInput() {
+  close(out_);
+  out_ = -1;
 }
 
 int Child::Wait() {

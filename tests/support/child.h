@@ -19,6 +19,8 @@ class Child {
     void Say(std::string const &line) const;
     // The next line without its end, or "" at the end of the other process or after 60 seconds.
     std::string Hear();
+    // For a process that becomes another program: the pipe is its standard input and output.
+    void BecomeStandard() const;
 
    private:
     int in_;
@@ -34,6 +36,8 @@ class Child {
   Pipe &pipe() { return pipe_; }
   pid_t id() const { return id_; }
   void Signal(int number) const;
+  // Says that no more lines come.
+  void EndInput();
   // Waits for the end. The exit code, or minus the signal's number. -1000 after 60 seconds.
   int Wait();
 

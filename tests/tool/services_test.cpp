@@ -49,7 +49,7 @@ TEST(RegisterTest, TheFileOfTheLibraryIsEnteredAndTakenAway) {
   std::string const folder = tool.substr(0, tool.rfind("/bin/")) + "/lib/";
   for (auto const &[option, root] :
        {std::pair{"-y", HKEY_CURRENT_USER}, std::pair{"--machine", HKEY_LOCAL_MACHINE}}) {
-    auto const entered = [root] {
+    auto const entered = [root = root] {
       return Raw(root,
                  "Software\\Classes\\CLSID\\{5ED2DD58-7638-11D3-8FD3-00A02459FA0F}\\InprocServer32",
                  "");
