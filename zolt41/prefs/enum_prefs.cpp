@@ -1,8 +1,10 @@
 #include "zolt41/prefs/enum_prefs.h"
 
 #include <cstring>
+#include <new>
 
 #include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/registry/name_walk.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/level_tree.h"
 #include "zolt41/prefs/pref_sections.h"
@@ -28,7 +30,10 @@ int32_t OwnId() {
 }  // namespace
 
 CEnumPrefs::CEnumPrefs(int32_t id, char const *name, int32_t parent, WinPrefs *prefs)
-    : id_(id), prefs_(prefs) {
+    : id_(id),
+      prefs_(prefs),
+      values_(new (std::nothrow) zolt::NameWalk(zolt::NameLists::Kind::values)),
+      subkeys_(new (std::nothrow) zolt::NameWalk(zolt::NameLists::Kind::keys)) {
   if (parent != 0) {
     RegisterPrefSection(id, parent, name);
   } else if (id != 0) {
@@ -59,21 +64,14 @@ bool CEnumPrefs::Opened() const {
 }
 
 int32_t CEnumPrefs::Next() {
-  if (!Opened()) return -1;
-  char found[sizeof name_];
-  uint32_t length = sizeof found;
-  if (RegEnumValueA(key_, index_, found, &length, nullptr, nullptr, nullptr, nullptr) ==
-      ERROR_SUCCESS) {
+  if (!Opened() || values_ == nullptr || subkeys_ == nullptr) return -1;
+  uint32_t length = sizeof name_;
+  if (values_->At(key_, index_, name_, &length) == ERROR_SUCCESS) {
     ++valueCount_;
-  } else {
-    length = sizeof found;
-    if (RegEnumKeyExA(key_, index_ - valueCount_, found, &length, nullptr, nullptr, nullptr,
-                      nullptr) != ERROR_SUCCESS) {
-      name_[0] = '\0';
-      return -1;
-    }
+  } else if (subkeys_->At(key_, index_ - valueCount_, name_, &length) != ERROR_SUCCESS) {
+    name_[0] = '\0';
+    return -1;
   }
-  std::memcpy(name_, found, length + 1);
   return static_cast<int32_t>(++index_);
 }
 

@@ -2,11 +2,15 @@
 #define ZOLT41_PREFS_ENUM_PREFS_H_
 
 #include <cstdint>
+#include <memory>
 
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/api.h"
 
 class WinPrefs;
+namespace zolt {
+class NameWalk;
+}
 
 // A walk over one section in one store: its values in the order of first writing, then its
 // subkeys. It stands before the first entry, on an entry, or behind the last.
@@ -83,6 +87,8 @@ class ZOLT_API CEnumPrefs {
   uint32_t valueCount_ = 0;
   char name_[260] = "";
   WinPrefs *prefs_;
+  std::unique_ptr<zolt::NameWalk> values_;
+  std::unique_ptr<zolt::NameWalk> subkeys_;
 };
 
 #endif  // ZOLT41_PREFS_ENUM_PREFS_H_

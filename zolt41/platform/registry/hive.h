@@ -31,6 +31,16 @@ namespace zolt {
 struct HiveKey {
   int64_t id;
   uint64_t incarnation;
+
+  bool operator==(HiveKey const &) const = default;
+};
+
+// Names that a walk holds.
+struct HeldNames {
+  std::shared_ptr<NameStretch const> names;
+  StampSource const *source = nullptr;  // null where nothing vouches for them
+  Stamp stamp{};
+  HiveKey key{};
 };
 
 // One of the two trees: its file, the connections to it and what this process keeps of it. Opened
@@ -63,8 +73,11 @@ class Hive {
                      uint32_t size);
   int32_t DeleteValue(HiveKey key, std::string_view name);
 
-  int32_t NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name);
-  // How many there are, and the length of the longest, which may be told too great.
+  // The stretch of names that tells what stands at the position, or the last one.
+  int32_t NamesAt(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNames *held);
+  // Whether names of NamesAt are still those of their key. Takes no lock.
+  bool StillGood(HeldNames const &held) const;
+  // How many there are, and the length of the longest.
   int32_t CountNames(HiveKey key, NameLists::Kind kind, uint32_t *count, uint32_t *longest);
 
   // A transaction of the calling thread. The serial tells it from a later one: it may have been
@@ -144,10 +157,7 @@ class Hive {
   Connection &Readable() { return OwnTransaction() ? writer_ : reader_; }
   bool Vouched(uint32_t word, Stamp *stamp) const;
   int32_t ReadFile(HiveKey key, std::string_view name, uint32_t *type, void *data, uint32_t *size);
-  template <typename Work>
-  bool WithListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work);
-  template <typename Work>
-  int32_t WithNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work);
+  bool ListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNames *held);
   KeyIndex::Result FindListedKey(int64_t parent, std::string_view name, int64_t *key);
   int32_t LookUpKey(int64_t parent, std::string_view name, int64_t *key);
   void NoticeForeignEdit();

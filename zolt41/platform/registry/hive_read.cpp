@@ -8,17 +8,6 @@ namespace {
 constexpr int32_t kResults[] = {ERROR_SUCCESS, ERROR_FILE_NOT_FOUND, ERROR_UNSUPPORTED_TYPE,
                                 ERROR_MORE_DATA};
 
-// A character has one byte there, or two if it has four here.
-uint32_t MostLocalBytes(std::string const &stored) {
-  uint32_t bytes = 0;
-  for (char const letter : stored) {
-    auto const byte = static_cast<unsigned char>(letter);
-    bytes += (byte & 0xC0) != 0x80;
-    bytes += byte >= 0xF0;
-  }
-  return bytes;
-}
-
 }  // namespace
 
 bool Hive::Vouched(uint32_t word, Stamp *stamp) const {
@@ -147,22 +136,28 @@ int32_t Hive::FindKey(HiveKey parent, std::string_view name, HiveKey *key) {
 }
 
 // What a list says while the words vouch for it needs no look at the file.
-template <typename Work>
-bool Hive::WithListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work) {
+bool Hive::ListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNames *held) {
   if (OwnTransaction()) return false;
-  Stamp now{};
   std::lock_guard const read(readLock_);
-  if (Stale(key) || !Vouched(ShapeWord(key.id), &now)) return false;
+  if (Stale(key)) return false;
+  StampSource const *source = source_.load(std::memory_order_acquire);
+  Stamp now{};
+  if (!Vouched(ShapeWord(key.id), &now)) return false;
   NameLists::List const &list = lists_.Get(key.id, kind, now);
-  if (!list.good || (list.At(index) == nullptr && !list.Past(index))) return false;
-  work(list);
+  if (!list.Tells(index)) return false;
+  *held = {list.names, source, now, key};
   return true;
 }
 
-// Shows `work` the stretch of names that holds the position, or the last one.
-template <typename Work>
-int32_t Hive::WithNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work const &work) {
-  if (WithListedNames(key, kind, index, work)) return ERROR_SUCCESS;
+bool Hive::StillGood(HeldNames const &held) const {
+  Stamp now{};
+  return held.source != nullptr && held.source == source_.load(std::memory_order_acquire) &&
+         Vouched(ShapeWord(held.key.id), &now) && now == held.stamp && !Stale(held.key) &&
+         !OwnTransaction();
+}
+
+int32_t Hive::NamesAt(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNames *held) {
+  if (ListedNames(key, kind, index, held)) return ERROR_SUCCESS;
   Reading reading(*this);
   bool missing = false;
   if (Failure failure = reading.Enter(false, &missing); failure != Failure::none)
@@ -170,46 +165,37 @@ int32_t Hive::WithNames(HiveKey key, NameLists::Kind kind, uint32_t index, Work 
   if (missing) return ERROR_NO_MORE_ITEMS;
   if (Stale(key)) return kStaleKey;
   bool const own = OwnTransaction();
+  StampSource const *source = own ? nullptr : source_.load(std::memory_order_acquire);
   Stamp before{};
   // In a transaction a list is good until the transaction's next change.
   bool const vouched = own || Vouched(ShapeWord(key.id), &before);
   if (own) before = {~uint64_t{0}, changeSerial_};
   NameLists::List &list = (own ? ownLists_ : lists_).Get(key.id, kind, before);
-  if (!list.good || (list.At(index) == nullptr && !list.Past(index))) {
+  if (!list.Tells(index)) {
     Failure const failure = NameLists::Load(Readable(), list, index);
     if (failure != Failure::none) return Give(failure);
   }
-  work(list);
   NoticeForeignEdit();
   Stamp after{};
   if (!own && !(vouched && Vouched(ShapeWord(key.id), &after) && after == before))
     list.good = false;
+  *held = {list.names, list.good ? source : nullptr, before, key};
   return ERROR_SUCCESS;
-}
-
-int32_t Hive::NameAt(HiveKey key, NameLists::Kind kind, uint32_t index, std::string *name) {
-  bool found = false;
-  int32_t const result = WithNames(key, kind, index, [&](NameLists::List const &list) {
-    std::string const *const stored = list.At(index);
-    found = stored != nullptr;
-    if (found) *name = LocalNameOf(*stored);
-  });
-  return result == ERROR_SUCCESS && !found ? ERROR_NO_MORE_ITEMS : result;
 }
 
 int32_t Hive::CountNames(HiveKey key, NameLists::Kind kind, uint32_t *count, uint32_t *longest) {
   *count = 0;
   *longest = 0;
   for (bool last = false; !last;) {
-    int32_t const result = WithNames(key, kind, *count, [&](NameLists::List const &list) {
-      while (std::string const *const stored = list.At(*count)) {
-        *longest = std::max(*longest, MostLocalBytes(*stored));
-        ++*count;
-      }
-      last = list.last;
-    });
+    HeldNames held;
+    int32_t const result = NamesAt(key, kind, *count, &held);
     if (result == ERROR_NO_MORE_ITEMS) return ERROR_SUCCESS;
     if (result != ERROR_SUCCESS) return result;
+    while (std::string const *const name = held.names->At(*count)) {
+      *longest = std::max(*longest, static_cast<uint32_t>(name->size()));
+      ++*count;
+    }
+    last = held.names->last;
   }
   return ERROR_SUCCESS;
 }

@@ -23,15 +23,15 @@ StoredName::StoredName(std::string_view local) : text_(local) {
   text_ = converted_;
 }
 
-std::string LocalNameOf(std::string const &stored) {
+std::string LocalNameOf(std::string_view stored) {
   std::string local;
-  if (std::ranges::all_of(stored, IsAscii)) return stored;
+  if (std::ranges::all_of(stored, IsAscii)) return std::string(stored);
   if (LocalFromUtf8(stored, &local)) return local;
   for (size_t at = 0; at < stored.size();) {
     size_t end = at + 1;
     while (end < stored.size() && Continues(stored[end])) end++;
     std::string character;
-    bool const known = LocalFromUtf8(std::string_view(stored).substr(at, end - at), &character);
+    bool const known = LocalFromUtf8(stored.substr(at, end - at), &character);
     local.append(known ? character : std::string(1, '?'));
     at = end;
   }

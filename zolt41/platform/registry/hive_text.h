@@ -19,7 +19,7 @@ class StoredName {
 
 // The way back. A character that the local code page lacks, which only a foreign program can have
 // written, becomes '?'.
-std::string LocalNameOf(std::string const &stored);
+std::string LocalNameOf(std::string_view stored);
 
 }  // namespace zolt
 

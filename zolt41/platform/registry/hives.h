@@ -16,6 +16,7 @@ struct Hives {
   HandleTable handles;
 
   Hive &At(uint32_t index) { return index == 0 ? user : machine; }
+  Hive const &At(uint32_t index) const { return index == 0 ? user : machine; }
 };
 
 Hives &TheHives();

@@ -1,5 +1,9 @@
 #include "zolt41/platform/registry/name_lists.h"
 
+#include <utility>
+
+#include "zolt41/platform/registry/hive_text.h"
+
 namespace zolt {
 
 NameLists::List &NameLists::Get(int64_t key, Kind kind, Stamp const &stamp) {
@@ -14,7 +18,7 @@ NameLists::List &NameLists::Get(int64_t key, Kind kind, Stamp const &stamp) {
   List &list = *oldest;
   list.used = ++clock_;
   if (!list.good || list.key != key || list.kind != kind || list.stamp != stamp) {
-    list = List{.key = key, .kind = kind, .stamp = stamp, .names = {}, .used = list.used};
+    list = List{.key = key, .kind = kind, .stamp = stamp, .names = nullptr, .used = list.used};
   }
   return list;
 }
@@ -24,23 +28,25 @@ void NameLists::Forget() {
 }
 
 Failure NameLists::Load(Connection &connection, List &list, uint32_t index) {
-  bool const next = list.good && !list.names.empty() && index == list.first + list.names.size();
+  bool const next = list.good && !list.names->names.empty() &&
+                    index == list.names->first + list.names->names.size();
   Sql const after = list.kind == Kind::values ? Sql::values_after : Sql::keys_after;
   Sql const from = list.kind == Kind::values ? Sql::values_from : Sql::keys_from;
   Use walk(connection, next ? after : from);
   walk.Bind(list.key).Bind(next ? list.lastPlace : int64_t{index}).Bind(kMostNames);
-  list.names.clear();
-  list.first = index;
+  auto stretch = std::make_shared<NameStretch>();
+  stretch->first = index;
   list.good = false;
   size_t bytes = 0;
   bool more = false;
   while ((more = walk.Row())) {
-    list.names.emplace_back(walk.Text(1));
+    std::string const &name = stretch->names.emplace_back(LocalNameOf(walk.Text(1)));
     list.lastPlace = walk.Number(0);
-    bytes += list.names.back().size() + sizeof(std::string);
+    bytes += name.size() + sizeof name;
     if (bytes > kMostBytes) break;
   }
-  list.last = !more && list.names.size() < static_cast<size_t>(kMostNames);
+  stretch->last = !more && stretch->names.size() < static_cast<size_t>(kMostNames);
+  list.names = std::move(stretch);
   list.good = walk.failure() == Failure::none;
   return walk.failure();
 }

@@ -9,6 +9,7 @@
 #include "zolt41/platform/registry/classes_root.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/hives.h"
+#include "zolt41/platform/registry/name_walk.h"
 
 namespace zolt {
 namespace {
@@ -232,20 +233,6 @@ int32_t Open(HKEY parent, char const *name, Split split, Wish wish, HKEY *key) {
   return GiveHandle(TheHives(), found, parent, names, key);
 }
 
-int32_t CopyName(std::string const &found, char *name, uint32_t *length) {
-  if (name == nullptr || length == nullptr) return ERROR_INVALID_PARAMETER;
-  if (found.size() + 1 > *length) return ERROR_MORE_DATA;
-  std::memcpy(name, found.c_str(), found.size() + 1);
-  *length = static_cast<uint32_t>(found.size());
-  return ERROR_SUCCESS;
-}
-
-int32_t NameAt(HKEY key, NameLists::Kind kind, uint32_t index, std::string *name) {
-  return WithKey(key, Purpose::reading, ERROR_NO_MORE_ITEMS, [&](Hive &hive, OpenKey const &open) {
-    return hive.NameAt(open.key, kind, index, name);
-  });
-}
-
 struct Counted {
   uint32_t count = 0;
   uint32_t longest = 0;
@@ -264,6 +251,13 @@ Hive *HiveOf(HKEY root) {
 }
 
 }  // namespace
+
+int32_t NameWalk::NamesAt(HKEY key, uint32_t index) {
+  return WithKey(key, Purpose::reading, ERROR_NO_MORE_ITEMS, [&](Hive &hive, OpenKey const &open) {
+    hive_ = &hive;
+    return hive.NamesAt(open.key, kind_, index, &held_);
+  });
+}
 
 int32_t OpenOneKey(HKEY parent, char const *name, uint32_t access, HKEY *key) {
   return Open(parent, name, Split::none, WishOf(access), key);
@@ -431,20 +425,17 @@ int32_t RegDeleteKeyA(HKEY key, char const *name) {
 
 int32_t RegEnumValueA(HKEY key, uint32_t index, char *name, uint32_t *nameLength, uint32_t *,
                       uint32_t *type, uint8_t *data, uint32_t *size) {
-  std::string found;
-  int32_t result = zolt::NameAt(key, zolt::NameLists::Kind::values, index, &found);
-  if (result == ERROR_SUCCESS) result = zolt::CopyName(found, name, nameLength);
+  int32_t const result =
+      zolt::NameWalk(zolt::NameLists::Kind::values).At(key, index, name, nameLength);
   if (result != ERROR_SUCCESS || (type == nullptr && data == nullptr && size == nullptr)) {
     return result;
   }
-  return RegQueryValueExA(key, found.c_str(), nullptr, type, data, size);
+  return RegQueryValueExA(key, name, nullptr, type, data, size);
 }
 
 int32_t RegEnumKeyExA(HKEY key, uint32_t index, char *name, uint32_t *nameLength, uint32_t *,
                       char *, uint32_t *, void *) {
-  std::string found;
-  int32_t const result = zolt::NameAt(key, zolt::NameLists::Kind::keys, index, &found);
-  return result == ERROR_SUCCESS ? zolt::CopyName(found, name, nameLength) : result;
+  return zolt::NameWalk(zolt::NameLists::Kind::keys).At(key, index, name, nameLength);
 }
 
 int32_t RegQueryInfoKeyA(HKEY key, char *, uint32_t *, uint32_t *, uint32_t *subkeys,
