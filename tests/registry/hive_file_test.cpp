@@ -15,6 +15,7 @@
 #include "tests/support/raw_hive.h"
 #include "tests/support/temp_home.h"
 #include "zolt41/platform/registry/hive_status.h"
+#include "zolt41/platform/registry/name_walk.h"
 #include "zolt41/platform/registry/registry.h"
 
 namespace zolt {
@@ -158,11 +159,21 @@ TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {
   key.Set("v", "new");
   key.Set("only in the log", "x");
   EXPECT_EQ(key.Get("v"), "new");
+  NameWalk walk(NameLists::Kind::values);
+  Key const walked(HKEY_CURRENT_USER);
+  auto const second = [&walk, &walked] {
+    char name[32];
+    uint32_t size = sizeof name;
+    return walk.At(walked.handle, 1, name, &size) == ERROR_SUCCESS ? std::string(name, size)
+                                                                   : "none";
+  };
+  EXPECT_EQ(second(), "only in the log");
   fs::rename(home_.path() + "/backup", home_.UserHive());
   // A miss looks; the log of the old file must not be applied to the new one.
   EXPECT_EQ(key.Get("another"), "!2");
   EXPECT_EQ(key.Get("v"), "old");
   EXPECT_EQ(key.Get("only in the log"), "!2");
+  EXPECT_EQ(second(), "none");
   EXPECT_EQ(key.Set("v", "newer"), ERROR_SUCCESS);
   EXPECT_EQ(key.Get("v"), "newer");
   LeaveHives();
