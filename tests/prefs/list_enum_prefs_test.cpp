@@ -1,5 +1,7 @@
 #include "zolt41/prefs/list_enum_prefs.h"
 
+#include <memory>
+
 #include "tests/notify/listener.h"
 #include "tests/prefs/prefs_fixture.h"
 #include "zolt41/prefs/enum_prefs.h"
@@ -12,7 +14,10 @@ constexpr int32_t kLists = 501;
 class Numbers : public ListEnumData {
  public:
   explicit Numbers(ListEnumType type, std::initializer_list<int32_t> numbers) : ListEnumData(type) {
-    for (int32_t const number : numbers) GetList()->AddItem(new int32_t(number));
+    for (int32_t const number : numbers) {
+      auto item = std::make_unique<int32_t>(number);
+      if (GetList()->AddItem(item.get()) != ZOLTXList::kNone) static_cast<void>(item.release());
+    }
   }
   ~Numbers() override = default;
 
