@@ -110,6 +110,13 @@ TEST_F(DamageTest, IndexesThatLieAreMadeAnew) {
       UseAll();
     });
   }
+  // No id is left.
+  Put(With(clean_, kEnd + 8, 0xFFFFFFFF));
+  ASSERT_EQ(Open(), 0);
+  EXPECT_EQ(book_.Add(BodyOf(4, 'x')), 0U);
+  EXPECT_EQ(LastFailure(), 3);
+  EXPECT_TRUE(book_.AddMany({{BodyOf(4, 'x'), {}}}).empty());
+  EXPECT_EQ(LastFailure(), 3);
   // The last id is below one that is there.
   Put(With(clean_, kEnd + 8, 2));
   ASSERT_EQ(Open(), 0);
@@ -130,6 +137,18 @@ TEST_F(DamageTest, BrokenRecordsEndTheChainAndAreKept) {
       std::string const lost = path_ + ".lost-" + std::to_string(++losts);
       EXPECT_EQ(ContentOf(lost), std::string(kThird, '\0') + broken.substr(kThird));
     });
+  }
+  // An index that does not fit either is not worked with, however often it is tried.
+  std::string const misfit = With(With(clean_, kEnd + 12 + 124, 10), kThird, 5);
+  {
+    Put(misfit);
+    FileShim shim;
+    shim.set_noNewFiles(true);
+    ASSERT_EQ(Open(), 0);
+    for (int i = 0; i < 2; i++) EXPECT_EQ(book_.DeleteCard(2), 0);
+    EXPECT_EQ(LastFailure(), 1);
+    book_.Close();
+    EXPECT_EQ(Content(), misfit);
   }
   // Where nothing can be kept, nothing is cut.
   for (std::string const &content : {With(dirty_, kThird, 5), BigEndian(clean_)}) {

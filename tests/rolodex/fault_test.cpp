@@ -81,6 +81,31 @@ TEST_F(FaultTest, AFullDiskIsNotTheEnd) {
   EXPECT_EQ(book_.All(), all);
 }
 
+// Two batches. Where no step was left half done, the same object works on.
+TEST_F(FaultTest, AFullDiskEndsACompactionBetweenTwoBatches) {
+  int wholes = 0;
+  for (int number = 1, done = 0; done == 0; number++) {
+    SCOPED_TRACE(number);
+    FileShim shim;
+    Begin();
+    for (int i = 0; i < 6; i++) book_.Add(BodyOf(500'000, static_cast<char>('a' + i)));
+    book_.DeleteCard(1);
+    book_.DeleteCard(5);
+    Cards const all = book_.All();
+    shim.set_noNewFiles(true);
+    shim.FailAt(number, ENOSPC, true, false);
+    done = book_.Compact(1);
+    EXPECT_EQ(LastFailure(), done == 0 ? 3 : 0);
+    bool const whole = book_.Add(BodyOf(900'000, 'z')) == 7;
+    wholes += done == 0 && whole;
+    EXPECT_TRUE(!whole || book_.DeleteCard(7) == 1);
+    EXPECT_TRUE(!whole || book_.All() == all);
+    Reopen();
+    EXPECT_TRUE(book_.All() == all);
+  }
+  EXPECT_EQ(wholes, 6) << "no index given up; neither batch begun, or only the first; no end mark";
+}
+
 // A program that changes cards as the seed has it, and says how far it is.
 int Work(Child::Pipe &pipe, std::string const &path, uint32_t seed, Cards const &cards) {
   Book book;

@@ -109,6 +109,12 @@ TEST_F(RolodexTest, NothingGivenAndMoreThanFits) {
   std::string const content = Content();
   book_.SetCategoryInfo(128, &info);
   EXPECT_EQ(Content(), content);
+  // A record that the object gave is written with the next one.
+  book_.GetCategoryInfo(5)->number = 55;
+  book_.SetCategoryInfo(3, &info);
+  Reopen(1);
+  EXPECT_EQ(book_.GetCategoryInfo(5)->number, 55U);
+  EXPECT_EQ(book_.GetCategoryInfo(3)->number, 7U);
 }
 
 TEST_F(RolodexTest, WhatChangesNothingKeepsTheIndex) {

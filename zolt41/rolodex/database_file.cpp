@@ -101,7 +101,9 @@ bool DatabaseFile::Put(uint32_t end, uint32_t position, std::string_view bytes) 
       return false;
     case Written::some:
       // Nothing but a block can still make it whole.
-      return PutPieces(end, {&piece, 1}) ? true : Break();
+      if (!PutPieces(end, {&piece, 1})) return Break();
+      ClearFailure();
+      return true;
   }
   return false;
 }

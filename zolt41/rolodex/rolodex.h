@@ -115,7 +115,8 @@ class ZOLT_API Rolodex {
                         unsigned char const *filter);
   // The record of a category, which stays the object's, or null; also on a closed database.
   CategoryInfo *GetCategoryInfo(uint32_t index);
-  // Takes a copy and writes it to the file at once.
+  // Takes a copy and writes the records of all categories to the file at once, so also what was
+  // changed in those that GetCategoryInfo gave.
   void SetCategoryInfo(uint32_t index, CategoryInfo const *info);
 
  protected:
@@ -160,6 +161,7 @@ class ZOLT_API Rolodex {
   ZOLT_HIDDEN std::vector<zolt::CardEntry> CompactedEntries();
   ZOLT_HIDDEN bool CompactIntoNewFile();
   ZOLT_HIDDEN bool CompactInPlace();
+  ZOLT_HIDDEN void KeepMoved(std::vector<zolt::CardEntry> moved, uint32_t end, uint32_t behind);
 
   CategoryInfo categories_[128];
   std::unique_ptr<zolt::RolodexState> state_;  // none while closed

@@ -66,6 +66,7 @@ uint32_t Rolodex::CreateCards(uint32_t count, PCardStorage *const *cards, CardNa
   for (uint32_t i = 0; good && i < count; i++) {
     CardBody const body(cards[i]);
     uint32_t const id = lastId + i + 1;
+    if (id <= lastId) SetFailure(Failure::full, "");
     if (!body.good() || id <= lastId) break;
     CardEntry entry = NewEntry(id, body.record(), names == nullptr ? CardNames{} : names[i],
                                categories == nullptr ? nullptr : categories[i]);

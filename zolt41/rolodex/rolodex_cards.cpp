@@ -33,6 +33,10 @@ uint32_t Rolodex::CreateCard(PCardStorage *card, char const *name1, char const *
                              char const *name3, unsigned char const *categories) {
   if (!BeginChange()) return 0;
   uint32_t const id = state_->index->lastId() + 1;
+  if (id == 0) {
+    SetFailure(Failure::full, "");
+    return 0;
+  }
   return AddCard(card, id, name1, name2, name3, categories) == 0 ? id : 0;
 }
 

@@ -88,8 +88,8 @@ CategoryInfo *Rolodex::GetCategoryInfo(uint32_t index) {
 void Rolodex::SetCategoryInfo(uint32_t index, CategoryInfo const *info) {
   ClearFailure();
   if (!state_ || readOnly_ != 0 || index >= kCategoryCount || info == nullptr) return;
-  uint32_t const position = kRolodexHead + index * kCategoryInfoSize;
-  if (!state_->file.Write(position, StoredCategory(*info))) return;
   categories_[index] = *info;
-  if (state_->file.durable()) state_->file.Sync();
+  std::string table;
+  for (CategoryInfo const &each : categories_) table += StoredCategory(each);
+  if (state_->file.Write(kRolodexHead, table) && state_->file.durable()) state_->file.Sync();
 }

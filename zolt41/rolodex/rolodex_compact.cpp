@@ -134,23 +134,46 @@ bool Rolodex::CompactInPlace() {
     if (!state.index->at(slot).free()) live.push_back(state.index->at(slot));
   });
   uint32_t end = kCardArea;
-  for (size_t i = 0; i < live.size();) {
-    if (live[i].position() == end) {
-      end += live[i++].size();
-      continue;
-    }
+  size_t done = 0;
+  while (done < live.size() && live[done].position() == end) end += live[done++].size();
+  uint32_t behind = end;  // of the gap
+  bool good = true;
+  while (good && done < live.size()) {
     Move move(file, end);
+    size_t next = done;
     do {
-      if (!move.Add(live[i++])) return file.Break();
-    } while (i < live.size() && move.size() + live[i].size() <= kBatch);
-    uint32_t const gapEnd = i < live.size() ? live[i].position() : state.end;
-    if (!move.Write(&file, state.end, gapEnd)) return file.Break();
-    end += move.size();
+      good = move.Add(live[next++]);
+    } while (good && next < live.size() && move.size() + live[next].size() <= kBatch);
+    uint32_t const gapEnd = next < live.size() ? live[next].position() : state.end;
+    good = good && move.Write(&file, state.end, gapEnd);
+    if (!good) break;
+    behind = gapEnd;
+    for (; done < next; done++) {
+      live[done].set_position(end);
+      end += live[done].size();
+    }
   }
-  if (end != state.end && !file.Put(state.end, end, kStoredEndMark)) return file.Break();
+  good = good && (end == state.end || file.Put(state.end, end, kStoredEndMark));
+  if (!good && !file.broken()) KeepMoved({live.begin(), live.begin() + done}, end, behind);
+  if (!good) return false;
   if (!file.Cut(end + kEndMarkSize) || !file.Sync()) return file.Break();
   state.end = end;
   return true;
+}
+
+// The index as a compaction has left it that could not go on: the cards that were moved, the gap
+// behind them, and what still lies where it lay.
+void Rolodex::KeepMoved(std::vector<CardEntry> moved, uint32_t end, uint32_t behind) {
+  if (behind == end) return;
+  CardEntry gap = CardEntry::Cleared();
+  gap.set_position(end);
+  gap.set_size(behind - end);
+  moved.push_back(gap);
+  RolodexIndex const &index = *state_->index;
+  index.ForEach([&](uint32_t slot) {
+    if (index.at(slot).position() >= behind) moved.push_back(index.at(slot));
+  });
+  state_->index = RolodexIndex(std::move(moved), index.lastId());
 }
 
 int32_t Rolodex::Compact(int32_t force) {

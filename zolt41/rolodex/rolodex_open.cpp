@@ -88,11 +88,13 @@ int32_t Rolodex::OpenContent() {
 bool Rolodex::LoadIndex() {
   RolodexState &state = *state_;
   if (state.index) return true;
+  if (state.file.broken()) return Fail(Failure::io) == 0;
   std::vector<CardEntry> entries;
   if (!ReadStoredIndex(state.file, state.stored, &entries)) return false;
-  state.index.emplace(std::move(entries), state.stored.lastId);
-  if (readOnly_ != 0 || state.index->Fits(state.end)) return true;
-  return RebuildIndex();
+  RolodexIndex index(std::move(entries), state.stored.lastId);
+  if (readOnly_ == 0 && !index.Fits(state.end)) return RebuildIndex();
+  state.index = std::move(index);
+  return true;
 }
 
 void Rolodex::Close() {

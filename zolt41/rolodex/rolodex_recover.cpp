@@ -60,16 +60,21 @@ bool Rolodex::RebuildIndex() {
   RecordChain chain = WalkRecords(file, size);
   if (!chain.read) return false;
   if (chain.broken && !KeepLost(file, chain.end, size)) return false;
+  // What was known of the file does not hold for one that was cut.
+  state_->index.reset();
   bool const marked = chain.marked && file.Cut(chain.end + kEndMarkSize);
   if (!marked && !(file.Cut(chain.end) && file.Write(chain.end, kStoredEndMark))) {
-    return false;
+    return file.Break();
   }
   uint32_t lastId = 0;
   for (CardEntry const &entry : chain.entries) lastId = std::max(lastId, entry.id());
   state_->end = chain.end;
   state_->index.emplace(std::move(chain.entries), lastId);
   dirty_ = 1;
-  if (!FreeDoubles()) return false;
+  if (!FreeDoubles()) {
+    state_->index.reset();
+    return file.Break();
+  }
   Flush();
   return true;
 }
