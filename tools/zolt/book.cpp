@@ -57,7 +57,7 @@ std::string HolderOf(std::string const &path) {
       if (!same) continue;
       std::string program;
       std::getline(std::ifstream("/proc/" + name + "/comm"), program);
-      holder = name + " (" + program + ")";
+      holder.append(name).append(" (").append(program).append(")");
       break;
     }
     closedir(files);
@@ -79,7 +79,7 @@ int32_t TryWithin(uint32_t milliseconds, std::function<int32_t()> const &attempt
 }
 
 std::string BookPath(Call const &call) {
-  std::string const given(call.arguments.Value(OptionId::file));
+  std::string given(call.arguments.Value(OptionId::file));
   if (call.arguments.Has(OptionId::file) && given.empty()) Refuse("-f", "names no file");
   if (!given.empty()) return given;
   std::string const named = Environment("ZOLT_ROLODEX");

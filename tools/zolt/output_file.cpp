@@ -24,7 +24,8 @@ std::string Resolved(std::string const &path) {
     std::string const link(target, static_cast<size_t>(length));
     size_t const slash = at.rfind('/');
     bool const inFolder = !link.starts_with('/') && slash != std::string::npos;
-    at = inFolder ? at.substr(0, slash + 1) + link : link;
+    at.resize(inFolder ? slash + 1 : 0);
+    at += link;
   }
   throw SystemFailure(path, ELOOP);
 }

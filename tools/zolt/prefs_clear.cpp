@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <unordered_set>
@@ -60,8 +61,8 @@ StoreUpdate OfThese(StoreUpdate update, std::vector<SectionPath> const &seen) {
 StoreUpdate Write(Level const &level, StoreUpdate seen, std::function<StoreUpdate()> const &look) {
   std::vector<SectionPath> const sections = SectionsOf(seen);
   seen = {};
-  std::vector<SectionPath const *> paths;
-  for (SectionPath const &path : sections) paths.push_back(&path);
+  std::vector<SectionPath const *> paths(sections.size());
+  std::ranges::transform(sections, paths.begin(), [](SectionPath const &path) { return &path; });
   return WriteUpdate(level, paths, [&] { return OfThese(look(), sections); });
 }
 

@@ -1,6 +1,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -128,8 +129,8 @@ void Exchange(std::string const &made, std::string const &path, std::string cons
 
 int Repair(std::vector<std::string> const &sources, Call const &call) {
   std::string const &path = sources.front();
-  std::vector<char const *> names;
-  for (std::string const &source : sources) names.push_back(source.c_str());
+  std::vector<char const *> names(sources.size());
+  std::ranges::transform(sources, names.begin(), [](auto const &source) { return source.c_str(); });
   struct stat const before = StatusOf(path);
   std::string const kept = FreeName(path, ".damaged-");
   std::string const made = FreeName(path, ".repaired-");

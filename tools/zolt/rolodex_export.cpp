@@ -74,7 +74,7 @@ int Export(Call const &call) {
       char const none[32] = {};
       if (*card->GetKey() == '\0' && form.format == CardFormatBinary) card->SetKey(none);
       std::string const name = NameOfFile(card.get(), id) + std::string(form.ending);
-      std::string const path = folder + "/" + name;
+      std::string const path = fs::path(folder) / name;
       std::string const bytes = BytesOf(card.get(), form, scratch.File("card"));
       kept.insert(name);
       if (IsThere(path) && ReadInput(path) == bytes) {
