@@ -37,6 +37,12 @@ std::optional<uint32_t> Number(std::string_view text) {
   return whole ? std::optional(number) : std::nullopt;
 }
 
+std::string WithProgram(std::string const &process) {
+  std::string program;
+  std::getline(std::ifstream("/proc/" + process + "/comm"), program);
+  return process + " (" + program + ")";
+}
+
 // A process of ours that has the file open, as "123 (name)"; "" if none is found.
 std::string HolderOf(std::string const &path) {
   struct stat book {};
@@ -55,9 +61,7 @@ std::string HolderOf(std::string const &path) {
       bool const same = stat((folder + "/" + file->d_name).c_str(), &opened) == 0 &&
                         opened.st_ino == book.st_ino && opened.st_dev == book.st_dev;
       if (!same) continue;
-      std::string program;
-      std::getline(std::ifstream("/proc/" + name + "/comm"), program);
-      holder.append(name).append(" (").append(program).append(")");
+      holder = WithProgram(name);
       break;
     }
     closedir(files);
@@ -79,9 +83,9 @@ int32_t TryWithin(uint32_t milliseconds, std::function<int32_t()> const &attempt
 }
 
 std::string BookPath(Call const &call) {
-  std::string given(call.arguments.Value(OptionId::file));
+  std::string_view const given = call.arguments.Value(OptionId::file);
   if (call.arguments.Has(OptionId::file) && given.empty()) Refuse("-f", "names no file");
-  if (!given.empty()) return given;
+  if (!given.empty()) return std::string(given);
   std::string const named = Environment("ZOLT_ROLODEX");
   return named.empty() ? UserHome() + "/contacts.rolodex" : named;
 }
@@ -238,8 +242,9 @@ std::vector<uint8_t> CategoriesFrom(std::string_view text) {
 }
 
 std::vector<unsigned char> CategoryListOf(std::vector<uint8_t> const &categories) {
-  std::vector<unsigned char> list = {static_cast<unsigned char>(categories.size())};
-  list.insert(list.end(), categories.begin(), categories.end());
+  std::vector<unsigned char> list(categories.size() + 1);
+  list[0] = static_cast<unsigned char>(categories.size());
+  std::ranges::copy(categories, list.begin() + 1);
   return list;
 }
 
