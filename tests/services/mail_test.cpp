@@ -1,16 +1,19 @@
 #include "zolt41/services/mail.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <thread>
 
 #include "tests/services/stand_in.h"
+#include "tests/support/child.h"
+#include "zolt41/notify/channel_objects.h"
 #include "zolt41/platform/desktop/mail_client.h"
 #include "zolt41/platform/system/late_module.h"
 #include "zolt41/services/mail_state.h"
@@ -30,6 +33,12 @@ struct Sent {
 std::optional<Sent> sent;
 uint32_t answer = 0;
 bool usable = true;
+int lookedFor = 0;
+
+bool IsUsable() {
+  lookedFor++;
+  return usable;
+}
 
 uint32_t FakeSendMail(uintptr_t session, uintptr_t ui, MapiMessage *message, uint32_t flags,
                       uint32_t reserved) {
@@ -46,9 +55,11 @@ uint32_t FakeSendMail(uintptr_t session, uintptr_t ui, MapiMessage *message, uin
 }
 
 LateFunction const kFunctions[] = {{"MAPISendMail", reinterpret_cast<FARPROC>(FakeSendMail)}};
-LateModule const kFake = {"mapi32", kFunctions, [] { return usable; }};
+LateModule const kFake = {"mapi32", kFunctions, IsUsable};
 std::atomic<int> asking = 0;
+std::atomic<int> inside = 0;
 LateModule const kSlow = {"mapi32", kFunctions, [] {
+                            inside++;
                             while (asking < 2) std::this_thread::yield();
                             for (int i = 0; i < 1000; i++) std::this_thread::yield();
                             return true;
@@ -85,16 +96,22 @@ TEST_F(MailTest, TheProfileTheModuleAndItsFunctionDecide) {
     bool function;
     int32_t can;
   };
+  // Without a word of the profile a machine with a mailer can mail.
+  StandIn("sendmail");
   for (Row const &row :
-       {Row{"[MAIL]\nMAPI=1\n", true, true, 1}, Row{"[mail]\r\nmapi = 2\r\n", true, true, 0},
-        Row{"[mail]\r\nmapi=2\r\n", true, true, 1}, Row{"[MAIL]\nMAPI=0\n", true, true, 0},
-        Row{"[OTHER]\nMAPI=1\n[MAIL]\nx=1\n", true, true, 0},
+       {Row{"[MAIL]\nMAPI=1\n", true, true, 1}, Row{"[mail]\r\nmapi = 2\r\n", true, true, 1},
+        Row{"[MAIL]\nMAPI=0\n", true, true, 0}, Row{"\t[ Mail ] \r\n Mapi\t=\t0 ", true, true, 0},
+        Row{"\xEF\xBB\xBF[MAIL]\nMAPI=0\n", true, true, 0},
+        Row{"[MAIL\n[OTHER]\nMAPI=0\n[MAIL]\nx=0\n", true, true, 1},
         Row{"[MAIL]\nMAPI=1\n", false, true, 0}, Row{"[MAIL]\nMAPI=1\n", true, false, 0}}) {
     LateModuleSwap const swap(row.function ? &kFake : &kWithout);
     usable = row.there;
+    lookedFor = 0;
     Profile(row.profile);
     ForgetMailTest();
     EXPECT_EQ(CanMail(), row.can) << row.profile << row.there << row.function;
+    bool const off = row.can == 0 && row.there && row.function;
+    EXPECT_TRUE(!off || lookedFor == 0) << row.profile;
   }
 }
 
@@ -122,6 +139,44 @@ TEST_F(MailTest, WhoAsksDuringTheTestWaitsForIt) {
     std::jthread const second(ask);
   }
   EXPECT_EQ(can, 2);
+}
+
+TEST_F(MailTest, AForkDuringTheTestLeavesAChildThatCanTest) {
+  LateModuleSwap const swap(&kSlow);
+  Profile("[MAIL]\nMAPI=1\n");
+  asking = inside = 0;
+  std::jthread const first(CanMail);
+  while (inside == 0) std::this_thread::yield();
+  Child child([](Child::Pipe &) {
+    asking = 2;
+    return CanMail();
+  });
+  EXPECT_EQ(child.Wait(), 1);
+  asking = 2;
+}
+
+TEST_F(MailTest, TheWordsThatAllShareAreKeptAndNeverBelieved) {
+  LateModuleSwap const swap(&kFake);
+  Profile("[MAIL]\nMAPI=1\n");
+  Child first([](Child::Pipe &pipe) {
+    bool good = CanMail() == 1;
+    SharedBlock const &block = Channel()->block;
+    good =
+        good && block.mailEntry == static_cast<uint32_t>(reinterpret_cast<uintptr_t>(FakeSendMail));
+    good = good && block.mailModule == static_cast<uint32_t>(reinterpret_cast<uintptr_t>(&kFake));
+    good = good && block.canMail == 1;
+    pipe.Say("tested");
+    pipe.Hear();
+    good = good && (block.mailEntry | block.mailModule | block.canMail) == 0;
+    good = good && CanMail() == 1 && Send("a@b", "s", "t", 1) == 0 && sent;
+    return good ? 0 : 1;
+  });
+  EXPECT_EQ(first.pipe().Hear(), "tested");
+  Profile("[MAIL]\nMAPI=0\n");
+  Child second([](Child::Pipe &) { return CanMail(); });
+  EXPECT_EQ(second.Wait(), 0);
+  first.pipe().Say("on");
+  EXPECT_EQ(first.Wait(), 0);
 }
 
 TEST_F(MailTest, TheMessageIsFilledAsItShould) {
@@ -162,31 +217,63 @@ TEST_F(MailTest, WithoutADesktopSendmailGetsTheMessage) {
             "Content-Transfer-Encoding: 8bit\n\none\ntwo\nthree\n");
 }
 
+TEST_F(MailTest, NoLineOfTheHeadIsTooLong) {
+  StandIn("sendmail");
+  for (size_t const before : {0U, 1U}) {
+    Send("a@b", std::string(before, 'x') + std::string(80, '\xFC'), "", 1);
+    std::istringstream head(Heard("sendmail"));
+    size_t longest = 0;
+    for (std::string line; std::getline(head, line);) longest = std::max(longest, line.size());
+    EXPECT_GT(longest, 70U);
+    EXPECT_LE(longest, 76U);
+  }
+}
+
 TEST_F(MailTest, OnADesktopItsMailProgramShowsTheMessage) {
   setenv("DISPLAY", ":none", 1);
-  StandIn("xdg-email");
   StandIn("sendmail");
-  EXPECT_EQ(Send("anna@example.org", "it's $(x)", "a \"b\"\nc", 0), 0U);
-  EXPECT_EQ(Heard("xdg-email"),
-            "<--utf8><--subject><it's $(x)><--body><a \"b\"\nc><anna@example.org>\n");
+  // Options, and empty fields among them, make the real one fail.
+  StandIn("xdg-email", "case $#$1 in 1mailto:*) exit 0; esac; exit 1");
+  struct Row {
+    char const *to;
+    char const *subject;
+    char const *text;
+    char const *uri;
+  };
+  for (Row const &row :
+       {Row{"anna@example.org", "it's $(x)", "a \"b\"\r\nc\\d\n",
+            "anna@example.org?subject=it%27s%20%24%28x%29&body=a%20%22b%22%0D%0Ac%5Cd%0D%0A"},
+        Row{"a+b", "", "-n", "a%2Bb?body=-n"}, Row{"a@b", "-\xFC", "", "a@b?subject=-%C3%BC"},
+        Row{"a@b", "", "", "a@b"},
+        Row{"a@b?attach=/x&cc=e@x%41", "", "", "a@b%3Fattach%3D%2Fx%26cc%3De@x%2541"}}) {
+    EXPECT_EQ(Send(row.to, row.subject, row.text, 0), 0U);
+    EXPECT_EQ(Heard("xdg-email"), "<mailto:" + std::string(row.uri) + ">\n");
+  }
+  EXPECT_EQ(Heard("sendmail"), "");
   EXPECT_EQ(Send("anna@example.org", "s", "t", 1), 0U);
   EXPECT_TRUE(Heard("sendmail").starts_with("<-i><--><anna@example.org>\n"));
+  StandIn("xdg-email", "exit 3");
+  ToldBy([&] { EXPECT_EQ(Send("a@b", "s", "t", 0), 2U); });
   unsetenv("DISPLAY");
 }
 
-TEST_F(MailTest, WhatCouldBeAnOptionOrAHeadIsRefused) {
+TEST_F(MailTest, WhatIsMoreThanOneAddressOrASubjectIsRefused) {
   StandIn("sendmail");
   struct Row {
     char const *to;
     char const *subject;
     uint32_t result;
   };
-  for (Row const &row : {Row{"-oQ/tmp", "s", 25}, Row{"a\nBcc: b", "s", 25}, Row{"", "s", 25},
-                         Row{"a", "s\r\nBcc: b", 2}, Row{"a", "-s", 2}, Row{"a\x7F", "s", 25}}) {
-    ToldBy([&] { EXPECT_EQ(Send(row.to, row.subject, "t", 1), row.result); });
+  for (Row const &row :
+       {Row{"-oQ/tmp", "s", 25}, Row{"a\nBcc: b", "s", 25}, Row{"", "s", 25}, Row{"a\x7F", "s", 25},
+        Row{"a@b,c@d", "s", 25}, Row{"a@b;c@d", "s", 25}, Row{"a@b c@d", "s", 25},
+        Row{":include:/x", "s", 25}, Row{"A <a@b>", "s", 25}, Row{"\xFC@b", "s", 25},
+        Row{"a", "s\r\nBcc: b", 2}, Row{"a", "s\x81", 2}}) {
+    ToldBy([&] { EXPECT_EQ(Send(row.to, row.subject, "t", 1), row.result) << row.to; });
   }
   EXPECT_EQ(Heard("sendmail"), "");
-  StandIn("sendmail", 75);
+  EXPECT_EQ(Send("a+b/c?d@e", "-s", "t", 1), 0U);
+  StandIn("sendmail", "exit 75");
   ToldBy([&] { EXPECT_EQ(Send("a", "s", "t", 1), 2U); });
 }
 

@@ -6,6 +6,8 @@
 #include <net/if.h>
 #include <sched.h>
 #include <sys/ioctl.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,6 +19,7 @@
 #include <vector>
 
 #include "tests/support/child.h"
+#include "tests/support/files.h"
 #include "zolt41/platform/desktop/net_state.h"
 #include "zolt41/platform/system/late_module.h"
 #include "zolt41/services/network_state.h"
@@ -58,6 +61,12 @@ LateFunction const kConnected[] = {
     {"InternetGetConnectedState", reinterpret_cast<FARPROC>(FakeConnected)}};
 LateFunction const kBoth[] = {{"RasEnumConnectionsA", reinterpret_cast<FARPROC>(FakeEnum)},
                               {"RasGetConnectStatusA", reinterpret_cast<FARPROC>(FakeStatus)}};
+bool Gone() {
+  return false;
+}
+
+LateModule const kGoneInternet = {"Wininet.dll", kConnected, Gone};
+LateModule const kGoneRas = {"Rasapi32.dll", kBoth, Gone};
 LateModule const kInternet = {"Wininet.dll", kConnected, Usable};
 LateModule const kNoInternet = {"Wininet.dll", {}, Usable};
 LateModule const kRas = {"Rasapi32.dll", kBoth, Usable};
@@ -76,8 +85,10 @@ TEST(NetworkTest, TheModulesDecideInTheirOrder) {
   constexpr uint32_t kUp = 0x2000;
   for (Row const &row : {
            Row{&kNoInternet, &kRas, 0, 0, {}, 1, 0},
+           Row{&kGoneInternet, &kRas, 0, 0, {}, 1, 0},
            Row{&kInternet, &kRas, 1, 0, {}, 1, 0},
            Row{&kInternet, &kHalfRas, 0, 0, {kUp}, 0, 0},
+           Row{&kInternet, &kGoneRas, 0, 0, {kUp}, 0, 0},
            Row{&kInternet, &kRas, 0, 0, {}, 0, 1},
            Row{&kInternet, &kRas, 0, 0, {1, kUp, kUp}, 1, 1},
            Row{&kInternet, &kRas, 0, 0, {1, kUp, 0x2001}, 0, 1},
@@ -104,10 +115,11 @@ void WriteMap(char const *file, std::string const &text) {
 
 // As root of a user namespace of its own, where the right is missing.
 bool EnterNetwork() {
-  if (unshare(CLONE_NEWNET | CLONE_NEWUTS) == 0) return true;
+  constexpr int kOwn = CLONE_NEWNET | CLONE_NEWUTS | CLONE_NEWNS;
+  if (unshare(kOwn) == 0) return true;
   std::string const user = std::to_string(geteuid());
   std::string const group = std::to_string(getegid());
-  if (unshare(CLONE_NEWUSER | CLONE_NEWNET | CLONE_NEWUTS) != 0) return false;
+  if (unshare(CLONE_NEWUSER | kOwn) != 0) return false;
   WriteMap("/proc/self/setgroups", "deny");
   WriteMap("/proc/self/uid_map", "0 " + user + " 1");
   WriteMap("/proc/self/gid_map", "0 " + group + " 1");
@@ -172,6 +184,39 @@ TEST(NetworkTest, ARouteWithACarrierIsANetwork) {
             0);
 }
 
+TEST(NetworkTest, RoutesToEverywhereAreFoundWhereverTheyStand) {
+  EXPECT_EQ(InNetwork([] {
+              Ip("link add n0 type veth peer name n1");
+              Ip("link add v0 type veth peer name v1");
+              Ip("addr add 10.8.0.1/24 dev n0");
+              Ip("addr add 10.9.0.1/24 dev v0");
+              for (char const *link : {"n0", "v0", "v1"})  // n0 has no carrier
+                Ip("link set " + std::string(link) + " up");
+              struct Row {
+                std::vector<char const *> routes;
+                int32_t on;
+              };
+              std::vector<Row> const rows = {
+                  {{"default nexthop via 10.8.0.2 nexthop via 10.9.0.2"}, 1},
+                  {{"default via 10.9.0.2 table 100"}, 1},
+                  {{"0.0.0.0/1 via 10.9.0.2", "128.0.0.0/1 via 10.9.0.2"}, 1},
+                  {{"::/1 dev v0", "8000::/1 dev v0"}, 1},
+                  {{"default via 10.8.0.2"}, 0},
+                  {{"0.0.0.0/1 via 10.9.0.2", "128.0.0.0/1 via 10.8.0.2"}, 0},
+                  {{"0.0.0.0/1 via 10.9.0.2", "8000::/1 dev v0"}, 0},
+                  {{"blackhole default"}, 0}};
+              for (size_t i = 0; i < rows.size(); i++) {
+                for (char const *route : rows[i].routes) Ip("route add " + std::string(route));
+                if (!BecomesOn(rows[i].on)) return static_cast<int>(i) + 1;
+                for (char const *route : rows[i].routes) Ip("route del " + std::string(route));
+              }
+              rlimit const none{};
+              setrlimit(RLIMIT_NOFILE, &none);
+              return IsNetworkOn() == 1 ? 0 : 90;  // the kernel cannot be asked
+            }),
+            0);
+}
+
 TEST(NetworkTest, APointToPointLinkThatRunsIsADialUpConnection) {
   EXPECT_EQ(InNetwork([] {
               Ip("tuntap add dev t0 mode tun");
@@ -198,10 +243,29 @@ TEST(NetworkTest, ALoopbackAddressGivesWayToThatOfTheDefaultRoute) {
               Ip("link set v0 up");
               Ip("link set v1 up");
               Ip("route add default via 10.9.0.2");
+              Ip("route add blackhole 198.51.100.0/24");
               if (!LookUpHost("127.0.1.1", &address)) return 2;
               if (address != std::array<uint8_t, 4>{10, 9, 0, 1}) return 3;
               if (!LookUpHost("192.0.2.7", &address) || address[0] != 192) return 4;
               return 0;
+            }),
+            0);
+}
+
+TEST(NetworkTest, OfSeveralAddressesTheFirstIsGiven) {
+  TempHome const home;
+  std::string const hosts = home.path() + "/hosts";
+  WriteContent(hosts, "192.0.2.1 two\n10.9.0.7 two\n");
+  EXPECT_EQ(InNetwork([&hosts] {
+              mount("", "/", "", MS_REC | MS_PRIVATE, nullptr);
+              if (mount(hosts.c_str(), "/etc/hosts", "", MS_BIND, nullptr) != 0) return 97;
+              // Only the second can be reached.
+              Ip("link add v0 type veth peer name v1");
+              Ip("addr add 10.9.0.1/24 dev v0");
+              Ip("link set v0 up");
+              if (sethostname("two", 3) != 0) return 97;
+              char text[16] = "";
+              return GetMyIP(text) == 1 && std::string(text) == "192.0.2.1" ? 0 : 1;
             }),
             0);
 }

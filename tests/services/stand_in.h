@@ -16,7 +16,8 @@ namespace zolt::testing {
 // arguments and their input.
 class StandInTest : public FileTest {
  protected:
-  StandInTest() : path_(getenv("PATH")) {
+  StandInTest() {
+    if (char const *const path = getenv("PATH"); path != nullptr) path_ = path;
     std::filesystem::create_directory(Folder());
     setenv("PATH", Folder().c_str(), 1);
     unsetenv("DISPLAY");
@@ -26,12 +27,14 @@ class StandInTest : public FileTest {
 
   std::string Folder() const { return Path("bin"); }
 
-  void StandIn(std::string const &name, int code = 0) const {
+  // `last` are commands that it runs at its end.
+  void StandIn(std::string const &name, std::string const &last = "") const {
     std::string const file = Folder() + "/" + name;
     std::ofstream(file)
         << "#!/bin/sh\n{ for word in \"$@\"; do printf '<%s>' \"$word\"; done; echo; "
            "/bin/cat; } > '"
-        << file << ".heard'\nexit " << code << "\n";
+        << file << ".heard'\n"
+        << last << "\n";
     chmod(file.c_str(), 0755);
   }
 

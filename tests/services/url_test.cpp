@@ -49,15 +49,18 @@ TEST_F(UrlTest, WhatTheShellAnswersDecides) {
 TEST_F(UrlTest, LinksArriveAsOneArgumentOrNotAtAll) {
   EXPECT_EQ(URLEnabled(), 0);
   EXPECT_EQ(URLLaunchFromString("http://x"), 0);
+  std::filesystem::create_directory(Folder() + "/xdg-open");
+  EXPECT_EQ(URLEnabled(), 0);
+  std::filesystem::remove(Folder() + "/xdg-open");
   StandIn("xdg-open");
   EXPECT_EQ(URLEnabled(), 1);
-  for (char const *link : {"--help", "http://x\nrm", "\x7F", "-"}) {
+  for (char const *link : {"--help", "http://x\nrm", "\x7F", "x\x81", "-"}) {
     EXPECT_EQ(URLLaunchFromString(link), 0) << link;
     EXPECT_EQ(Heard("xdg-open"), "");
   }
   EXPECT_EQ(URLLaunchFromString("http://x/?a=1&b=$(c);'d' \xFC"), 1);
   EXPECT_EQ(Heard("xdg-open"), "<http://x/?a=1&b=$(c);'d' \u00FC>\n");
-  StandIn("xdg-open", 4);
+  StandIn("xdg-open", "exit 4");
   EXPECT_EQ(URLLaunchFromString("http://x"), 0);
 }
 

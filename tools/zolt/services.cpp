@@ -1,12 +1,12 @@
-#include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "tools/zolt/errors.h"
-#include "tools/zolt/input.h"
 #include "tools/zolt/library_session.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/utf8.h"
 #include "tools/zolt/verbs.h"
+#include "tools/zolt/would_do.h"
 
 namespace zolt::tool {
 
@@ -32,52 +32,27 @@ int NetAddress(Call const &call) {
   return kDone;
 }
 
+// What the library would refuse.
+bool IsLink(std::string_view link) {
+  if (link.empty() || link.starts_with('-')) return false;
+  for (size_t at = 0; at < link.size();)
+    if (Unprintable(NextCharacter(link, &at))) return false;
+  return true;
+}
+
 int Open(Call const &call) {
-  std::string const link = ToLocal(call.operands[0]);
-  bool const plain = !link.starts_with('-') && std::ranges::none_of(link, [](char c) {
-    return static_cast<unsigned char>(c) < ' ' || c == 0x7F;
-  });
-  if (link.empty() || !plain)
-    Refuse(std::string(call.operands[0]), "is no link that can be handed on");
-  if (call.settings.dryRun) return kDone;
+  std::string const shown(call.operands[0]);
+  if (!IsLink(shown)) Refuse(shown.empty() ? "URL" : shown, "is no link that can be handed on");
+  std::string const link = ToLocal(shown);
   PrepareLibrary(call.arguments, call.settings);
   if (URLEnabled() == 0) {
     throw ToolError(kFailed, "missing", "", "this machine opens no links", "install xdg-utils");
   }
+  if (call.settings.dryRun) return WouldDo(call, "would be opened (not opened)");
   if (URLLaunchFromString(link.c_str()) == 0) {
-    throw ToolError(kFailed, "io", std::string(call.operands[0]), "the desktop did not take it");
+    throw ToolError(kFailed, "io", shown, "the desktop did not take it");
   }
   return kDone;
-}
-
-std::string MailText(Call const &call) {
-  Arguments const &arguments = call.arguments;
-  if (!arguments.Has(OptionId::from)) return ToLocal(arguments.Value(OptionId::text));
-  if (arguments.Has(OptionId::text)) Refuse("", "--text and --from exclude each other");
-  std::string const content = ReadInput(arguments.Value(OptionId::from));
-  if (!ValidUtf8(content) || content.find('\0') != std::string::npos) {
-    Refuse(std::string(arguments.Value(OptionId::from)), "is no text in UTF-8");
-  }
-  return ToLocal(content);
-}
-
-int Mail(Call const &call) {
-  std::string recipient = ToLocal(call.operands[0]);
-  std::string subject = ToLocal(call.arguments.Value(OptionId::subject));
-  std::string text = MailText(call);
-  if (call.settings.dryRun) return kDone;
-  PrepareLibrary(call.arguments, call.settings);
-  if (CanMail() == 0) {
-    throw ToolError(kFailed, "missing", "", "this machine sends no mail",
-                    "install a sendmail, or set MAPI=1 below [MAIL] in profile.ini of the home");
-  }
-  int32_t const silent = call.arguments.Has(OptionId::compose) ? 0 : 1;
-  uint32_t const result =
-      SendMail(nullptr, recipient.data(), subject.data(), text.data(), nullptr, silent);
-  if (result == 0) return kDone;
-  std::string const number = std::to_string(result);
-  if (result == 1) throw ToolError(kNo, "refused", "", "the user gave it up");
-  throw ToolError(kFailed, "io", std::string(call.operands[0]), "not sent, result " + number);
 }
 
 }  // namespace
@@ -123,23 +98,6 @@ Verb const kOpen = {
         "Opens a link with what the desktop has for it (xdg-open), and ends with 3 if that does\n"
         "not take it. What begins with a dash or holds control characters is refused.",
     .examples = "  zolt open https://example.org/\n",
-};
-
-Verb const kMail = {
-    .group = "mail",
-    .name = "",
-    .operands = "TO",
-    .summary = "send a message",
-    .options = {OptionId::subject, OptionId::text, OptionId::from, OptionId::compose},
-    .least = 1,
-    .most = 1,
-    .run = Mail,
-    .description =
-        "Sends a message to one recipient through sendmail; with --compose the desktop's mail\n"
-        "program shows it first. The text is that of --text, or of a file with --from.",
-    .examples =
-        "  zolt mail anna@example.org --subject Hello --text 'See you at ten.'\n"
-        "  zolt mail anna@example.org --subject Notes --from notes.txt\n",
 };
 
 }  // namespace zolt::tool

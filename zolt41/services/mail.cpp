@@ -1,11 +1,13 @@
 #include "zolt41/services/mail.h"
 
-#include <mutex>
-#include <optional>
+#include <atomic>
+#include <string>
 
 #include "zolt41/foundation/zoltx_string.h"
 #include "zolt41/platform/desktop/mail_client.h"
-#include "zolt41/platform/desktop/shell.h"
+#include "zolt41/platform/desktop/message_box.h"
+#include "zolt41/platform/desktop/profile.h"
+#include "zolt41/platform/system/codepage.h"
 #include "zolt41/platform/system/late_module.h"
 #include "zolt41/platform/system/string_table.h"
 #include "zolt41/services/mail_state.h"
@@ -28,18 +30,20 @@ Mail Test() {
   return {module, reinterpret_cast<MapiSendMail>(GetProcAddress(module, "MAPISendMail"))};
 }
 
-// What this process has found: the words that all share may be another's.
-std::mutex lock;
-std::optional<Mail> found;
+// What this process has found: the words that all share may be another's. Two threads that make
+// the first call at the same moment both test, so that nobody waits, not even after a fork.
+std::atomic<bool> tested = false;
+std::atomic<MapiSendMail> sender = nullptr;  // null if mail cannot be sent
 
 MapiSendMail Tested() {
-  std::lock_guard const guard(lock);
-  if (!found) {
-    found = Test();
-    zolt::ShareMailState(reinterpret_cast<uintptr_t>(found->send), found->module,
-                         found->send != nullptr);
+  if (!tested.load(std::memory_order_acquire)) {
+    Mail const found = Test();
+    zolt::ShareMailState(reinterpret_cast<uintptr_t>(found.send), found.module,
+                         found.send != nullptr);
+    sender.store(found.send, std::memory_order_relaxed);
+    tested.store(true, std::memory_order_release);
   }
-  return found->send;
+  return sender.load(std::memory_order_relaxed);
 }
 
 void TellOfFailure() {
@@ -48,24 +52,7 @@ void TellOfFailure() {
   MessageBoxA(0, text, nullptr, 0);
 }
 
-}  // namespace
-
-namespace zolt {
-
-void ForgetMailTest() {
-  std::lock_guard const guard(lock);
-  found.reset();
-}
-
-}  // namespace zolt
-
-int32_t CanMail() {
-  return Tested() != nullptr;
-}
-
-uint32_t SendMail(char *, char *recipient, char *subject, char *text, char *, int32_t silent) {
-  MapiSendMail const send = Tested();
-  if (send == nullptr) return 0;
+uint32_t Send(MapiSendMail send, char *recipient, char *subject, char *text, int32_t silent) {
   ZOLTXString const address = ZOLTXString("SMTP:") + (recipient == nullptr ? "" : recipient);
   MapiRecipDesc to{};
   to.ulRecipClass = MAPI_TO;
@@ -77,9 +64,46 @@ uint32_t SendMail(char *, char *recipient, char *subject, char *text, char *, in
   message.nRecipCount = 1;
   message.lpRecips = &to;
   uint32_t const flags = silent != 0 ? MAPI_LOGON_UI : MAPI_LOGON_UI | MAPI_DIALOG;
-  uint32_t const result = send(0, 0, &message, flags, 0);
+  return send(0, 0, &message, flags, 0);
+}
+
+std::string Utf8(char const *local) {
+  return local == nullptr ? "" : zolt::Utf8FromLocal(local);
+}
+
+}  // namespace
+
+namespace zolt {
+
+void ForgetMailTest() {
+  tested = false;
+}
+
+}  // namespace zolt
+
+int32_t CanMail() {
+  return Tested() != nullptr;
+}
+
+uint32_t SendMail(char *, char *recipient, char *subject, char *text, char *, int32_t silent) {
+  MapiSendMail const send = Tested();
+  if (send == nullptr) return 0;
+  uint32_t const result = Send(send, recipient, subject, text, silent);
   bool const quiet =
       result == SUCCESS_SUCCESS || result == MAPI_USER_ABORT || result == MAPI_E_LOGIN_FAILURE;
   if (!quiet) TellOfFailure();
   return result;
+}
+
+uint32_t ZOLTSendMail(char *recipient, char *subject, char *text, int32_t silent) {
+  MapiSendMail const send = Tested();
+  return send == nullptr ? 0 : Send(send, recipient, subject, text, silent);
+}
+
+uint32_t ZOLTCheckMail(char const *recipient, char const *subject) {
+  return zolt::MailRefusal(Utf8(recipient), Utf8(subject));
+}
+
+int32_t ZOLTCanShowMail() {
+  return zolt::CanShowMail() ? 1 : 0;
 }

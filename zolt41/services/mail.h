@@ -18,4 +18,14 @@ ZOLT_API int32_t CanMail();
 ZOLT_API uint32_t SendMail(char *sender, char *recipient, char *subject, char *text,
                            char *attachment, int32_t silent);
 
+// For programs that tell of a failure themselves: the same, and nobody is told.
+ZOLT_API uint32_t ZOLTSendMail(char *recipient, char *subject, char *text, int32_t silent);
+
+// What the native mail service refuses before it does anything: 25 for a recipient that is not one
+// address of visible ASCII, 2 for control characters in the subject, else 0. Null is "".
+ZOLT_API uint32_t ZOLTCheckMail(char const *recipient, char const *subject);
+
+// 1 if the mail program shows a message with `silent` 0 first, 0 if it would be sent unseen.
+ZOLT_API int32_t ZOLTCanShowMail();
+
 #endif  // ZOLT41_SERVICES_MAIL_H_

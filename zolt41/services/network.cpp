@@ -1,9 +1,9 @@
 #include "zolt41/services/network.h"
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <cstring>
-#include <mutex>
 
 #include "zolt41/platform/desktop/net_state.h"
 #include "zolt41/platform/system/late_module.h"
@@ -13,53 +13,49 @@ namespace {
 
 constexpr size_t kMostConnections = 32;
 
-// Each module is tried once in a process.
-struct Network {
-  std::mutex lock;
-  bool internetTried = false;
-  InternetGetConnectedState connected = nullptr;
-  bool rasTried = false;
-  RasEnumConnections enumerate = nullptr;
-  RasGetConnectStatus status = nullptr;
+// What a module has, which is tried once in a process. Two threads that ask at the same moment both
+// try, so that nobody waits, not even after a fork.
+struct Internet {
+  std::atomic<bool> tried;
+  std::atomic<InternetGetConnectedState> connected;
+};
+struct DialUp {
+  std::atomic<bool> tried;
+  std::atomic<RasEnumConnections> enumerate;
+  std::atomic<RasGetConnectStatus> status;
 };
 
-Network &TheNetwork() {
-  static auto *const network = new Network;
-  return *network;
-}
+constinit Internet internet{};
+constinit DialUp dialUp{};
 
 InternetGetConnectedState Connected() {
-  Network &network = TheNetwork();
-  std::lock_guard const guard(network.lock);
-  if (!network.internetTried) {
-    network.internetTried = true;
-    network.connected = reinterpret_cast<InternetGetConnectedState>(
+  if (!internet.tried) {
+    internet.connected = reinterpret_cast<InternetGetConnectedState>(
         GetProcAddress(LoadLibraryA("Wininet.dll"), "InternetGetConnectedState"));
+    internet.tried = true;
   }
-  return network.connected;
+  return internet.connected;
 }
 
 // False if the module is not usable: both functions must be there.
-bool DialUp(RasEnumConnections *enumerate, RasGetConnectStatus *status) {
-  Network &network = TheNetwork();
-  std::lock_guard const guard(network.lock);
-  if (!network.rasTried) {
-    network.rasTried = true;
+bool FindDialUp(RasEnumConnections *enumerate, RasGetConnectStatus *status) {
+  if (!dialUp.tried) {
     HMODULE const module = LoadLibraryA("Rasapi32.dll");
-    network.enumerate =
+    dialUp.enumerate =
         reinterpret_cast<RasEnumConnections>(GetProcAddress(module, "RasEnumConnectionsA"));
-    network.status =
+    dialUp.status =
         reinterpret_cast<RasGetConnectStatus>(GetProcAddress(module, "RasGetConnectStatusA"));
+    dialUp.tried = true;
   }
-  *enumerate = network.enumerate;
-  *status = network.status;
+  *enumerate = dialUp.enumerate;
+  *status = dialUp.status;
   return *enumerate != nullptr && *status != nullptr;
 }
 
 bool IsDialledUp() {
   RasEnumConnections enumerate = nullptr;
   RasGetConnectStatus status = nullptr;
-  if (!DialUp(&enumerate, &status)) return false;
+  if (!FindDialUp(&enumerate, &status)) return false;
   RASCONN connections[kMostConnections];
   connections[0].dwSize = kRasConnSize;
   uint32_t size = sizeof connections;
@@ -80,13 +76,8 @@ bool IsDialledUp() {
 namespace zolt {
 
 void ForgetNetwork() {
-  Network &network = TheNetwork();
-  std::lock_guard const guard(network.lock);
-  network.internetTried = false;
-  network.connected = nullptr;
-  network.rasTried = false;
-  network.enumerate = nullptr;
-  network.status = nullptr;
+  internet.tried = false;
+  dialUp.tried = false;
 }
 
 }  // namespace zolt

@@ -1,6 +1,6 @@
 #include "zolt41/services/url.h"
 
-#include <mutex>
+#include <atomic>
 
 #include "zolt41/platform/desktop/shell.h"
 #include "zolt41/platform/registry/registry.h"
@@ -16,29 +16,28 @@ constexpr uintptr_t kLastFailure = 32;
 class Shell {
  public:
   ~Shell() {
-    if (module_ != 0) FreeLibrary(module_);
+    if (HMODULE const module = module_.exchange(0); module != 0) FreeLibrary(module);
   }
 
-  // Null if it cannot be had; then it is tried again at the next call.
+  // Null if it cannot be had; then it is tried again at the next call. No lock: two threads may
+  // both load it, and a fork finds nobody at work.
   ShellExecute Execute() {
-    std::lock_guard const guard(lock_);
     if (execute_ == nullptr) {
-      module_ = LoadLibraryA("Shell32");
-      execute_ = reinterpret_cast<ShellExecute>(GetProcAddress(module_, "ShellExecuteA"));
+      HMODULE const module = LoadLibraryA("Shell32");
+      module_ = module;
+      execute_ = reinterpret_cast<ShellExecute>(GetProcAddress(module, "ShellExecuteA"));
     }
     return execute_;
   }
 
   void Forget() {
-    std::lock_guard const guard(lock_);
     module_ = 0;
     execute_ = nullptr;
   }
 
  private:
-  std::mutex lock_;
-  HMODULE module_ = 0;
-  ShellExecute execute_ = nullptr;
+  std::atomic<HMODULE> module_ = 0;
+  std::atomic<ShellExecute> execute_ = nullptr;
 };
 
 Shell shell;

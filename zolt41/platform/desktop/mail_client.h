@@ -2,6 +2,7 @@
 #define ZOLT41_PLATFORM_DESKTOP_MAIL_CLIENT_H_
 
 #include <cstdint>
+#include <string_view>
 
 // Simple mail: its published structures and numbers. The module MAPI32.DLL has MAPISendMail, which
 // is reached through late_module.h.
@@ -46,19 +47,22 @@ using MapiSendMail = uint32_t (*)(uintptr_t session, uintptr_t uiParam, MapiMess
                                   uint32_t flags, uint32_t reserved);
 
 // What the native function does: shows the desktop's mail program with the message if MAPI_DIALOG
-// is among the flags and a desktop is there (xdg-email), else hands the message to sendmail. Texts
-// are local text. A recipient or subject that begins with '-' or holds control characters is
-// refused with MAPI_E_INVALID_RECIPS or MAPI_E_FAILURE.
+// is among the flags and CanShowMail (xdg-email), else hands the message to sendmail, which has a
+// minute for it. Texts are local text.
 
 namespace zolt {
 
-// xdg-email or sendmail is there.
+// What the native function gives at once for these texts, which are UTF-8: MAPI_E_INVALID_RECIPS if
+// the recipient is not one address, MAPI_E_FAILURE for control characters in the subject, else
+// SUCCESS_SUCCESS.
+uint32_t MailRefusal(std::string_view recipient, std::string_view subject);
+
+// A desktop and xdg-email are there.
+bool CanShowMail();
+
+// A message can be shown, or sendmail is there.
 bool HasMailClient();
 
 }  // namespace zolt
-
-// A number of the profile: the file profile.ini in the home has sections in brackets with lines
-// KEY=NUMBER. The default where there is none; but "MAPI" of "MAIL" is 1 if HasMailClient.
-uint32_t GetProfileIntA(char const *section, char const *key, int32_t defaultValue);
 
 #endif  // ZOLT41_PLATFORM_DESKTOP_MAIL_CLIENT_H_

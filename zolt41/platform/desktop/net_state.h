@@ -32,8 +32,9 @@ static_assert(sizeof(RASCONNSTATUS) == kRasConnStatusSize);
 using RasEnumConnections = uint32_t (*)(RASCONN *connections, uint32_t *size, uint32_t *count);
 using RasGetConnectStatus = uint32_t (*)(uint32_t connection, RASCONNSTATUS *status);
 
-// The native functions: the machine is connected if an interface with a carrier has a default
-// route; dial-up connections are point-to-point links, connected once they run.
+// The native functions: the machine is connected if routes lead to everywhere over interfaces with
+// a carrier, or if the kernel cannot be asked; dial-up connections are point-to-point links,
+// connected once they run.
 
 namespace zolt {
 

@@ -14,10 +14,6 @@ inline constexpr int32_t SW_SHOWNORMAL = 1;
 using ShellExecute = uintptr_t (*)(uintptr_t owner, char const *operation, char const *file,
                                    char const *parameters, char const *directory, int32_t show);
 
-// Shows a message: by the dialog helper of a desktop, which is not waited for, else as a line on
-// standard error. `flags` and `owner` have no effect, a null caption is "zolt41". Gives 1.
-int32_t MessageBoxA(uintptr_t owner, char const *text, char const *caption, uint32_t flags);
-
 namespace zolt {
 
 // xdg-open is there.

@@ -1,5 +1,7 @@
 #include "zolt41/platform/system/late_module.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <mutex>
 #include <string_view>
@@ -16,7 +18,12 @@ struct Modules {
 
 Modules &TheModules() {
   // Rows are entered before main begins, by files in any order.
-  static auto *const modules = new Modules;
+  static auto *const modules = [] {
+    // The child of a fork finds the list whole and free.
+    auto const release = [] { TheModules().lock.unlock(); };
+    pthread_atfork([] { TheModules().lock.lock(); }, release, release);
+    return new Modules;
+  }();
   return *modules;
 }
 
@@ -60,7 +67,8 @@ HMODULE LoadLibraryA(char const *name) {
 
 FARPROC GetProcAddress(HMODULE module, char const *function) {
   if (module == 0 || function == nullptr) return nullptr;
-  auto const functions = reinterpret_cast<LateModule const *>(module)->functions;
+  auto const functions =
+      reinterpret_cast<LateModule const *>(module)->functions;  // NOLINT(*-int-to-ptr)
   auto const found =
       std::ranges::find(functions, std::string_view(function),
                         [](zolt::LateFunction const &each) { return std::string_view(each.name); });

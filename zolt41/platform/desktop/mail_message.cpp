@@ -1,0 +1,104 @@
+#include "zolt41/platform/desktop/mail_message.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace zolt {
+namespace {
+
+std::string Base64(std::string_view bytes) {
+  static constexpr char kDigits[] =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  for (size_t at = 0; at < bytes.size(); at += 3) {
+    uint32_t bits = 0;
+    for (size_t i = 0; i < 3; i++)
+      bits = bits << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
+    for (size_t i = 0; i < 4; i++)
+      text += at + i <= bytes.size() ? kDigits[bits >> (18 - 6 * i) & 63] : '=';
+  }
+  return text;
+}
+
+// A line of a message's head, as RFC 2047 has text beyond ASCII: no line is longer than 76 bytes,
+// the first with the field's name before it.
+std::string Encoded(std::string_view text) {
+  constexpr size_t kFirstWord = 39;
+  constexpr size_t kWord = 45;
+  if (std::ranges::all_of(text, [](char c) { return (c & 0x80) == 0; })) return std::string(text);
+  std::string encoded;
+  for (size_t at = 0; at < text.size();) {
+    size_t end = std::min(at + (at == 0 ? kFirstWord : kWord), text.size());
+    while (end < text.size() && (text[end] & 0xC0) == 0x80) end--;
+    encoded +=
+        (at == 0 ? "=?UTF-8?B?" : "\n =?UTF-8?B?") + Base64(text.substr(at, end - at)) + "?=";
+    at = end;
+  }
+  return encoded;
+}
+
+// Every kind of line end becomes `end`.
+std::string WithLineEnds(std::string_view text, std::string_view end) {
+  std::string lines;
+  for (size_t i = 0; i < text.size(); i++) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    if (text[i] == '\r' || text[i] == '\n') {
+      lines += end;
+    } else {
+      lines += text[i];
+    }
+  }
+  return lines;
+}
+
+// What stands for itself in each part of such a URI.
+bool IsPlain(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+         std::string_view("-._~@").find(c) != std::string_view::npos;
+}
+
+std::string PercentEncoded(std::string_view text) {
+  static constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string encoded;
+  for (char const c : text) {
+    auto const byte = static_cast<unsigned char>(c);
+    if (IsPlain(c)) {
+      encoded += c;
+    } else {
+      encoded += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
+    }
+  }
+  return encoded;
+}
+
+}  // namespace
+
+bool IsOneAddress(std::string_view recipient) {
+  constexpr std::string_view kSpecial = ",;:<>()[]\"\\";
+  return !recipient.empty() && recipient[0] != '-' && std::ranges::all_of(recipient, [&](char c) {
+    return c > ' ' && c < 0x7F && kSpecial.find(c) == std::string_view::npos;
+  });
+}
+
+std::string MailtoUri(std::string_view recipient, std::string_view subject, std::string_view note) {
+  std::string uri = "mailto:" + PercentEncoded(recipient);
+  char before = '?';
+  auto const add = [&](char const *field, std::string const &text) {
+    if (text.empty()) return;
+    uri += before + std::string(field) + "=" + PercentEncoded(text);
+    before = '&';
+  };
+  add("subject", std::string(subject));
+  add("body", WithLineEnds(note, "\r\n"));
+  return uri;
+}
+
+std::string MessageText(std::string const &recipient, std::string const &subject,
+                        std::string_view note) {
+  return "To: " + recipient + "\nSubject: " + Encoded(subject) +
+         "\nMIME-Version: 1.0\nContent-Type: text/plain; charset=UTF-8\n"
+         "Content-Transfer-Encoding: 8bit\n\n" +
+         WithLineEnds(note, "\n") + "\n";
+}
+
+}  // namespace zolt
