@@ -72,10 +72,11 @@ int Listen(int count, char **names) {
   std::list<Pointer<IStorage>> sections;
   IStorage *section = root.get();
   for (int i = 0; i < count; i++) {
-    std::string_view const name = names[i];
-    std::u16string const wide(name.begin(), name.end());
-    IStorage *const above = section;
-    if (FAILED(above->CreateStorage(wide.c_str(), 0, 0, 0, &sections.emplace_back()))) return 1;
+    std::u16string const name = Wide(names[i]);
+    HRESULT const opened =
+        name.empty() ? E_INVALIDARG
+                     : section->CreateStorage(name.c_str(), 0, 0, 0, &sections.emplace_back());
+    if (FAILED(opened)) return Complain(names[i], opened);
     section = sections.back().get();
   }
   Pointer<IConnectionPointContainer> container;
@@ -84,7 +85,8 @@ int Listen(int count, char **names) {
   container->FindConnectionPoint(IID_IPropertyNotifySink, &point);
   Sink sink(section);
   DWORD_PTR cookie = 0;
-  if (FAILED(point->Advise(&sink, &cookie))) return 1;
+  HRESULT const connected = point->Advise(&sink, &cookie);
+  if (FAILED(connected)) return Complain("no changes can be heard", connected);
   ListenUntilInputEnds();
   point->Unadvise(cookie);
   return 0;

@@ -46,6 +46,31 @@ inline std::string Utf8(std::u16string_view text) {
   return bytes;
 }
 
+// The UTF-8 text with 16-bit characters; empty if it is none, or has characters beyond those.
+inline std::u16string Wide(std::string_view text) {
+  std::u16string wide;
+  while (!text.empty()) {
+    unsigned const first = static_cast<unsigned char>(text[0]);
+    size_t const length = first < 0x80 ? 1 : first < 0xE0 ? 2 : 3;
+    if ((first >= 0x80 && first < 0xC2) || first >= 0xF0 || text.size() < length) return {};
+    unsigned letter = length == 1 ? first : first & (0x3F >> (length - 1));
+    for (size_t i = 1; i < length; i++) {
+      unsigned const next = static_cast<unsigned char>(text[i]);
+      if ((next & 0xC0) != 0x80) return {};
+      letter = letter << 6 | (next & 0x3F);
+    }
+    wide += static_cast<char16_t>(letter);
+    text.remove_prefix(length);
+  }
+  return wide;
+}
+
+// Says what could not be done, and gives what the process ends with.
+inline int Complain(char const *what, HRESULT result) {
+  std::fprintf(stderr, "%s: 0x%08X\n", what, static_cast<unsigned>(result));
+  return 1;
+}
+
 // Opens the root of the user's preferences, knowing nothing but the name of the class. False, and
 // says why, if that fails.
 inline bool OpenPreferences(IPrefManager **manager, IStorage **root) {

@@ -27,7 +27,7 @@ TEST(Bstr, HasItsLengthInBytesBeforeItAndANulBehind) {
   BSTR const odd = SysAllocStringByteLen("abc", 3);
   EXPECT_EQ(SysStringByteLen(odd), 3U);
   EXPECT_EQ(SysStringLen(odd), 1U);
-  EXPECT_EQ(std::memcmp(odd, "abc\0\0", 5), 0);
+  EXPECT_EQ(std::memcmp(odd, "abc\0\0\0", 6), 0) << "a whole character ends it";
   SysFreeString(odd);
 
   EXPECT_EQ(SysStringLen(nullptr), 0U);

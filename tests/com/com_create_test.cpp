@@ -4,15 +4,18 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <thread>
 
+#include "tests/support/child.h"
 #include "tests/support/key.h"
 #include "tests/support/temp_home.h"
-#include "zolt41/platform/com/class_module.h"
 #include "zolt41/platform/com/com_ptr.h"
+#include "zolt41/platform/com/ref_counted.h"
 #include "zolt41/platform/registry/classes_root.h"
 
 namespace zolt::testing {
@@ -113,6 +116,10 @@ TEST_F(CreateTest, LoadsModulesThatOthersCannotHaveChanged) {
   fs::create_directory(folder);
   fs::copy_file(module_, inFolder);
   fs::create_symlink(inFolder, link);
+  fs::create_symlink("folder/../folder/middle.so", home_.path() + "/chain.so");
+  fs::create_symlink(module_, folder + "/middle.so");
+  fs::create_directory_symlink("folder", home_.path() + "/other");
+  fs::create_symlink("round.so", home_.path() + "/round.so");
   std::ofstream(folder + "/text.so") << "no module";
   struct {
     std::string path;
@@ -127,6 +134,12 @@ TEST_F(CreateTest, LoadsModulesThatOthersCannotHaveChanged) {
       {inFolder, 0755, 0777, E_ACCESSDENIED},
       {link, 0755, 0777, E_ACCESSDENIED},
       {folder + "/../module.so", 0755, 0777, E_ACCESSDENIED},
+      {home_.path() + "/chain.so", 0755, 0755, S_OK},
+      {home_.path() + "/chain.so", 0755, 0777, E_ACCESSDENIED},
+      {home_.path() + "//./other/middle.so", 0755, 0755, S_OK},
+      {home_.path() + "/other/../module.so", 0755, 0777, E_ACCESSDENIED},
+      {home_.path() + "/round.so", 0755, 0755, CO_E_DLLNOTFOUND},
+      {module_ + "/x.so", 0755, 0755, CO_E_DLLNOTFOUND},
       {inFolder, 0755, 01777, S_OK},
       {folder, 0755, 0755, E_ACCESSDENIED},
       {"module.so", 0755, 0755, E_ACCESSDENIED},
@@ -141,7 +154,46 @@ TEST_F(CreateTest, LoadsModulesThatOthersCannotHaveChanged) {
     Register(test.path);
     EXPECT_EQ(Result(), test.result) << test.path << std::oct << test.file << test.folder;
     Unload();
+    bool const isModule = test.result != CO_E_ERRORINDLL;
+    char offender[256] = "-";
+    HRESULT const check = ZOLTCheckModule(test.path.c_str(), offender, sizeof offender);
+    EXPECT_TRUE(check == test.result || !isModule || test.path.empty()) << test.path;
+    if (check == E_ACCESSDENIED) {
+      EXPECT_EQ(offender == folder, test.folder == 0777 || test.path == folder) << test.path;
+    }
   }
+}
+
+// A factory's CreateInstance, in which the module says that it is not used.
+TEST_F(CreateTest, AModuleStaysWhileItsFactoryWorks) {
+  struct Outer final : RefCounted<IUnknown, IID_IUnknown> {
+    ULONG AddRef() override {
+      Unload();
+      return RefCounted::AddRef();
+    }
+  };
+  ComPtr<IUnknown> const outer(new Outer);
+  Register(module_);
+  void *out = nullptr;
+  EXPECT_EQ(CoCreateInstance(kClass, outer.get(), 1, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
+  EXPECT_TRUE(Loaded());
+}
+
+TEST_F(CreateTest, AChildThatIsForkedMeanwhileCreates) {
+  Register(module_);
+  std::atomic<bool> done = false;
+  std::thread other([&] {
+    while (!done) {
+      EXPECT_EQ(Result(), S_OK);
+      CoFreeUnusedLibraries();
+    }
+  });
+  for (int i = 0; i < 20; i++) {
+    Child child([](Child::Pipe &) { return Result() == S_OK ? 0 : 1; });
+    EXPECT_EQ(child.Wait(), 0);
+  }
+  done = true;
+  other.join();
 }
 
 TEST_F(CreateTest, ArgumentsAreAnswered) {

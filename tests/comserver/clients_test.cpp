@@ -1,33 +1,26 @@
-// The example clients, as processes that know the component interfaces alone.
+// The example clients, as somebody builds them who has the installed library, and as processes that
+// know the component interfaces alone.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <filesystem>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "tests/support/child.h"
-#include "tests/support/key.h"
 #include "tests/support/run_tool.h"
 #include "tests/support/temp_home.h"
-#include "zolt41/comserver/server_exports.h"
 #include "zolt41/platform/registry/hive_status.h"
 
 namespace zolt::testing {
 namespace {
 
-std::string BuildPath(std::string const &below) {
-  std::string const tool = ZOLT_TOOL;
-  return tool.substr(0, tool.rfind("/bin/")) + below;
-}
-
-// Becomes a program that uses the library in `home`.
-int Become(Child::Pipe const &pipe, std::vector<std::string> words, std::string const &home) {
+// Becomes a program of `folder`.
+int Become(Child::Pipe const &pipe, std::vector<std::string> words, std::string const &folder) {
   pipe.BecomeStandard();
-  setenv("LD_LIBRARY_PATH", home.c_str(), 1);
-  words[0] = BuildPath("/bin/" + words[0]);
+  words[0] = folder + "/" + words[0];
   std::vector<char *> argv;
   for (std::string &word : words) argv.push_back(word.data());
   argv.push_back(nullptr);
@@ -35,20 +28,26 @@ int Become(Child::Pipe const &pipe, std::vector<std::string> words, std::string 
   return 127;
 }
 
-// A home in which the class is registered with a library that lies there too.
+// A home with the library installed in it, whose class is registered.
 class ClientsTest : public ::testing::Test {
  protected:
   ClientsTest() {
-    std::string const library = home_.path() + "/libzolt41.so.0";
-    std::filesystem::copy_file(BuildPath("/lib/libzolt41.so.0"), library);
-    EXPECT_EQ(ZOLTRegisterServer(0), S_OK);
-    std::string const key = "Software\\Classes\\CLSID\\{5ED2DD58-7638-11D3-8FD3-00A02459FA0F}";
-    HKEY handle = 0;
-    EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, key.c_str(), &handle), ERROR_SUCCESS);
-    Key(handle, "InprocServer32").Set("", library);
-    RegCloseKey(handle);
+    Shell("cmake --install '" ZOLT_BUILD "' --prefix $ZOLT_HOME/prefix > /dev/null");
+    Shell("$ZOLT_HOME/prefix/bin/zolt -q register");
   }
   ~ClientsTest() override { LeaveHives(); }
+
+  static void Shell(std::string const &line) {
+    EXPECT_EQ(std::system(line.c_str()), 0) << line;  // NOLINT(cert-env33-c)
+  }
+  // As the head of the example's file says.
+  static void Build(std::string const &example) {
+    Shell("cd $ZOLT_HOME && export PKG_CONFIG_PATH=prefix/" ZOLT_LIBDIR
+          "/pkgconfig && " ZOLT_COMPILE " -std=c++20 -O0 -o " +
+          example + " '" ZOLT_EXAMPLES "/" + example +
+          ".cpp' $(pkg-config --cflags --libs zolt41) "
+          "-Wl,-rpath,$ZOLT_HOME/prefix/" ZOLT_LIBDIR);
+  }
 
   std::unique_ptr<Child> Run(std::string const &line) const {
     return std::make_unique<Child>(
@@ -60,6 +59,7 @@ class ClientsTest : public ::testing::Test {
 };
 
 TEST_F(ClientsTest, OnePrintsTheTree) {
+  Build("component_tree");
   Tool("prefs set Audio Volume 70");
   Tool("prefs set -t bytes Audio Mask 0x00FF");
   auto const client = Run("component_tree");
@@ -72,15 +72,19 @@ TEST_F(ClientsTest, OnePrintsTheTree) {
 }
 
 TEST_F(ClientsTest, OneHearsChangesInAPlainLoop) {
-  auto const client = Run("component_events Conferencing Audio");
+  Build("component_events");
+  auto const nameless = Run("component_events \xFF");
+  EXPECT_EQ(nameless->Wait(), 1) << "no name in UTF-8";
+  auto const client = Run("component_events Conferencing B\u00FCro");
   Child::Pipe &pipe = client->pipe();
   ASSERT_EQ(pipe.Hear(), "listening; end the input to stop");
-  Tool("prefs set Audio Volume 70");
+  std::string const section = "Conferencing:B\u00FCro";
+  Tool("prefs set " + section + " Volume 70");
   EXPECT_EQ(pipe.Hear(), "Volume = 70");
   Tool("prefs set General Other 1");
-  Tool("prefs set Audio Volume 40");
+  Tool("prefs set " + section + " Volume 40");
   EXPECT_EQ(pipe.Hear(), "Volume = 40");
-  Tool("prefs unset Audio Volume");
+  Tool("prefs unset " + section + " Volume");
   EXPECT_EQ(pipe.Hear(), "Volume is gone");
   client->EndInput();
   EXPECT_EQ(client->Wait(), 0);

@@ -44,11 +44,15 @@ class Sink final : public RefCounted<IPropertyNotifySink, IID_IPropertyNotifySin
   int heard = 0;
   bool deaf = false;
   char name = '.';
+  std::function<void()> atEnd = [] {};
   static inline int living = 0;
   static inline std::string order;  // the names of those that heard
 
  private:
-  ~Sink() override { living--; }
+  ~Sink() override {
+    living--;
+    atEnd();
+  }
 
   std::function<void(Sink *)> then_;
 };

@@ -1,5 +1,6 @@
 #include "zolt41/comserver/section_object.h"
 
+#include <atomic>
 #include <thread>
 
 #include "tests/comserver/com_fixture.h"
@@ -79,15 +80,22 @@ TEST_F(SectionTest, ARootIsNotRegisteredAndHearsChangesAtTheTop) {
   EXPECT_TRUE(DeliverUntil([&] { return sink->heard == 1; }));
 }
 
-TEST_F(SectionTest, AParentThatIsGoneBringsNothingDown) {
+// Its id would be that of "BelowDeeper", which has nothing to do with it.
+TEST_F(SectionTest, BelowAnAncestorThatIsGoneNothingIsOpened) {
+  auto const unrelated = Open("BelowDeeper");
   auto above = Open("Above");
   auto const below = Open("Below", IdOf("Above"));
   int32_t const id = IdOf("Below", IdOf("Above"));
   above.Reset();
-  void *out = nullptr;
-  EXPECT_EQ(OpenSection(IdOf("Above"), "Deeper", kUserStore, IID_IUnknown, &out), E_FAIL);
+  for (int32_t const parent : {IdOf("Above"), id}) {
+    void *out = &out;
+    EXPECT_EQ(OpenSection(parent, "Deeper", kUserStore, IID_IUnknown, &out), E_FAIL);
+    EXPECT_EQ(out, nullptr);
+  }
   Change(id, "still");
   EXPECT_EQ(ReadBytes("v", id).substr(0, 5), "still");
+  above = Open("Above");
+  EXPECT_NE(Open("Deeper", id).get(), unrelated.get());
 }
 
 TEST_F(SectionTest, TellsInOrderWhatAnotherProcessWritesToTwoSections) {
@@ -148,6 +156,23 @@ TEST_F(SectionTest, ASinkMayReleaseTheLastReferenceOfAll) {
   EXPECT_TRUE(DeliverUntil([&] { return done; }));
 }
 
+TEST_F(SectionTest, ASinkThatEndsWithItsSectionMayAskItForItsFaces) {
+  auto section = Open("Ending");
+  IUnknown *const ending = section.get();
+  auto *const sink = new Sink;
+  bool asked = false;
+  sink->atEnd = [&] {
+    void *out = &out;
+    EXPECT_EQ(ending->QueryInterface(IID_IConnectionPointContainer, &out), E_NOINTERFACE);
+    EXPECT_EQ(out, nullptr);
+    Ask<IStorage>(ending, IID_IStorage);
+    asked = true;
+  };
+  Advise(ending, sink);
+  section.Reset();
+  EXPECT_TRUE(asked);
+}
+
 TEST_F(SectionTest, ASinkMayWrite) {
   auto const section = Open("Busy");
   int left = 3;
@@ -196,6 +221,22 @@ TEST_F(SectionTest, TwoApartmentsOpenAndCloseAtOnce) {
     ServerReference const server;
     work("Right");
   }
+  other.join();
+}
+
+TEST_F(SectionTest, AChildThatIsForkedMeanwhileOpensSections) {
+  std::atomic<bool> done = false;
+  std::thread other([&] {
+    while (!done) Open("Other");
+  });
+  for (int i = 0; i < 20; i++) {
+    Child child([](Child::Pipe &) {
+      Open("Other");
+      return ::testing::Test::HasFailure() ? 1 : 0;
+    });
+    EXPECT_EQ(child.Wait(), 0);
+  }
+  done = true;
   other.join();
 }
 

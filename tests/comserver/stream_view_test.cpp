@@ -1,5 +1,9 @@
 #include "zolt41/comserver/stream_view.h"
 
+#include <unistd.h>
+
+#include <fstream>
+
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/child.h"
 #include "tests/support/stream.h"
@@ -122,6 +126,29 @@ TEST_F(StreamTest, RefusesWhatDoesNotFitInto32Bits) {
   EXPECT_EQ(Seek(stream, 0, STREAM_SEEK_SET), S_OK);
   EXPECT_EQ(Read(stream, 20), kTen) << "as it was";
 }
+
+// ThreadSanitizer keeps records of all memory that is given out.
+#if !defined(__SANITIZE_THREAD__)
+TEST_F(StreamTest, AFarPlaceTakesNoMemory) {
+  auto const residentMebibytes = [] {
+    long size = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> size >> resident;
+    return resident * sysconf(_SC_PAGESIZE) >> 20;
+  };
+  long const before = residentMebibytes();
+  auto const sized = OpenStream(STGM_READWRITE | STGM_TRANSACTED);
+  EXPECT_EQ(sized->SetSize(Wide(256 << 20)), S_OK);
+  auto const written = OpenStream(STGM_READWRITE | STGM_TRANSACTED);
+  EXPECT_EQ(Seek(written, 256 << 20, STREAM_SEEK_SET), S_OK);
+  Write(written, "end");
+  EXPECT_LT(residentMebibytes() - before, 64);
+  EXPECT_EQ(Seek(written, (256 << 20) - 2, STREAM_SEEK_SET), S_OK);
+  EXPECT_EQ(Read(written, 9), std::string("\0\0end", 5));
+  EXPECT_EQ(Seek(written, 8, STREAM_SEEK_SET), S_OK);
+  EXPECT_EQ(Read(written, 4), std::string("89\0\0", 4));
+}
+#endif
 
 TEST_F(StreamTest, CopiesToAnotherStreamAndToItself) {
   ComPtr<IStream> target;

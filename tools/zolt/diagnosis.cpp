@@ -5,6 +5,7 @@
 #include <span>
 
 #include "tools/zolt/errors.h"
+#include "tools/zolt/registration.h"
 
 namespace zolt::tool {
 
@@ -136,7 +137,8 @@ std::vector<Problem> Diagnose(ZOLTState const &state, uint32_t user) {
   return problems;
 }
 
-std::string StateDocument(ZOLTState const &state, std::vector<Problem> const &problems) {
+std::string StateDocument(ZOLTState const &state, Registration const &registration,
+                          std::vector<Problem> const &problems) {
   Json document;
   document["schema"] = 1;
   document["user"] = HiveObject(state.user);
@@ -154,6 +156,7 @@ std::string StateDocument(ZOLTState const &state, std::vector<Problem> const &pr
     document["services"].push_back(
         {{"service", ServiceOf(state.doors[i])}, {"state", NameOf(state.doors[i].kind)}});
   }
+  document["component"] = {{"scope", registration.scope}, {"module", registration.module}};
   document["problems"] = Json::array();
   for (Problem const &each : problems) {
     document["problems"].push_back(

@@ -8,6 +8,8 @@
 
 namespace zolt::tool {
 
+struct Registration;
+
 struct Problem {
   std::string subject;  // UTF-8 or a path as it is
   std::string problem;
@@ -25,7 +27,8 @@ std::string ServiceOf(ZOLTDoorState const &door);
 char const *NameOf(ZOLTDoorKind kind);
 
 // The document of the whole state, ended by a line end.
-std::string StateDocument(ZOLTState const &state, std::vector<Problem> const &problems);
+std::string StateDocument(ZOLTState const &state, Registration const &registration,
+                          std::vector<Problem> const &problems);
 
 }  // namespace zolt::tool
 

@@ -5,6 +5,7 @@
 #include "tools/zolt/diagnosis.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
+#include "tools/zolt/registration.h"
 #include "tools/zolt/table.h"
 #include "tools/zolt/verbs.h"
 
@@ -25,7 +26,12 @@ std::string StateOf(ZOLTChannelState const &channel) {
   return "held by " + std::to_string(channel.holder) + " (" + channel.holderProgram + ")";
 }
 
-void WriteState(ZOLTState const &state, Call const &call) {
+std::string StateOf(Registration const &registration) {
+  if (registration.module.empty()) return "not registered";
+  return std::string("registered ") + ScopeText(std::string_view(registration.scope) == "machine");
+}
+
+void WriteState(ZOLTState const &state, Registration const &registration, Call const &call) {
   Table table(call.settings, call.out, 4);
   table.Add({"user hive", state.user.file.path, StateOf(state.user), ""});
   table.Add({"machine hive", state.machine.file.path, StateOf(state.machine), ""});
@@ -39,6 +45,7 @@ void WriteState(ZOLTState const &state, Call const &call) {
   }
   for (uint32_t i = 0; i < state.doorCount; i++)
     table.Add({"service", ServiceOf(state.doors[i]), NameOf(state.doors[i].kind), ""});
+  table.Add({"component class", registration.module, StateOf(registration), ""});
   table.Finish();
 }
 
@@ -53,11 +60,13 @@ int Doctor(Call const &call) {
   PrepareLibrary(call.arguments, call.settings);
   auto const state = std::make_unique<ZOLTState>();
   ZOLTInspect(state.get());
-  std::vector<Problem> const problems = Diagnose(*state, geteuid());
+  Registration const registration = FindRegistration();
+  std::vector<Problem> problems = Diagnose(*state, geteuid());
+  if (auto const problem = ProblemOf(registration)) problems.push_back(*problem);
   if (call.settings.json) {
-    call.out.Write(StateDocument(*state, problems));
+    call.out.Write(StateDocument(*state, registration, problems));
   } else {
-    WriteState(*state, call);
+    WriteState(*state, registration, call);
     WriteProblems(problems, call);
   }
   return problems.empty() ? kDone : kNo;

@@ -81,6 +81,7 @@ constexpr std::array kOptions = {
     Option{OptionId::repair, 0, "repair", "", false,
            "mend the file, and keep the old one beside it"},
     Option{OptionId::machine, 0, "machine", "", false, "for all users of this machine"},
+    Option{OptionId::module, 0, "module", "PATH", false, "the library's file"},
 };
 
 constexpr bool InOrder() {

@@ -59,6 +59,7 @@ enum class OptionId : uint8_t {
   format,
   repair,
   machine,
+  module,
   count,
 };
 

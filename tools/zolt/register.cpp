@@ -1,9 +1,10 @@
-#include <dlfcn.h>
-
-#include <filesystem>
+#include <nlohmann/json.hpp>
 
 #include "tools/zolt/errors.h"
+#include "tools/zolt/in_child.h"
+#include "tools/zolt/library_file.h"
 #include "tools/zolt/library_session.h"
+#include "tools/zolt/registration.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/verbs.h"
 
@@ -11,76 +12,84 @@ namespace zolt::tool {
 
 namespace {
 
-namespace fs = std::filesystem;
-
-// The names by which the file has functions that are not C's.
-constexpr char kSetLockWait[] = "_Z15ZOLTSetLockWaitj";
-constexpr char kLastFailure[] = "_Z15ZOLTLastFailurePcj";
-
-// The library as the file that clients load. What is registered is where it lies, and this program
-// has the library within itself.
-class LibraryFile {
- public:
-  LibraryFile() {
-    std::error_code ignored;
-    fs::path const folder = fs::read_symlink("/proc/self/exe", ignored).parent_path();
-    for (fs::path const &path :
-         {folder / "../lib" / ZOLT_LIBRARY, folder / ZOLT_LIBRARY_FOLDER / ZOLT_LIBRARY,
-          fs::path(ZOLT_LIBRARY)}) {
-      if (handle_ == nullptr) handle_ = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    }
-    if (handle_ == nullptr) {
-      throw ToolError(kFailed, "missing", ZOLT_LIBRARY, "is not installed",
-                      "install it beside zolt, or where the loader looks");
-    }
-  }
-
-  template <typename Function>
-  Function *Named(char const *name) const {
-    auto *const found = reinterpret_cast<Function *>(dlsym(handle_, name));
-    if (found == nullptr)
-      throw ToolError(kFailed, "missing", ZOLT_LIBRARY, "is of another version");
-    return found;
-  }
-
-  // As it is registered.
-  std::string Path() const {
-    Dl_info info{};
-    dladdr(reinterpret_cast<void *>(Named<HRESULT(BOOL)>("ZOLTRegisterServer")), &info);
-    std::error_code ignored;
-    return fs::absolute(info.dli_fname, ignored).lexically_normal();
-  }
-
- private:
-  // For as long as the process lives: its threads and its exit are in it.
-  void *handle_ = nullptr;
+// What was done, or would be.
+struct Result {
+  std::string module;  // that is entered, or was
+  bool changes;
+  bool registered;  // in the end
 };
 
-int Enter(Call const &call, char const *function, std::string const &done) {
+std::string DocumentOf(Result const &result, bool machine) {
+  nlohmann::ordered_json document;
+  document["schema"] = 1;
+  document["class"] = kClassName;
+  document["scope"] = machine ? "machine" : "user";
+  document["module"] = nullptr;
+  if (!result.module.empty()) document["module"] = result.module;
+  document["registered"] = result.registered;
+  document["changed"] = result.changes;
+  return document.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
+}
+
+std::string Told(Result const &result) {
+  static constexpr char const *kWords[2][2] = {{"was not registered ", "no longer registered "},
+                                               {"is registered already ", "registered "}};
+  return kWords[result.registered ? 1 : 0][result.changes ? 1 : 0];
+}
+
+// Gives the exit code.
+int Tell(Call const &call, Result const &result) {
+  Settings const &settings = call.settings;
   bool const machine = call.arguments.Has(OptionId::machine);
-  LibraryFile const library;
-  PrepareLibrary(call.arguments, call.settings);
-  library.Named<void(uint32_t)>(kSetLockWait)(call.settings.wait);
-  if (!call.settings.dryRun && library.Named<HRESULT(BOOL)>(function)(machine ? 1 : 0) != S_OK) {
-    char subject[4096] = "";
-    auto *const lastFailure = library.Named<int32_t(char *, uint32_t)>(kLastFailure);
-    FailureWords const &words = WordsOf(lastFailure(subject, sizeof subject));
-    throw ToolError(words.code, words.kind, subject, words.message, words.hint);
+  if (settings.json) {
+    call.out.Write(DocumentOf(result, machine));
+  } else if (!settings.quiet) {
+    std::string const subject = result.module.empty() ? kClassName : result.module;
+    WriteError("zolt: " + Escape(subject) + ": " + Told(result) + ScopeText(machine) +
+               (result.changes && settings.dryRun ? " (not written)" : ""));
   }
-  if (!call.settings.quiet && !call.settings.json) {
-    WriteError("zolt: " + Escape(library.Path()) + ": " + done +
-               (machine ? " for all users" : " for this user") +
-               (call.settings.dryRun ? " (not written)" : ""));
-  }
-  return kDone;
+  return settings.dryRun && settings.exitCode && result.changes ? kNo : kDone;
+}
+
+bool Failed(HRESULT state) {
+  return FAILED(state) && state != REGDB_E_CLASSNOTREG;
+}
+
+// Gives '+' if something changes, else '=', and the path.
+std::string Enter(Call const &call) {
+  BOOL const machine = call.arguments.Has(OptionId::machine) ? 1 : 0;
+  LibraryFile const library{std::string(call.arguments.Value(OptionId::module))};
+  library.SetLockWait(call.settings.wait);
+  char entered[4096] = "";
+  HRESULT const state = library.Named<HRESULT(BOOL, char *, uint32_t)>("ZOLTServerRegistration")(
+      machine, entered, sizeof entered);
+  if (Failed(state)) throw library.Failure();
+  if (state == S_OK && library.path() == entered) return "=" + library.path();
+  if (!call.settings.dryRun && library.Named<HRESULT(BOOL)>("ZOLTRegisterServer")(machine) != S_OK)
+    throw library.Failure();
+  return "+" + library.path();
 }
 
 int Register(Call const &call) {
-  return Enter(call, "ZOLTRegisterServer", "registered");
+  PrepareLibrary(call.arguments, call.settings);
+  if (call.arguments.Has(OptionId::module) && call.arguments.Value(OptionId::module).empty()) {
+    Refuse("--module", "names no file");
+  }
+  std::string const answer = InChild([&] { return Enter(call); });
+  return Tell(call, {answer.substr(1), answer.front() == '+', true});
 }
 
 int Unregister(Call const &call) {
-  return Enter(call, "ZOLTUnregisterServer", "no longer registered");
+  BOOL const machine = call.arguments.Has(OptionId::machine) ? 1 : 0;
+  PrepareLibrary(call.arguments, call.settings);
+  char module[4096] = "";
+  HRESULT const state = ZOLTServerRegistration(machine, module, sizeof module);
+  if (Failed(state)) throw StoreFailure(kClassName);
+  bool const changes = state != REGDB_E_CLASSNOTREG;
+  if (changes && !call.settings.dryRun && ZOLTUnregisterServer(machine) != S_OK) {
+    throw StoreFailure(kClassName);
+  }
+  return Tell(call, {module, changes, false});
 }
 
 }  // namespace
@@ -90,15 +99,19 @@ Verb const kRegister = {
     .name = "",
     .operands = "",
     .summary = "let programs find the component server",
-    .options = {OptionId::machine},
+    .options = {OptionId::machine, OptionId::module},
     .least = 0,
     .most = 0,
     .run = Register,
     .description =
         "Enters the class of the component server, and where its library lies, among the user's\n"
         "classes, or with --machine among those of all users, which ends with 3 without the right\n"
-        "to it. What was entered before is replaced.",
-    .examples = "  zolt register\n",
+        "to it. The library is the one that is installed with zolt, or with --module the file at\n"
+        "PATH. What was entered before is replaced. A library that others could change, in a\n"
+        "folder that they can write for instance, is refused with 3: no program would load it.",
+    .examples =
+        "  zolt register\n"
+        "  zolt register --module /opt/zolt41/lib/libzolt41.so.0\n",
 };
 
 Verb const kUnregister = {

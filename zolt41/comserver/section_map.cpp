@@ -11,8 +11,21 @@ namespace zolt {
 namespace {
 
 std::map<int32_t, SectionObject *> &Map() {
-  static std::map<int32_t, SectionObject *> map;
-  return map;
+  // Never destroyed: sections may still be released while the process ends.
+  static auto *const map = new std::map<int32_t, SectionObject *>;
+  return *map;
+}
+
+// Whether the section and all above it are registered. With one that is not, the id of what lies
+// below would be made of a part of the names, and could be that of an unrelated section.
+bool IsRegisteredToTheTop(WinPrefs *store, int32_t id) {
+  constexpr int kDeepest = 520;  // no id is made of more names; one can be its own ancestor
+  for (int depth = 0; id != 0; depth++) {
+    Section const *const section = store->GetSectionFromID(id);
+    if (section == nullptr || depth == kDeepest) return false;
+    id = section->parent;
+  }
+  return true;
 }
 
 // Some names have the id of the root, and some that are too long for a key have that of another
@@ -46,18 +59,21 @@ HRESULT OpenSection(int32_t parent, char const *name, int32_t kind, REFIID iid, 
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
   if (kind != kUserStore && kind != kSystemStore) return E_INVALIDARG;
-  std::lock_guard const guard(ServerLock());
-  ServerReference const server;
-  WinPrefs *const store = kind == kUserStore ? GetUserPrefs() : GetSystemPrefs();
-  if (store == nullptr) return E_FAIL;
-  int32_t const id = name == nullptr ? 0 : store->GetIDFromString(name, parent);
-  if (name != nullptr && !CanBeSection(name, id)) return E_FAIL;
-  if (SectionObject *const open = FindSectionObject(id)) {
-    HRESULT const result = open->QueryInterface(iid, out);
-    open->Release();
-    return result;
-  }
-  return SectionObject::Make({store, id, parent, name, kind}, iid, out);
+  return Guarded([&]() -> HRESULT {
+    std::lock_guard const guard(ServerLock());
+    ServerReference const server;
+    WinPrefs *const store = kind == kUserStore ? GetUserPrefs() : GetSystemPrefs();
+    if (store == nullptr) return E_FAIL;
+    if (name != nullptr && !IsRegisteredToTheTop(store, parent)) return E_FAIL;
+    int32_t const id = name == nullptr ? 0 : store->GetIDFromString(name, parent);
+    if (name != nullptr && !CanBeSection(name, id)) return E_FAIL;
+    if (SectionObject *const open = FindSectionObject(id)) {
+      HRESULT const result = open->QueryInterface(iid, out);
+      open->Release();
+      return result;
+    }
+    return SectionObject::Make({store, id, parent, name, kind}, iid, out);
+  });
 }
 
 }  // namespace zolt

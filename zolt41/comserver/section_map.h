@@ -23,7 +23,7 @@ void DropSectionObject(SectionObject const *object);
 // open for the section, of either store, that is the one. A null name is the root.
 //
 // E_POINTER without `out`; E_INVALIDARG for another kind, a card's 0 too; E_FAIL if the section
-// cannot be opened, or its name has the root's id.
+// cannot be opened, if one above it is no longer registered, or if its name has the root's id.
 HRESULT OpenSection(int32_t parent, char const *name, int32_t kind, REFIID iid, void **out);
 
 }  // namespace zolt

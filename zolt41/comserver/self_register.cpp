@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "zolt41/comserver/class_entries.h"
 #include "zolt41/comserver/pref_manager_interface.h"
 #include "zolt41/platform/com/class_lookup.h"
 #include "zolt41/platform/com/module_path.h"
@@ -15,19 +16,11 @@
 namespace zolt {
 namespace {
 
-constexpr char kName[] = "Preference Manager";
-constexpr char kProgId[] = "Brindle.PrefManager";
-constexpr char kNumberedProgId[] = "Brindle.PrefManager.1";
-
 // The file that this library was loaded from; empty if it cannot be told or is too long.
 std::string ModulePath() {
   char path[512];
   uint32_t const length = GetModuleFileNameA(LibraryInstance(), path, sizeof path);
   return {path, length};
-}
-
-bool IsProgram(std::string const &path) {
-  return path.find(".exe") != std::string::npos || path.find(".EXE") != std::string::npos;
 }
 
 // The first failure, for the result.
@@ -37,10 +30,7 @@ class Outcome {
     failure_.Note();
     if (result_ == ERROR_SUCCESS) result_ = result;
   }
-  HRESULT Result() const {
-    if (result_ == ERROR_SUCCESS) return S_OK;
-    return result_ == ERROR_ACCESS_DENIED ? E_ACCESSDENIED : E_FAIL;
-  }
+  HRESULT Result() const { return RegistrationResult(result_); }
 
  private:
   FirstFailure failure_;
@@ -67,16 +57,6 @@ int32_t Enter(HKEY classes, std::string_view path, char const *valueName, std::s
   return result;
 }
 
-void EnterModule(HKEY classes, std::string const &classKey, Outcome *outcome) {
-  std::string const path = ModulePath();
-  if (path.empty()) return outcome->Note(ERROR_INVALID_PARAMETER);
-  if (IsProgram(path)) {
-    return outcome->Note(Enter(classes, classKey + "\\LocalServer32", nullptr, path));
-  }
-  outcome->Note(Enter(classes, classKey + "\\InprocServer32", nullptr, path));
-  outcome->Note(Enter(classes, classKey + "\\InprocServer32", "ThreadingModel", "Apartment"));
-}
-
 int32_t DeleteTree(HKEY parent, char const *name) {
   HKEY key = 0;
   int32_t result = RegOpenKeyExA(parent, name, 0, KEY_ALL_ACCESS, &key);
@@ -92,9 +72,20 @@ int32_t DeleteTree(HKEY parent, char const *name) {
   return result == ERROR_SUCCESS ? RegDeleteKeyA(parent, name) : result;
 }
 
+// What is not there need not be taken away.
+int32_t UnlessMissing(int32_t result) {
+  return result == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : result;
+}
+
 void TakeAway(HKEY parent, std::string const &name, Outcome *outcome) {
-  int32_t const result = DeleteTree(parent, name.c_str());
-  outcome->Note(result == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : result);
+  outcome->Note(UnlessMissing(DeleteTree(parent, name.c_str())));
+}
+
+// 0 if it is not there, or for another reason, which counts.
+HKEY OpenToTakeAway(HKEY parent, char const *name, Outcome *outcome) {
+  HKEY key = 0;
+  outcome->Note(UnlessMissing(RegOpenKeyExA(parent, name, 0, KEY_ALL_ACCESS, &key)));
+  return key;
 }
 
 HKEY RootOf(bool machine) {
@@ -105,34 +96,18 @@ void EnterAll(HKEY root, Outcome *outcome) {
   HKEY classes = 0;
   outcome->Note(MakeClasses(root, &classes));
   if (classes == 0) return;
-  std::string const id = ClassIdText(CLSID_PrefManager);
-  std::string const classKey = "CLSID\\" + id;
-  std::string const numbered = kNumberedProgId;
-  std::string const plain = kProgId;
-  outcome->Note(Enter(classes, classKey, nullptr, kName));
-  EnterModule(classes, classKey, outcome);
-  struct {
-    std::string path;
-    std::string text;
-  } const entries[] = {
-      {classKey + "\\ProgID", plain},
-      {classKey + "\\VersionIndependentProgID", numbered},
-      {numbered, kName},
-      {numbered + "\\CLSID", id},
-      {numbered + "\\CurVer", plain},
-      {plain, kName},
-      {plain + "\\CLSID", id},
-  };
-  for (auto const &entry : entries) outcome->Note(Enter(classes, entry.path, nullptr, entry.text));
+  std::string const module = ModulePath();
+  if (module.empty()) outcome->Note(ERROR_INVALID_PARAMETER);
+  for (ClassEntry const &entry : ClassEntries(module)) {
+    outcome->Note(Enter(classes, entry.path, entry.name, entry.text));
+  }
   RegCloseKey(classes);
 }
 
 void TakeAwayAll(HKEY root, Outcome *outcome) {
-  HKEY classes = 0;
-  if (RegOpenKeyExA(root, "Software\\Classes", 0, KEY_ALL_ACCESS, &classes) != ERROR_SUCCESS)
-    return;
-  HKEY ids = 0;
-  if (RegOpenKeyExA(classes, "CLSID", 0, KEY_ALL_ACCESS, &ids) == ERROR_SUCCESS) {
+  HKEY const classes = OpenToTakeAway(root, "Software\\Classes", outcome);
+  if (classes == 0) return;
+  if (HKEY const ids = OpenToTakeAway(classes, "CLSID", outcome); ids != 0) {
     TakeAway(ids, ClassIdText(CLSID_PrefManager), outcome);
     RegCloseKey(ids);
   }
@@ -163,7 +138,10 @@ HRESULT RegisterClass(bool machine) {
   });
 }
 
+// What is not there is left alone: to take it away would make a hive.
 HRESULT UnregisterClass(bool machine) {
+  std::string module;
+  if (ReadRegistration(machine, &module) == REGDB_E_CLASSNOTREG) return S_OK;
   return AsOne(RootOf(machine), TakeAwayAll);
 }
 

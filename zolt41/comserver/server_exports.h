@@ -27,6 +27,12 @@ ZOLT_API HRESULT DllUnregisterServer();
 // which. What could be entered or taken away is.
 ZOLT_API HRESULT ZOLTRegisterServer(BOOL machine);
 ZOLT_API HRESULT ZOLTUnregisterServer(BOOL machine);
+
+// How the class is entered there now: S_OK as ZOLTRegisterServer does it, S_FALSE in part or
+// otherwise, REGDB_E_CLASSNOTREG not at all; E_ACCESSDENIED or E_FAIL as above. It makes nothing.
+// `module`, if it is not null, gets the path that is entered, or the empty text, cut to `size`
+// bytes with its NUL.
+ZOLT_API HRESULT ZOLTServerRegistration(BOOL machine, char *module, uint32_t size);
 }
 
 #endif  // ZOLT41_COMSERVER_SERVER_EXPORTS_H_

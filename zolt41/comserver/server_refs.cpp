@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "zolt41/library/library.h"
+#include "zolt41/platform/com/fork_order.h"
 
 namespace zolt {
 namespace {
@@ -11,11 +12,18 @@ constexpr char kTree[] = "SOFTWARE:Veltrane:Tessaly:5.0";
 
 constinit std::atomic<int32_t> references = 0;
 
+std::recursive_mutex *MakeServerLock() {
+  CallBeforeHivesAroundForks([] { ServerLock().lock(); }, [] { ServerLock().unlock(); },
+                             [] { RenewInChild(&ServerLock()); });
+  return new std::recursive_mutex;
+}
+
 }  // namespace
 
 std::recursive_mutex &ServerLock() {
-  static std::recursive_mutex lock;
-  return lock;
+  // Never destroyed: components may still be released while the process ends.
+  static auto *const lock = MakeServerLock();
+  return *lock;
 }
 
 int32_t TakeServerReference() {

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <limits>
 #include <mutex>
+#include <utility>
 
 #include "zolt41/comserver/whole_value.h"
 #include "zolt41/foundation/mem_block.h"
@@ -54,10 +55,20 @@ uint32_t ValueStream::Part(uint32_t count) const {
   return position_ < size_ ? std::min(count, size_ - position_) : 0;
 }
 
-// What is new is 0. False, with all as it was, without memory.
-bool ValueStream::Resize(uint32_t size) {
-  if (SetMemSize(&data_, size) != 0) return false;
-  if (size > size_) std::memset(data_ + size_, 0, size - size_);
+// The bytes before `used` are kept or 0, those behind are about to be written. False, with all as
+// it was, without memory. A large gap is not touched, as the system gives zeros.
+bool ValueStream::Resize(uint32_t size, uint32_t used) {
+  constexpr uint32_t kLargeGap = 1 << 20;
+  uint32_t const gap = used > size_ ? used - size_ : 0;
+  if (gap >= kLargeGap) {
+    char *const fresh = NewMemClear(size);
+    if (fresh == nullptr) return false;
+    std::memcpy(fresh, data_, size_);
+    _DisposeMem(std::exchange(data_, fresh));
+  } else {
+    if (SetMemSize(&data_, size) != 0) return false;
+    std::memset(data_ + size_, 0, gap);
+  }
   size_ = size;
   return true;
 }
@@ -82,7 +93,7 @@ HRESULT ValueStream::Write(void const *buffer, ULONG count, ULONG *written) {
   if (count == 0) return S_OK;
   if (count > std::numeric_limits<uint32_t>::max() - position_) return STG_E_MEDIUMFULL;
   uint32_t const end = position_ + count;
-  if (end > size_ && !Resize(end)) return STG_E_MEDIUMFULL;
+  if (end > size_ && !Resize(end, position_)) return STG_E_MEDIUMFULL;
   size_ = end;
   // The bytes may come from this very stream, through CopyTo.
   std::memmove(data_ + position_, buffer, count);
@@ -106,7 +117,7 @@ HRESULT ValueStream::Seek(LARGE_INTEGER move, DWORD origin, ULARGE_INTEGER *newP
 HRESULT ValueStream::SetSize(ULARGE_INTEGER newSize) {
   if (newSize.HighPart != 0) return STG_E_MEDIUMFULL;
   if (data_ == nullptr) return STG_E_REVERTED;
-  return Resize(newSize.LowPart) ? S_OK : STG_E_MEDIUMFULL;
+  return Resize(newSize.LowPart, newSize.LowPart) ? S_OK : STG_E_MEDIUMFULL;
 }
 
 HRESULT ValueStream::CopyTo(IStream *target, ULARGE_INTEGER count, ULARGE_INTEGER *read,

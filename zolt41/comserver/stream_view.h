@@ -51,7 +51,7 @@ class ValueStream final : public RefCounted<IStream, IID_IStream> {
   bool Load();
   bool MayWrite() const { return (mode_ & (STGM_WRITE | STGM_READWRITE)) != 0; }
   uint32_t Part(uint32_t count) const;
-  bool Resize(uint32_t size);
+  bool Resize(uint32_t size, uint32_t used);
 
   ServerReference server_;
   TYPrefs *store_;

@@ -10,7 +10,9 @@ namespace {
 class Factory final : public zolt::RefCounted<IClassFactory, IID_IClassFactory> {
  public:
   HRESULT CreateInstance(IUnknown *outer, REFIID iid, void **out) override {
-    return outer != nullptr ? CLASS_E_NOAGGREGATION : QueryInterface(iid, out);
+    if (outer == nullptr) return QueryInterface(iid, out);
+    zolt::ComPtr<IUnknown> const used(outer);
+    return CLASS_E_NOAGGREGATION;
   }
   HRESULT LockServer(BOOL) override { return S_OK; }
 };

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "zolt41/platform/com/com_alloc.h"
+#include "zolt41/platform/com/fork_order.h"
 #include "zolt41/platform/registry/registry.h"
 
 namespace zolt {
@@ -22,9 +23,18 @@ struct KnownClasses {
   std::vector<KnownClass> all;
 };
 
+KnownClasses &TheKnownClasses();
+
+KnownClasses *MakeKnownClasses() {
+  CallBeforeHivesAroundForks([] { TheKnownClasses().lock.lock(); },
+                             [] { TheKnownClasses().lock.unlock(); },
+                             [] { RenewInChild(&TheKnownClasses().lock); });
+  return new KnownClasses;
+}
+
 KnownClasses &TheKnownClasses() {
   // Never destroyed: components may still be asked for while the process ends.
-  static auto *const classes = new KnownClasses;
+  static auto *const classes = MakeKnownClasses();
   return *classes;
 }
 

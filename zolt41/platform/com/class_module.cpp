@@ -1,46 +1,15 @@
 #include "zolt41/platform/com/class_module.h"
 
 #include <dlfcn.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <map>
-#include <memory>
 #include <mutex>
 
+#include "zolt41/platform/com/fork_order.h"
+#include "zolt41/platform/com/module_way.h"
+
 namespace zolt {
-namespace {
-
-constexpr mode_t kOthersWrite = S_IWGRP | S_IWOTH;
-
-bool IsOurs(struct stat const &status) {
-  return status.st_uid == 0 || status.st_uid == geteuid();
-}
-
-bool IsSafe(std::string const &path, bool isFile) {
-  struct stat status = {};
-  if (lstat(path.c_str(), &status) != 0 || !IsOurs(status)) return false;
-  if (S_ISLNK(status.st_mode)) return true;  // only its owner can change it, or its folder's
-  if (isFile) return S_ISREG(status.st_mode) && (status.st_mode & kOthersWrite) == 0;
-  return (status.st_mode & kOthersWrite) == 0 || (status.st_mode & S_ISVTX) != 0;
-}
-
-// The path and all folders that it names.
-bool IsSafeWay(std::string const &path) {
-  if (path.empty() || path.front() != '/') return false;
-  for (size_t end = path.find('/', 1); end != std::string::npos; end = path.find('/', end + 1)) {
-    if (!IsSafe(path.substr(0, end), false)) return false;
-  }
-  return IsSafe("/", false) && IsSafe(path, true);
-}
-
-std::string Resolved(std::string const &path) {
-  std::unique_ptr<char, decltype(&std::free)> const real(realpath(path.c_str(), nullptr),
-                                                         &std::free);
-  return real == nullptr ? std::string() : std::string(real.get());
-}
 
 struct Module {
   using GetClass = HRESULT (*)(REFCLSID, REFIID, void **);
@@ -52,23 +21,30 @@ struct Module {
   uint32_t users = 0;  // threads that are in it to ask for a class
 };
 
+namespace {
+
 struct Modules {
   std::recursive_mutex lock;
   std::map<std::string, Module> byPath;
 };
 
+Modules &TheModules();
+
+Modules *MakeModules() {
+  CallBeforeHivesAroundForks([] { TheModules().lock.lock(); }, [] { TheModules().lock.unlock(); },
+                             [] { RenewInChild(&TheModules().lock); });
+  return new Modules;
+}
+
 Modules &TheModules() {
   // Never destroyed: components may still be asked for while the process ends.
-  static auto *const modules = new Modules;
+  static auto *const modules = MakeModules();
   return *modules;
 }
 
-// Loads the file that the path leads to, if that may be trusted.
 HRESULT Load(std::string const &path, Module *module) {
-  if (path.empty() || path.front() != '/') return E_ACCESSDENIED;
-  std::string const file = Resolved(path);
-  if (file.empty()) return CO_E_DLLNOTFOUND;
-  if (!IsSafeWay(path) || !IsSafeWay(file)) return E_ACCESSDENIED;
+  std::string file;
+  if (HRESULT const result = FollowModulePath(path, &file); result != S_OK) return result;
   void *const handle = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle == nullptr) return CO_E_ERRORINDLL;
   module->handle = handle;
@@ -92,34 +68,21 @@ HRESULT Find(std::string const &path, Module **module) {
   return S_OK;
 }
 
-// Keeps the module loaded for as long as it lives.
-class UsedModule {
- public:
-  explicit UsedModule(std::string const &path) {
-    std::lock_guard const guard(TheModules().lock);
-    result_ = Find(path, &module_);
-    if (module_ != nullptr) module_->users++;
-  }
-  ~UsedModule() {
-    std::lock_guard const guard(TheModules().lock);
-    if (module_ != nullptr) module_->users--;
-  }
-  UsedModule(UsedModule const &) = delete;
-  UsedModule &operator=(UsedModule const &) = delete;
-
-  HRESULT result() const { return result_; }
-  Module const *operator->() const { return module_; }
-
- private:
-  HRESULT result_ = E_FAIL;
-  Module *module_ = nullptr;
-};
-
 }  // namespace
 
-HRESULT ClassFromModule(std::string const &path, REFCLSID id, REFIID iid, void **out) {
-  UsedModule const module(path);
-  return module.result() != S_OK ? module.result() : module->getClass(id, iid, out);
+UsedModule::UsedModule(std::string const &path) {
+  std::lock_guard const guard(TheModules().lock);
+  result_ = Find(path, &module_);
+  if (module_ != nullptr) module_->users++;
+}
+
+UsedModule::~UsedModule() {
+  std::lock_guard const guard(TheModules().lock);
+  if (module_ != nullptr) module_->users--;
+}
+
+HRESULT UsedModule::GetClass(REFCLSID id, REFIID iid, void **out) const {
+  return module_->getClass(id, iid, out);
 }
 
 void UnloadUnusedModules() {

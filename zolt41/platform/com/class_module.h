@@ -7,15 +7,29 @@
 
 namespace zolt {
 
-// Loads the module at `path`, if it is not loaded yet, and asks it for a class. CO_E_DLLNOTFOUND if
-// there is no such file, CO_E_ERRORINDLL if it is no module with classes; else what the module
-// says.
-//
-// E_ACCESSDENIED if others could have put something else in its place. The path must be absolute;
-// the file and the folders, those on the way of a link too, must belong to the user or to root and
-// be for nobody else to write. A folder in which only owners can replace what is theirs, such as
-// the system's one for temporary files, will do.
-HRESULT ClassFromModule(std::string const &path, REFCLSID id, REFIID iid, void **out);
+struct Module;
+
+// Loads the module at a path, if it is not loaded yet, and keeps it loaded for as long as this
+// lives.
+class UsedModule {
+ public:
+  explicit UsedModule(std::string const &path);
+  ~UsedModule();
+  UsedModule(UsedModule const &) = delete;
+  UsedModule &operator=(UsedModule const &) = delete;
+
+  // S_OK if it is loaded. CO_E_DLLNOTFOUND if there is no such file, E_ACCESSDENIED if others could
+  // have put something else in its place (see FollowModulePath), CO_E_ERRORINDLL if it is no module
+  // with classes.
+  HRESULT result() const { return result_; }
+
+  // Asks it, once it is loaded, for a class: what it says.
+  HRESULT GetClass(REFCLSID id, REFIID iid, void **out) const;
+
+ private:
+  HRESULT result_ = S_OK;
+  Module *module_ = nullptr;
+};
 
 // Unloads the modules that say that they are not used.
 void UnloadUnusedModules();

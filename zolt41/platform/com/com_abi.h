@@ -15,8 +15,13 @@
 // that failed holds null, unless the call was given no place for it.
 
 #define STDMETHODCALLTYPE
-#define STDMETHODIMP HRESULT
-#define STDMETHODIMP_(type) type
+#define STDMETHOD(method) virtual HRESULT STDMETHODCALLTYPE method
+#define STDMETHOD_(type, method) virtual type STDMETHODCALLTYPE method
+#define STDMETHODIMP HRESULT STDMETHODCALLTYPE
+#define STDMETHODIMP_(type) type STDMETHODCALLTYPE
+#define PURE = 0
+#define THIS void
+#define THIS_
 
 using HRESULT = int32_t;
 using SCODE = int32_t;
@@ -35,6 +40,7 @@ using OLECHAR = char16_t;
 using LPOLESTR = char16_t *;
 using LPCOLESTR = char16_t const *;
 using BSTR = char16_t *;
+using LPVOID = void *;
 using HGLOBAL = void *;
 
 struct GUID {
@@ -77,15 +83,20 @@ inline constexpr HRESULT S_FALSE = 1;
 inline constexpr HRESULT E_NOTIMPL = static_cast<HRESULT>(0x80004001);
 inline constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002);
 inline constexpr HRESULT E_POINTER = static_cast<HRESULT>(0x80004003);
+inline constexpr HRESULT E_ABORT = static_cast<HRESULT>(0x80004004);
 inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005);
+inline constexpr HRESULT E_PENDING = static_cast<HRESULT>(0x8000000A);
 inline constexpr HRESULT E_UNEXPECTED = static_cast<HRESULT>(0x8000FFFF);
 inline constexpr HRESULT E_ACCESSDENIED = static_cast<HRESULT>(0x80070005);
+inline constexpr HRESULT E_HANDLE = static_cast<HRESULT>(0x80070006);
 inline constexpr HRESULT E_OUTOFMEMORY = static_cast<HRESULT>(0x8007000E);
 inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057);
 inline constexpr HRESULT DISP_E_BADVARTYPE = static_cast<HRESULT>(0x80020008);
 inline constexpr HRESULT CLASS_E_NOAGGREGATION = static_cast<HRESULT>(0x80040110);
 inline constexpr HRESULT CLASS_E_CLASSNOTAVAILABLE = static_cast<HRESULT>(0x80040111);
 inline constexpr HRESULT CONNECT_E_NOCONNECTION = static_cast<HRESULT>(0x80040200);
+inline constexpr HRESULT CONNECT_E_ADVISELIMIT = static_cast<HRESULT>(0x80040201);
+inline constexpr HRESULT CONNECT_E_CANNOTCONNECT = static_cast<HRESULT>(0x80040202);
 inline constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154);
 inline constexpr HRESULT CO_E_CLASSSTRING = static_cast<HRESULT>(0x800401F3);
 inline constexpr HRESULT CO_E_DLLNOTFOUND = static_cast<HRESULT>(0x800401F8);
@@ -112,10 +123,14 @@ struct ZOLT_API IUnknown {
   virtual ULONG Release() = 0;
 };
 
+using LPUNKNOWN = IUnknown *;
+
 struct ZOLT_API IClassFactory : IUnknown {
   virtual HRESULT CreateInstance(IUnknown *outer, REFIID iid, void **out) = 0;
   virtual HRESULT LockServer(BOOL lock) = 0;
 };
+
+using LPCLASSFACTORY = IClassFactory *;
 
 struct IConnectionPoint;
 struct IConnectionPointContainer;

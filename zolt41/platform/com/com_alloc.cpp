@@ -9,7 +9,9 @@ namespace {
 
 // Keeps the characters aligned for any number; the length is its last four bytes.
 constexpr size_t kPrefix = 8;
-constexpr UINT kMostBytes = std::numeric_limits<UINT>::max() - kPrefix - sizeof(OLECHAR);
+// Behind the bytes: a whole NUL, also where they end within a character.
+constexpr size_t kEnd = sizeof(OLECHAR) + 1;
+constexpr UINT kMostBytes = std::numeric_limits<UINT>::max() - kPrefix - kEnd;
 
 char *PrefixOf(BSTR text) {
   return reinterpret_cast<char *>(text) - kPrefix;
@@ -18,7 +20,7 @@ char *PrefixOf(BSTR text) {
 void SetLength(BSTR text, UINT bytes) {
   char *const data = reinterpret_cast<char *>(text);
   std::memcpy(data - sizeof bytes, &bytes, sizeof bytes);
-  std::memset(data + bytes, 0, sizeof(OLECHAR));
+  std::memset(data + bytes, 0, kEnd);
 }
 
 int32_t Replace(BSTR *text, BSTR fresh, bool wanted) {
@@ -47,7 +49,7 @@ void CoTaskMemFree(void *block) {
 
 BSTR SysAllocStringByteLen(char const *bytes, UINT length) {
   if (length > kMostBytes) return nullptr;
-  auto *const block = static_cast<char *>(std::malloc(kPrefix + length + sizeof(OLECHAR)));
+  auto *const block = static_cast<char *>(std::malloc(kPrefix + length + kEnd));
   if (block == nullptr) return nullptr;
   auto *const text = reinterpret_cast<BSTR>(block + kPrefix);
   if (bytes != nullptr && length != 0) std::memcpy(block + kPrefix, bytes, length);

@@ -8,6 +8,7 @@
 #include "zolt41/platform/com/com_alloc.h"
 #include "zolt41/platform/com/com_ptr.h"
 #include "zolt41/platform/com/guarded.h"
+#include "zolt41/platform/com/module_way.h"
 
 namespace zolt {
 namespace {
@@ -23,6 +24,18 @@ HRESULT ReadProgId(std::u16string_view name, CLSID *id) {
   return wide.empty() ? CO_E_CLASSSTRING : CLSIDFromString(wide.c_str(), id);
 }
 
+// Does something with the loaded module of a class.
+template <typename Work>
+HRESULT InModuleOf(REFCLSID id, DWORD context, Work work) {
+  if ((context & CLSCTX_INPROC_SERVER) == 0) return REGDB_E_CLASSNOTREG;
+  return Guarded([&] {
+    std::string const path = ModuleOfClass(id);
+    if (path.empty()) return REGDB_E_CLASSNOTREG;
+    UsedModule const module(path);
+    return module.result() == S_OK ? work(module) : module.result();
+  });
+}
+
 }  // namespace
 }  // namespace zolt
 
@@ -36,20 +49,28 @@ HRESULT CoGetClassObject(REFCLSID id, DWORD context, void *reserved, REFIID iid,
   if (out == nullptr) return E_INVALIDARG;
   *out = nullptr;
   if (reserved != nullptr) return E_INVALIDARG;
-  if ((context & CLSCTX_INPROC_SERVER) == 0) return REGDB_E_CLASSNOTREG;
-  return zolt::Guarded([&] {
-    std::string const module = zolt::ModuleOfClass(id);
-    return module.empty() ? REGDB_E_CLASSNOTREG : zolt::ClassFromModule(module, id, iid, out);
-  });
+  return zolt::InModuleOf(
+      id, context, [&](zolt::UsedModule const &module) { return module.GetClass(id, iid, out); });
 }
 
 HRESULT CoCreateInstance(REFCLSID id, IUnknown *outer, DWORD context, REFIID iid, void **out) {
   if (out == nullptr) return E_INVALIDARG;
   *out = nullptr;
-  zolt::ComPtr<IClassFactory> factory;
-  HRESULT const result =
-      CoGetClassObject(id, context, nullptr, IID_IClassFactory, factory.VoidPlace());
-  return FAILED(result) ? result : factory->CreateInstance(outer, iid, out);
+  return zolt::InModuleOf(id, context, [&](zolt::UsedModule const &module) {
+    zolt::ComPtr<IClassFactory> factory;
+    HRESULT const result = module.GetClass(id, IID_IClassFactory, factory.VoidPlace());
+    return FAILED(result) ? result : factory->CreateInstance(outer, iid, out);
+  });
+}
+
+HRESULT ZOLTCheckModule(char const *path, char *place, uint32_t size) {
+  if (path == nullptr) return E_INVALIDARG;
+  return zolt::Guarded([&] {
+    std::string reached;
+    HRESULT const result = zolt::FollowModulePath(path, &reached);
+    if (place != nullptr && size != 0) place[reached.copy(place, size - 1)] = '\0';
+    return result;
+  });
 }
 
 void CoFreeUnusedLibraries() {

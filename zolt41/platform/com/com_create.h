@@ -11,6 +11,10 @@
 // home.
 
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
+inline constexpr DWORD CLSCTX_INPROC_HANDLER = 2;
+inline constexpr DWORD CLSCTX_LOCAL_SERVER = 4;
+inline constexpr DWORD CLSCTX_REMOTE_SERVER = 0x10;
+inline constexpr DWORD CLSCTX_SERVER = 0x15;
 inline constexpr DWORD CLSCTX_ALL = 0x17;
 
 // The class that a name such as "Brindle.PrefManager" stands for. CO_E_CLASSSTRING, and the id of
@@ -30,5 +34,12 @@ ZOLT_API HRESULT CoCreateInstance(REFCLSID id, IUnknown *outer, DWORD context, R
 // Unloads the modules that were loaded so and say that they are not used. No other thread may then
 // be on its way out of one.
 ZOLT_API void CoFreeUnusedLibraries();
+
+// Whether the file at `path` would be loaded, as far as can be told without doing so: S_OK;
+// CO_E_DLLNOTFOUND if there is none; E_ACCESSDENIED if others could have put something else in its
+// place, or it is no file; E_INVALIDARG for null. `place`, if it is not null, gets the file's path
+// without links, or where the way to it ends: the file, folder or link that others can change. It
+// is cut to `size` bytes with its NUL.
+ZOLT_API HRESULT ZOLTCheckModule(char const *path, char *place, uint32_t size);
 
 #endif  // ZOLT41_PLATFORM_COM_COM_CREATE_H_

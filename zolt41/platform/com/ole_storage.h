@@ -11,20 +11,43 @@
 
 inline constexpr HRESULT STG_E_INVALIDFUNCTION = static_cast<HRESULT>(0x80030001);
 inline constexpr HRESULT STG_E_FILENOTFOUND = static_cast<HRESULT>(0x80030002);
+inline constexpr HRESULT STG_E_PATHNOTFOUND = static_cast<HRESULT>(0x80030003);
+inline constexpr HRESULT STG_E_TOOMANYOPENFILES = static_cast<HRESULT>(0x80030004);
 inline constexpr HRESULT STG_E_ACCESSDENIED = static_cast<HRESULT>(0x80030005);
+inline constexpr HRESULT STG_E_INVALIDHANDLE = static_cast<HRESULT>(0x80030006);
+inline constexpr HRESULT STG_E_INSUFFICIENTMEMORY = static_cast<HRESULT>(0x80030008);
 inline constexpr HRESULT STG_E_INVALIDPOINTER = static_cast<HRESULT>(0x80030009);
+inline constexpr HRESULT STG_E_NOMOREFILES = static_cast<HRESULT>(0x80030012);
+inline constexpr HRESULT STG_E_SEEKERROR = static_cast<HRESULT>(0x80030019);
+inline constexpr HRESULT STG_E_WRITEFAULT = static_cast<HRESULT>(0x8003001D);
+inline constexpr HRESULT STG_E_READFAULT = static_cast<HRESULT>(0x8003001E);
+inline constexpr HRESULT STG_E_SHAREVIOLATION = static_cast<HRESULT>(0x80030020);
+inline constexpr HRESULT STG_E_LOCKVIOLATION = static_cast<HRESULT>(0x80030021);
+inline constexpr HRESULT STG_E_FILEALREADYEXISTS = static_cast<HRESULT>(0x80030050);
 inline constexpr HRESULT STG_E_INVALIDPARAMETER = static_cast<HRESULT>(0x80030057);
 inline constexpr HRESULT STG_E_MEDIUMFULL = static_cast<HRESULT>(0x80030070);
 inline constexpr HRESULT STG_E_INVALIDNAME = static_cast<HRESULT>(0x800300FC);
+inline constexpr HRESULT STG_E_INVALIDFLAG = static_cast<HRESULT>(0x800300FF);
+inline constexpr HRESULT STG_E_NOTCURRENT = static_cast<HRESULT>(0x80030101);
 inline constexpr HRESULT STG_E_REVERTED = static_cast<HRESULT>(0x80030102);
+inline constexpr HRESULT STG_E_CANTSAVE = static_cast<HRESULT>(0x80030103);
 
+inline constexpr DWORD STGM_DIRECT = 0;
 inline constexpr DWORD STGM_READ = 0;
 inline constexpr DWORD STGM_WRITE = 1;
 inline constexpr DWORD STGM_READWRITE = 2;
 inline constexpr DWORD STGM_SHARE_EXCLUSIVE = 0x10;
+inline constexpr DWORD STGM_SHARE_DENY_WRITE = 0x20;
+inline constexpr DWORD STGM_SHARE_DENY_READ = 0x30;
+inline constexpr DWORD STGM_SHARE_DENY_NONE = 0x40;
+inline constexpr DWORD STGM_FAILIFTHERE = 0;
 inline constexpr DWORD STGM_CREATE = 0x1000;
 inline constexpr DWORD STGM_TRANSACTED = 0x10000;
-inline constexpr DWORD STGM_FAILIFTHERE = 0;
+inline constexpr DWORD STGM_CONVERT = 0x20000;
+inline constexpr DWORD STGM_PRIORITY = 0x40000;
+inline constexpr DWORD STGM_NOSCRATCH = 0x100000;
+inline constexpr DWORD STGM_DELETEONRELEASE = 0x4000000;
+inline constexpr DWORD STGM_SIMPLE = 0x8000000;
 
 inline constexpr DWORD STGTY_STORAGE = 1;
 inline constexpr DWORD STGTY_STREAM = 2;
@@ -33,12 +56,16 @@ inline constexpr DWORD STGTY_PROPERTY = 4;
 
 inline constexpr DWORD STATFLAG_DEFAULT = 0;
 inline constexpr DWORD STATFLAG_NONAME = 1;
+inline constexpr DWORD STATFLAG_NOOPEN = 2;
 
 inline constexpr DWORD STREAM_SEEK_SET = 0;
 inline constexpr DWORD STREAM_SEEK_CUR = 1;
 inline constexpr DWORD STREAM_SEEK_END = 2;
 
 inline constexpr DWORD STGC_DEFAULT = 0;
+inline constexpr DWORD STGC_OVERWRITE = 1;
+inline constexpr DWORD STGC_ONLYIFCURRENT = 2;
+inline constexpr DWORD STGC_DANGEROUSLYCOMMITMERELYTODISKCACHE = 4;
 
 inline constexpr ULONG PRSPEC_LPWSTR = 0;
 inline constexpr ULONG PRSPEC_PROPID = 1;
@@ -116,6 +143,8 @@ struct ZOLT_API IStream : ISequentialStream {
   virtual HRESULT Clone(IStream **out) = 0;
 };
 
+using LPSTREAM = IStream *;
+
 struct ZOLT_API IEnumSTATSTG : IUnknown {
   virtual HRESULT Next(ULONG count, STATSTG *records, ULONG *fetched) = 0;
   virtual HRESULT Skip(ULONG count) = 0;
@@ -147,6 +176,8 @@ struct ZOLT_API IStorage : IUnknown {
   virtual HRESULT SetStateBits(DWORD bits, DWORD mask) = 0;
   virtual HRESULT Stat(STATSTG *out, DWORD flags) = 0;
 };
+
+using LPSTORAGE = IStorage *;
 
 struct ZOLT_API IEnumSTATPROPSTG : IUnknown {
   virtual HRESULT Next(ULONG count, STATPROPSTG *records, ULONG *fetched) = 0;

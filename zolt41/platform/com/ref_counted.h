@@ -38,7 +38,8 @@ class RefCount {
   std::atomic<ULONG> count_;
 };
 
-// An interface that an object answers with.
+// An interface that an object answers with; the face is null while the object has it not, before it
+// is ready and in its end.
 struct Answer {
   IID const &iid;
   IUnknown *face;
@@ -49,7 +50,7 @@ inline HRESULT AnswerWith(REFIID iid, void **out, std::initializer_list<Answer> 
   if (out == nullptr) return E_INVALIDARG;
   *out = nullptr;
   for (Answer const &answer : answers) {
-    if (answer.iid != iid) continue;
+    if (answer.iid != iid || answer.face == nullptr) continue;
     answer.face->AddRef();
     *out = answer.face;
     return S_OK;

@@ -1,0 +1,49 @@
+// A client in the usual style, which has only to compile; it knows the public header alone.
+#include "zolt41/zolt41.h"
+
+namespace {
+
+struct IVisitor : public IUnknown {
+  STDMETHOD(Visit)(THIS_ LPSTORAGE storage, LPCOLESTR name) PURE;
+  STDMETHOD_(ULONG, Count)(THIS) PURE;
+};
+
+class CVisitor : public IVisitor, public IPropertyNotifySink {
+ public:
+  STDMETHOD(QueryInterface)(REFIID iid, LPVOID *out) override;
+  STDMETHOD_(ULONG, AddRef)() override { return ++references_; }
+  STDMETHOD_(ULONG, Release)() override { return --references_; }
+  STDMETHOD(Visit)(LPSTORAGE storage, LPCOLESTR name) override;
+  STDMETHOD_(ULONG, Count)() override { return count_; }
+  STDMETHOD(OnChanged)(DISPID) override { return S_OK; }
+  STDMETHOD(OnRequestEdit)(DISPID) override { return E_HANDLE; }
+
+ private:
+  ULONG references_ = 0;
+  ULONG count_ = 0;
+};
+
+STDMETHODIMP CVisitor::QueryInterface(REFIID iid, LPVOID *out) {
+  bool const known = IsEqualIID(iid, IID_IUnknown) || IsEqualIID(iid, IID_IPropertyNotifySink);
+  LPUNKNOWN const face = known ? static_cast<IPropertyNotifySink *>(this) : nullptr;
+  *out = face;
+  return known ? S_OK : E_NOINTERFACE;
+}
+
+STDMETHODIMP CVisitor::Visit(LPSTORAGE storage, LPCOLESTR name) {
+  LPSTREAM stream = nullptr;
+  DWORD const mode = STGM_DIRECT | STGM_READWRITE | STGM_SHARE_EXCLUSIVE;
+  HRESULT const result = storage->OpenStream(name, nullptr, mode, 0, &stream);
+  if (FAILED(result)) return result == STG_E_FILENOTFOUND ? E_ABORT : result;
+  count_++;
+  stream->Release();
+  return S_OK;
+}
+
+static_assert((STGM_SHARE_DENY_READ | STGM_SHARE_DENY_WRITE | STGM_SHARE_DENY_NONE) == 0x70);
+static_assert((CLSCTX_SERVER | CLSCTX_INPROC_HANDLER) == CLSCTX_ALL);
+static_assert((CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER) == CLSCTX_SERVER);
+
+[[maybe_unused]] CVisitor visitor;
+
+}  // namespace
