@@ -38,7 +38,14 @@ void Read(PCardStorage *card, std::string const &text) {
   ImportCard(card, text.data(), static_cast<int32_t>(text.size()));
 }
 
+void Check(std::string const &text) {
+  zolt::CheckCardText(
+      text.data(), static_cast<int32_t>(text.size()), [](void *, zolt::CardTextFinding const &) {},
+      nullptr);
+}
+
 void ReadAndWrite(std::string const &text) {
+  Check(text);
   PCardStorage card;
   Read(&card, text);
   std::string const written = TextOf(&card);

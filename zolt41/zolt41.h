@@ -22,6 +22,7 @@
 #include "zolt41/foundation/zoltx_string.h"
 #include "zolt41/foundation/zoltx_string_array.h"
 #include "zolt41/interchange/basic_read.h"
+#include "zolt41/interchange/card_text_check.h"
 #include "zolt41/interchange/card_text_export.h"
 #include "zolt41/interchange/card_text_import.h"
 #include "zolt41/interchange/vcard_export.h"

@@ -1,6 +1,8 @@
 #include "zolt41/cardfile/call_card.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,6 +13,7 @@
 #include "tests/support/child.h"
 #include "tests/support/files.h"
 #include "tests/support/format_page.h"
+#include "zolt41/cardfile/card_key.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/foundation/mem_block.h"
@@ -71,6 +74,11 @@ TEST_F(CallCardTest, TheFirstSaveMakesAKeyThatStays) {
   CallCard other(CardFormatBinary);
   other.SaveCardAs(CardFormatBinary, Path("d").c_str());
   EXPECT_NE(ContentOf(Path("d")).substr(16, 24), ContentOf(path).substr(16, 24));
+  for (int i = 0; i < 1000; i++) {
+    char made[kCardKeySize];
+    MakeCardKey(made);
+    EXPECT_EQ(std::string(made, sizeof made).find('\0'), 24U);
+  }
 }
 
 TEST_F(CallCardTest, PreferencesTravelInTheList) {
@@ -152,6 +160,17 @@ TEST_F(CallCardTest, WhatIsNoCardFileIsTakenForText) {
   EXPECT_EQ(text.Format(), CardFormatText);
   EXPECT_EQ(Text(&text, "FN"), "Al");
   EXPECT_EQ(text.Modified(), 0);
+  for (int i = 0; i < 2; i++) {
+    text.SaveCard();
+    text.Load();
+    EXPECT_EQ(text.PropCount(), 2U) << "the first lines make none of their own each time";
+  }
+  EXPECT_EQ(Text(&text, "X-BRNDL-IP"), "10.0.0.1");
+  WriteContent(Path("lines"),
+               "a\r\nb-7\r\n\r\n[Card Infos]\r\nX-BRNDL-IP=UNICODE::<62000000>b\r\n"
+               "X-BRNDL-CONFID=UNICODE::b-7\r\n");
+  CallCard lines(Path("lines").c_str());
+  EXPECT_EQ(lines.PropCount(), 3U) << "another text than that of the property stays";
   WriteContent(Path("bad"), "1\n2\n[Card Infos]\nFN=ASCII::Ben\nP=BITMAP::x\n");
   text.SetName(Path("bad").c_str());
   text.Load();
@@ -228,6 +247,65 @@ TEST_F(CallCardTest, AFileThatIsOpenElsewhereIsNotReplaced) {
   EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 2);
   AFS_CloseFile(file);
   EXPECT_EQ(card.SaveCard(), 1);
+}
+
+TEST_F(CallCardTest, AFullDiskLeavesTheOldFile) {
+  std::string const path = Path("c");
+  CallCard card(CardFormatBinary);
+  card.SaveCardAs(CardFormatBinary, path.c_str());
+  std::string const bytes = ContentOf(path);
+  card.AddProp("PHOTO", PropertyBitmap, 0, std::string(100000, 'p').data(), 100000);
+  // With a second name the file is written in its place.
+  for (char const *name : {"none", "second"}) {
+    if (std::string(name) == "second") {
+      ASSERT_EQ(link(path.c_str(), Path(name).c_str()), 0);
+    }
+    Child full([&](Child::Pipe &) {
+      signal(SIGXFSZ, SIG_IGN);
+      rlimit const limit{4096, 4096};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      bool const failed = card.SaveCard() == 0 && card.Modified() == 1;
+      return failed && ZOLTLastFailure(nullptr, 0) == 3 ? 0 : 1;
+    });
+    EXPECT_EQ(full.Wait(), 0) << name;
+    EXPECT_EQ(ContentOf(path), bytes) << name;
+  }
+  EXPECT_EQ(card.SaveCard(), 1);
+  EXPECT_GT(ContentOf(Path("second")).size(), 100000U);
+  card.DeleteProp(0);
+  card.SaveCard();
+  EXPECT_EQ(ContentOf(path), bytes) << "a shorter one is cut";
+}
+
+TEST_F(CallCardTest, WhatCannotBeReadWholeIsNotSavedOver) {
+  std::string const path = Path("c");
+  CallCard(CardFormatBinary).SaveCardAs(CardFormatBinary, path.c_str());
+  ASSERT_EQ(truncate(path.c_str(), 0x80000000), 0);
+  CallCard card(path.c_str());
+  EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 6);
+  EXPECT_EQ(card.Format(), CardFormatNone);
+  AddName(&card);
+  card.SaveCard();
+  EXPECT_EQ(std::filesystem::file_size(path), 0x80000000U);
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  CallCard pipe(Path("pipe").c_str());
+  EXPECT_NE(ZOLTLastFailure(nullptr, 0), 0);
+  EXPECT_EQ(pipe.SaveCard(), 0);
+}
+
+TEST_F(CallCardTest, TheLongestNamesCanBeSaved) {
+  for (size_t const length : {220U, 245U, 253U}) {
+    // The place where the name of the new file is cut lies within a character.
+    std::string const name = std::string(length % 2, 'n');
+    std::filesystem::current_path(home_.path());
+    std::string path = name;
+    while (path.size() + 2 <= length) path += "\u00E9";
+    CallCard card(CardFormatBinary);
+    EXPECT_EQ(card.SaveCardAs(CardFormatBinary, path.c_str()), 1) << length;
+    EXPECT_EQ(card.SaveCard(), 1) << length;
+  }
+  std::filesystem::current_path("/");
+  EXPECT_EQ(FileCount(), 3);
 }
 
 TEST_F(CallCardTest, AWriterThatIsKilledLeavesTheOldFileOrTheNewOne) {

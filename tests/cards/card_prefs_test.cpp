@@ -129,7 +129,7 @@ TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
   Load(FromHex("01000000 06000000") + slot(9, "far", "04000000 FFFFFFFF") +
        slot(8, "long", "FFFFFFFF 00000000") + slot(7, "none", "00000000 00000000") +
        slot(6, "noend", "02000000 00000000") + slot(5, "odd", "03000000 00000000") +
-       slot(4, std::string(32, 'n'), "02000000 00000000") + FromHex("6200 78"));
+       slot(4, std::string(32, 'n'), "02000000 00000000") + FromHex("6200 78 00000000"));
   EXPECT_EQ(Listed(&store_),
             "9:far=- 8:long=- 7:none=- 6:noend=b 5:odd=b 4:" + std::string(31, 'n') + "=b ");
   EXPECT_EQ(store_.Exists(7, "none"), 1);
@@ -138,6 +138,24 @@ TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
   EXPECT_EQ(Text(&store_, 7, "none") + Text(&store_, 9, "far"), "now writtennear");
   Load(BlobOf(&store_));
   EXPECT_EQ(Text(&store_, 9, "far"), "near");
+}
+
+TEST_F(CardPrefsTest, ValuesThatShareTheirBytesDoNotMultiplyThem) {
+  constexpr uint32_t kSlots = 100;
+  std::string blob = FromHex("01000000 64000000");
+  for (uint32_t i = 0; i < kSlots; i++) {
+    // Each begins a byte behind the one before and leads to the end of 1,000.
+    std::string place(8, '\0');
+    place[0] = static_cast<char>((1000 - i) & 0xFF);
+    place[1] = static_cast<char>((1000 - i) >> 8);
+    place[4] = static_cast<char>(i);
+    blob += FromHex("01000000") + Padded("n" + std::to_string(1000 + i)) + place;
+  }
+  Load(blob + std::string(1000, 'x'));
+  EXPECT_EQ(store_.Count(), static_cast<int32_t>(kSlots));
+  EXPECT_NE(Text(&store_, 1, "n1000"), "-");
+  EXPECT_EQ(Text(&store_, 1, "n1001"), "-");
+  EXPECT_EQ(BlobOf(&store_).size(), blob.size() + 1000);
 }
 
 TEST_F(CardPrefsTest, BytesThatCannotHoldTheirTableGiveAnEmptyStore) {

@@ -116,6 +116,7 @@ TEST(PropertyStorageTest, WhatCannotBeStoredChangesNothing) {
   PCardStorage copy;
   Set(&copy, bytes);
   EXPECT_EQ(Listed(&copy), longest + ":0:0: :0:0:v ");
+  EXPECT_EQ(copy.FindProp(nullptr, 0, 0, 0, nullptr), 1U) << "a null name is the empty one";
 }
 
 TEST(PropertyStorageTest, DamagedListsAreEmptiedWhole) {

@@ -94,6 +94,16 @@ TEST_F(AfsFileTest, CuttingAndExtending) {
   AFS_CloseFile(file);
 }
 
+TEST_F(AfsFileTest, NothingIsWrittenBeyondTheLastPosition) {
+  uint32_t const file = Open(Make("f", ""), 3);
+  EXPECT_EQ(AFS_SetFPos(file, 0x7FFFFFFF, 1), 0);
+  uint32_t count = 10;
+  EXPECT_EQ(AFS_Write(file, &count, "0123456789"), -1);
+  EXPECT_EQ(count, 0U);
+  EXPECT_EQ(AFS_GetEOF(file), 0);
+  AFS_CloseFile(file);
+}
+
 TEST_F(AfsFileTest, NoFile) {
   uint32_t count = 9;
   char byte = 0;

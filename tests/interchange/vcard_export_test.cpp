@@ -42,7 +42,10 @@ TEST_F(VCardExportTest, TheExampleInEveryProfile) {
   EXPECT_NE(three.find(FromHex(ExampleOf("vcard.md", 1))), std::string::npos);
   EXPECT_EQ(Exported(&card, VCard4, key.data()), WithLineEnds(ExampleOf("vcard.md", 2)));
   EXPECT_EQ(Exported(&card, VCardClassic), WithLineEnds(ExampleOf("vcard.md", 3)));
-  EXPECT_EQ(Exported(&card, VCard3, "").find("UID"), std::string::npos);
+  key.assign(32, '\0');
+  EXPECT_EQ(Exported(&card, VCard3, key.data()).find("UID"), std::string::npos);
+  key[1] = 'k';
+  EXPECT_NE(Exported(&card, VCard3, key.data()).find("\r\nUID:006B\r\n"), std::string::npos);
 }
 
 TEST_F(VCardExportTest, ClassicRowsInTheirOrder) {
@@ -120,7 +123,7 @@ TEST_F(VCardExportTest, AddressesAndTheirLabels) {
   PCardStorage card;
   AddText(&card, "LABEL", PropertyHome | PropertyParcel, "1 \"Oak\" St,\r\nTown");
   AddText(&card, "LABEL", PropertyWork, "2");
-  AddText(&card, "LABEL", PropertyWork, "3; 4");
+  AddText(&card, "LABEL", PropertyWork, "3; 4\\n");
   AddText(&card, "ADR", PropertyWork, ";;2 Elm St;City");
   AddText(&card, "ADR", 0, "5 Ash St, X");
   std::string const names = "N:Unknown;;;;\r\nFN:Unknown\r\n";
@@ -128,12 +131,12 @@ TEST_F(VCardExportTest, AddressesAndTheirLabels) {
             names +
                 "ADR;TYPE=work:;;2 Elm St;City;;;\r\nADR:;;5 Ash St\\, X;;;;\r\n"
                 "LABEL;TYPE=parcel,home:1 \"Oak\" "
-                "St\\,\\nTown\r\nLABEL;TYPE=work:2\r\nLABEL;TYPE=work:3\\; 4\r\n");
+                "St\\,\\nTown\r\nLABEL;TYPE=work:2\r\nLABEL;TYPE=work:3\\; 4\\\\n\r\n");
   EXPECT_EQ(Lines(&card, VCard4),
             names +
                 "ADR;TYPE=work;LABEL=\"2\":;;2 Elm St;City;;;\r\nADR:;;5 Ash St\\, X;;;;\r\n"
                 "ADR;TYPE=home;LABEL=\"1 'Oak' St,\\nTown\":;;1 \"Oak\" St\\,\\nTown;;;;\r\n"
-                "ADR;TYPE=work;LABEL=\"3; 4\":;;3\\; 4;;;;\r\n");
+                "ADR;TYPE=work;LABEL=\"3; 4\\\\n\":;;3\\; 4\\\\n;;;;\r\n");
 }
 
 TEST_F(VCardExportTest, ANameIsAlwaysThere) {

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <future>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -24,6 +27,18 @@ class CardTest : public ToolTest {
   std::string New() {
     Card({"new", Path("a")});
     return Path("a");
+  }
+
+  // A card file whose preferences have a head, a slot with the place of its value, and a byte.
+  std::string WithPreferences(std::string const &head, std::string const &place) {
+    std::string name("n");
+    name.resize(32);
+    std::string const blob = FromHex(head) + FromHex("00000000") + name + FromHex(place) + "x";
+    CallCard card(CardFormatBinary);
+    card.AddProp("L-BRNDL-TYPREFS", PropertyData, PropertyLocal, blob.data(),
+                 static_cast<int32_t>(blob.size()));
+    card.SaveCardAs(CardFormatBinary, Path("prefs").c_str());
+    return ContentOf(Path("prefs"));
   }
 
   std::string error_;
@@ -88,9 +103,88 @@ TEST_F(CardTest, TextAndBackLosesOnlyWhatIsSaid) {
   EXPECT_NE(text.find("[Preferences]\r\n\r\n[Audio]\r\nVolume=40\r\n"), std::string::npos) << text;
   Card({"convert", Path("t"), "--to", "card", card}, 2);
   Card({"-y", "convert", Path("t"), "--to", "card", Path("b")});
-  EXPECT_EQ(Card({"diff", card, Path("b")}, 1),
-            "created\tX-BRNDL-IP\t\t\t10.0.0.1\ncreated\tX-BRNDL-CONFID\t\t\t7\n");
-  EXPECT_EQ(Card({"diff", card, card}), "");
+  EXPECT_EQ(Card({"diff", card, Path("b")}), "");
+  Card({"set", card, "FN", "Ben"});
+  EXPECT_EQ(Card({"diff", card, Path("b")}, 1), "modified\tFN\t\tBen\tAnna \u0411ell\n");
+  // What text cannot hold.
+  std::string const flags =
+      "DOM,INTL,POSTAL,PARCEL,HOME,WORK,PREF,VOICE,FAX,MSG,CELL,PAGER,BBS,MODEM,CAR";
+  for (Line line : {Line{"set", Path("t"), "TEL", "5", "--flags", flags},
+                    Line{"set", Path("t"), std::string(64, 'N'), "x"},
+                    Line{"prefs", Path("t"), "set", "Audio", "Name", "zw\u00F6lf"},
+                    Line{"prefs", Path("t"), "set", "Lab:Inner", "x", "y"}}) {
+    Card(line, 2);
+    EXPECT_NE(error_.find("loses"), std::string::npos) << error_;
+    EXPECT_EQ(ContentOf(Path("t")), text);
+  }
+  Card({"-y", "prefs", Path("t"), "set", "Audio", "Name", "zw\u00F6lf"});
+  Card({"check", Path("t")}, 4);
+  Card({"unset", Path("t"), "FN"}, 4);
+}
+
+TEST_F(CardTest, WhatIsNoCardIsLeftAlone) {
+  std::string const bytes = ContentOf(New());
+  std::string wrongMagic = bytes;
+  wrongMagic[1] = 'X';
+  struct Row {
+    std::string content;
+    std::string says;
+  };
+  for (Row const &row : {Row{"# Notes\n\nto [keep]\n", ": is no card"}, Row{"", ": is no card"},
+                         Row{std::string("1\n2\n\n[Card Infos]\n\0", 19), ": is no card"},
+                         Row{wrongMagic, ":byte 0: the first bytes are not those of a card file"},
+                         Row{"LN_09", ":byte 0: the first bytes are not those of a card file"}}) {
+    std::string const file = Path("notes");
+    WriteContent(file, row.content);
+    for (Line const &line :
+         {Line{"set", file, "FN", "x"}, Line{"unset", file, "FN"}, Line{"show", file},
+          Line{"get", file, "FN"}, Line{"prefs", file, "set", "Audio", "Volume", "1"},
+          Line{"prefs", file, "list"}, Line{"convert", file, Path("out"), "--to", "card"},
+          Line{"vcard", file}, Line{"diff", file, file}}) {
+      Card(line, 4);
+      EXPECT_TRUE(error_.starts_with("zolt: " + file + row.says)) << error_;
+    }
+    Card({"check", file}, 4);
+    EXPECT_EQ(ContentOf(file), row.content);
+  }
+}
+
+TEST_F(CardTest, OtherKindsOfFiles) {
+  std::string const card = New();
+  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
+  for (char const *verb : {"check", "show"}) Card({verb, Path("pipe")}, 3);
+  EXPECT_EQ(Card({"check", "-"}, 0, {.input = ContentOf(card)}), "");
+  EXPECT_EQ(Card({"check", "-"}, 4, {.input = "notes"}), "-: is no card\n");
+  std::filesystem::create_directory(Path("tmp"));
+  Card({"vcard", card}, -13,
+       {.output = ToolOutput::brokenPipe,
+        .environment = {"TMPDIR=" + Path("tmp"), "XDG_RUNTIME_DIR=" + Path("tmp")}});
+  for (auto const &entry : std::filesystem::recursive_directory_iterator(Path("tmp")))
+    EXPECT_TRUE(entry.is_directory()) << entry.path();
+}
+
+TEST_F(CardTest, ACardThatIsOpenElsewhereIsWaitedFor) {
+  std::string const card = New();
+  uint32_t file = 0;
+  ASSERT_EQ(AFS_LZOpenFile(card.c_str(), 3, &file), 0);
+  for (Line const &line :
+       {Line{"set", card, "FN", "x", "--wait", "0"}, Line{"show", card, "--wait", "0"}}) {
+    Card(line, 5);
+  }
+  auto const set = [&card](std::string const &name) {
+    return std::async(std::launch::async, [&card, name] {
+      int code = 0;
+      for (int i = 0; i < 5; i++) {
+        code += RunTool({"card", "set", card, name + std::to_string(i), "x", "--wait", "60"}).code;
+      }
+      return code;
+    });
+  };
+  auto first = set("A");
+  auto second = set("B");
+  AFS_CloseFile(file);
+  EXPECT_EQ(first.get() + second.get(), 0);
+  EXPECT_EQ(CallCard(card.c_str()).PropCount(), 10U) << "no change is lost to another";
 }
 
 TEST_F(CardTest, DamageIsNamedWithItsPlace) {
@@ -109,12 +203,18 @@ TEST_F(CardTest, DamageIsNamedWithItsPlace) {
            Row{bytes.substr(0, 80), 4, "byte 68: the value of FN would have 6 bytes"},
            Row{bytes + "more", 1, "byte 84: bytes stand behind the last property"},
            Row{"1\n2\n[Card Infos]\nA=ASCII::x\nP=BITMAP::x\n", 4,
-               "line 5: bytes do not begin with <"},
-           Row{"", 4, "line 1: is no card, or its last line has no end"},
+               "line 5: bytes do not begin with <; nothing of the text is read"},
+           Row{"1\n2\n\n[Card Infos]\nA=ASCII::x", 1, "line 5: has no line end: it may be cut"},
+           Row{WithPreferences("00000000 00000001", "00000002 00000000"), 4,
+               "byte 96: the preference n lies outside of them"},
+           Row{WithPreferences("01000000 01000000", "02000000 00000000"), 4,
+               "byte 96: the preference n lies outside of them"},
        }) {
     WriteContent(Path("bad"), row.content);
     EXPECT_EQ(Card({"check", Path("bad")}, row.code), Path("bad") + ": " + row.says + "\n");
-    if (row.code == 4) Card({"show", Path("bad")}, 4);
+    Card({"show", Path("bad")}, row.code == 4 ? 4 : 0);
+    Card({"set", Path("bad"), "FN", "x"}, 4);
+    EXPECT_EQ(ContentOf(Path("bad")), row.content);
   }
   for (char const *verb : {"show", "check"}) Card({verb, Path("none")}, 3);
   Card({"show", home_.path()}, 3);

@@ -1,4 +1,5 @@
 #include "tools/zolt/card_source.h"
+#include "tools/zolt/card_text_loss.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/output_file.h"
@@ -19,10 +20,13 @@ int Convert(Call const &call) {
   int32_t const format = FormatFrom(call.arguments);
   std::string const out(call.operands[1]);
   std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
-  if (format == CardFormatText) NeedSectionNames(call);
+  if (format == CardFormatText) {
+    NeedSectionNames(call);
+    ConfirmLossInText(card.get(), call.settings);
+  }
   if (IsThere(out)) Confirm("write over " + out, call.settings);
   if (call.settings.dryRun) return call.settings.exitCode ? kNo : kDone;
-  SaveCardAs(card.get(), format, out);
+  SaveCardAs(card.get(), format, out, call.settings.wait);
   return kDone;
 }
 
@@ -39,8 +43,8 @@ Verb const kCardConvert = {
     .run = Convert,
     .description =
         "Writes the card of FILE, in either form, to OUT: as a card file (--to card) or as card\n"
-        "text (--to text). docs/formats/card_text.md tells what text loses. To write over a file\n"
-        "needs a yes.",
+        "text (--to text). To write over a file needs a yes, and so does what text cannot hold;\n"
+        "docs/formats/card_losses.md tells of it.",
     .examples =
         "  zolt card convert anna.card --to text anna.txt\n"
         "  zolt card convert anna.txt --to card anna.card\n",

@@ -1,6 +1,5 @@
 #include "tools/zolt/card_damage.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
@@ -11,7 +10,8 @@ namespace zolt::tool {
 
 namespace {
 
-constexpr std::string_view kMagic = "LN_091296";
+constexpr char kMagicText[] = "LN_091296";
+constexpr std::string_view kMagic(kMagicText, sizeof kMagicText);  // with its NUL
 constexpr size_t kHead = 56;
 constexpr size_t kBlobHead = 8;
 constexpr size_t kSlotSize = 44;
@@ -20,10 +20,12 @@ constexpr size_t kSlotNameSize = 32;
 constexpr size_t kSlotValueSize = 36;
 constexpr size_t kSlotValueOffset = 40;
 
-uint32_t Number(std::string_view bytes, size_t at) {
+uint32_t Number(std::string_view bytes, size_t at, bool bigEndian = false) {
   uint32_t number = 0;
-  for (size_t i = 0; i < 4; i++)
-    number |= uint32_t{static_cast<unsigned char>(bytes[at + i])} << (8 * i);
+  for (size_t i = 0; i < 4; i++) {
+    size_t const place = bigEndian ? 3 - i : i;
+    number |= uint32_t{static_cast<unsigned char>(bytes[at + place])} << (8 * i);
+  }
   return number;
 }
 
@@ -60,7 +62,7 @@ class CardFileCheck {
     }
     std::string_view const rest = bytes_.substr(at + kRecordHead);
     size_t const nameLength = rest.find('\0');
-    if (nameLength == std::string_view::npos || nameLength > kLongestPropertyName) {
+    if (nameLength > kLongestPropertyName) {
       Add(at + kRecordHead, "the name of a property has no end", true);
       return 0;
     }
@@ -81,25 +83,28 @@ class CardFileCheck {
 
   void CheckBlob(size_t at, std::string_view blob) {
     bool const holdsHead = blob.size() >= kBlobHead;
-    // Of the other byte order, or none.
-    if (holdsHead && blob[0] != 1) return;
-    uint32_t const count = holdsHead ? Number(blob, 4) : 0;
+    bool const bigEndian = holdsHead && blob[0] != 1;
+    uint32_t const count = holdsHead ? Number(blob, 4, bigEndian) : 0;
     if (!holdsHead || count > (blob.size() - kBlobHead) / kSlotSize) {
       Add(at, "the preferences do not hold the table that they name", true);
       return;
     }
     size_t const pool = blob.size() - kBlobHead - count * kSlotSize;
+    size_t rest = pool;
     for (uint32_t i = 0; i < count; i++) {
       size_t const slot = kBlobHead + i * kSlotSize;
-      uint32_t const size = Number(blob, slot + kSlotValueSize);
-      uint32_t const offset = Number(blob, slot + kSlotValueOffset);
-      std::string_view const name = blob.substr(slot + kSlotName, kSlotNameSize);
-      if (size > pool || offset > pool - size) {
-        Add(at + slot,
-            "the preference " + std::string(name.substr(0, name.find('\0'))) +
-                " lies outside of them",
-            true);
+      uint32_t const size = Number(blob, slot + kSlotValueSize, bigEndian);
+      uint32_t const offset = Number(blob, slot + kSlotValueOffset, bigEndian);
+      bool const inside = size <= pool && offset <= pool - size;
+      if (inside && size <= rest) {
+        rest -= size;
+        continue;
       }
+      std::string_view const name = blob.substr(slot + kSlotName, kSlotNameSize);
+      Add(at + slot,
+          "the preference " + std::string(name.substr(0, name.find('\0'))) +
+              (inside ? " shares the bytes of others" : " lies outside of them"),
+          true);
     }
   }
 
@@ -107,41 +112,41 @@ class CardFileCheck {
   std::vector<CardDamage> damage_;
 };
 
-// The line of the first property whose form the reader does not take.
-std::vector<CardDamage> CheckText(std::string const &path, std::string_view text) {
-  PCardStorage card;
-  if (ImportCard(&card, path.c_str()) != 0) return {};
-  size_t number = 1;
-  bool properties = false;
-  while (!text.empty()) {
-    size_t const end = std::min(text.find_first_of("\r\n"), text.size());
-    std::string_view const line = text.substr(0, end);
-    if (line.starts_with('[')) properties = SameName(line.substr(0, 12), "[Card Infos]");
-    size_t const first = line.find(':');
-    size_t const colon = first == std::string_view::npos ? first : line.find(':', first + 1);
-    bool const value = properties && colon != std::string_view::npos;
-    for (size_t const type : {size_t{1}, size_t{2}, size_t{4}, size_t{7}, size_t{8}}) {
-      std::string const mark = "=" + std::string(kPropertyTypeNames[type]) + ":";
-      if (value && line.find(mark) != std::string_view::npos && line.substr(colon + 1, 1) != "<") {
-        return {{"line " + std::to_string(number), "bytes do not begin with <", true}};
-      }
-    }
-    text.remove_prefix(end);
-    if (text.starts_with("\r\n")) text.remove_prefix(1);
-    if (!text.empty()) text.remove_prefix(1);
-    number++;
+// A card file whose first bytes were hurt, or cut.
+bool BeginsNearly(std::string_view bytes) {
+  constexpr int kMostOff = 3;
+  constexpr size_t kFewest = 4;
+  std::string_view const head = bytes.substr(0, kMagic.size());
+  int off = 0;
+  for (size_t i = 0; i < head.size(); i++) {
+    if (!SameName(head.substr(i, 1), kMagic.substr(i, 1))) off++;
   }
-  return {{"line " + std::to_string(number), "is no card, or its last line has no end", true}};
+  return head.size() >= kFewest && off <= (head.size() < kMagic.size() ? 0 : kMostOff);
+}
+
+// False if the bytes are no card text.
+bool CheckText(std::string_view text, std::vector<CardDamage> *damage) {
+  auto const tell = [](void *context, CardTextFinding const &finding) {
+    static_cast<std::vector<CardDamage> *>(context)->push_back(
+        {"line " + std::to_string(finding.line), finding.what, finding.lost});
+  };
+  return CheckCardText(text.data(), static_cast<int32_t>(text.size()), tell, damage) != 0;
 }
 
 }  // namespace
 
 bool IsCardFile(std::string_view bytes) {
-  return bytes.size() >= kMagic.size() && SameName(bytes.substr(0, kMagic.size()), kMagic);
+  std::string const head(bytes.substr(0, kMagic.size()));
+  return head.size() == kMagic.size() && AZStrCompare(head.c_str(), kMagic.data()) == 0;
 }
 
-std::vector<CardDamage> DamageOf(std::string const &path, std::string_view bytes) {
-  return IsCardFile(bytes) ? CardFileCheck(bytes).Run() : CheckText(path, bytes);
+std::vector<CardDamage> DamageOf(std::string_view bytes) {
+  if (IsCardFile(bytes)) return CardFileCheck(bytes).Run();
+  std::vector<CardDamage> damage;
+  if (CheckText(bytes, &damage)) return damage;
+  if (BeginsNearly(bytes))
+    return {{"byte 0", "the first bytes are not those of a card file", true}};
+  return {{"", "is no card", true}};
 }
 
 }  // namespace zolt::tool

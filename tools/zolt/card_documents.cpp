@@ -29,11 +29,13 @@ Json PropertyObject(CardProperty const &property) {
   return object;
 }
 
-// 24 bytes of any kind.
+// 24 bytes of any kind; 32 of 0 are none.
 std::string KeyText(CallCard *card) {
-  constexpr size_t kKey = 24;
-  char const *const key = card->GetKey();
-  return *key == '\0' ? "" : Hex(std::string_view(key, kKey)).substr(2);
+  constexpr size_t kWhole = 32;
+  constexpr size_t kShown = 24;
+  std::string_view const key(card->GetKey(), kWhole);
+  bool const none = key.find_first_not_of('\0') == key.npos;
+  return none ? "" : Hex(key.substr(0, kShown)).substr(2);
 }
 
 Json PreferencesArray(std::vector<CardPreference> const &preferences) {

@@ -32,20 +32,18 @@ class ValueReader {
     // The blob has every value whole, so it bounds each.
     char *const blob = store->GetData();
     if (blob == nullptr) throw std::bad_alloc();
-    bound_ = GetMemSize(blob) + 1;
+    buffer_.resize(GetMemSize(blob) + 1);
     _DisposeMem(blob);
   }
 
-  std::optional<std::string> Of(uint32_t section, std::string const &name) const {
-    std::string text(bound_, '\0');
-    if (store_->GetStr(section, name.c_str(), text.data()) == 0) return std::nullopt;
-    text.resize(text.find('\0'));
-    return text;
+  std::optional<std::string> Of(uint32_t section, std::string const &name) {
+    if (store_->GetStr(section, name.c_str(), buffer_.data()) == 0) return std::nullopt;
+    return buffer_.c_str();
   }
 
  private:
   TYUserPrefs *store_;
-  size_t bound_;
+  std::string buffer_;
 };
 
 std::string NewName(std::string_view operand) {
@@ -65,8 +63,9 @@ class CardPrefs {
   explicit CardPrefs(Call const &call)
       : call_(call),
         operands_(call.operands.subspan(2)),
-        card_(LoadCard(call, call.operands[0])),
-        store_(StoreOf(card_.get())),
+        edited_(EditedOf(call)),
+        card_(edited_ ? nullptr : LoadCard(call, call.operands[0])),
+        store_(StoreOf(edited_ ? edited_->card() : card_.get())),
         values_(store_) {}
 
   int List() {
@@ -127,6 +126,11 @@ class CardPrefs {
   }
 
  private:
+  static std::unique_ptr<EditedCard> EditedOf(Call const &call) {
+    bool const writes = call.operands[1] == "set" || call.operands[1] == "unset";
+    return writes ? std::make_unique<EditedCard>(call, call.operands[0]) : nullptr;
+  }
+
   void Need(size_t least, size_t most) const {
     if (operands_.size() >= least && operands_.size() <= most) return;
     Refuse("", "card prefs " + std::string(call_.operands[1]) + " takes other operands",
@@ -146,14 +150,15 @@ class CardPrefs {
           store_->SetStr(Id(path), change.name.c_str(), change.after.data.c_str());
         }
       }
-      SaveCard(card_.get());
+      edited_->Save();
     }
     return ReportChanges(path, changes, call_.settings, call_.out);
   }
 
   Call const &call_;
   Operands operands_;
-  std::unique_ptr<CallCard> card_;
+  std::unique_ptr<EditedCard> edited_;  // if the verb writes
+  std::unique_ptr<CallCard> card_;      // if it only reads
   TYUserPrefs *store_;
   ValueReader values_;  // as they stand before a change
 };
@@ -174,12 +179,18 @@ int Prefs(Call const &call) {
 std::vector<CardPreference> PreferencesOf(CallCard *card) {
   std::vector<CardPreference> preferences;
   TYUserPrefs *const store = StoreOf(card);
-  ValueReader const values(store);
+  ValueReader values(store);
   SectionNames names({});
   uint32_t section = 0;
+  uint32_t last = 0;
+  std::string shown;
   for (int32_t i = 0; char const *name = store->GetIndexedName(i, &section); i++) {
-    std::optional<SectionPath> const path = names.Find(static_cast<int32_t>(section));
-    std::string const shown = path ? path->Text() : IdText(static_cast<int32_t>(section));
+    // Those of a section stand together, and to look for its name takes a while.
+    if (i == 0 || section != last) {
+      std::optional<SectionPath> const path = names.Find(static_cast<int32_t>(section));
+      shown = path ? path->Text() : IdText(static_cast<int32_t>(section));
+      last = section;
+    }
     preferences.push_back({shown, name, values.Of(section, name).value_or("")});
   }
   return preferences;

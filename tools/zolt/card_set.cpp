@@ -56,12 +56,12 @@ int Set(Call const &call) {
     Refuse("", "card set takes names and values in pairs",
            "usage: zolt card set FILE NAME VALUE [NAME VALUE]...");
   }
-  std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
+  EditedCard edited(call, call.operands[0]);
   std::vector<CardChange> changes;
   for (size_t i = 0; i < pairs.size(); i += 2)
-    changes.push_back(SetOne(card.get(), call, pairs[i], pairs[i + 1]));
+    changes.push_back(SetOne(edited.card(), call, pairs[i], pairs[i + 1]));
   bool const any = std::ranges::any_of(changes, &CardChange::changes);
-  if (any && !call.settings.dryRun) SaveCard(card.get());
+  if (any && !call.settings.dryRun) edited.Save();
   return ReportCardChanges(changes, call);
 }
 
@@ -80,7 +80,8 @@ Verb const kCardSet = {
         "Writes properties and says what they were. Of several with one name --flags says which;\n"
         "one that the card does not have is added. Values are 16-bit text unless --type says\n"
         "ascii, url, datetime or location for local text, or sound, bitmap, timezone, template or\n"
-        "data for bytes: @FILE, - for standard input, or digits behind 0x.",
+        "data for bytes: @FILE, - for standard input, or digits behind 0x. What card text cannot\n"
+        "hold needs a yes.",
     .examples =
         "  zolt card set anna.card FN 'Anna Bell' ORG Northwind\n"
         "  zolt card set anna.card TEL 5551234 --flags WORK,VOICE\n"

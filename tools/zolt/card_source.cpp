@@ -1,12 +1,8 @@
 #include "tools/zolt/card_source.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
-
+#include "tools/zolt/book.h"
 #include "tools/zolt/card_damage.h"
+#include "tools/zolt/card_text_loss.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
 #include "tools/zolt/library_session.h"
@@ -22,14 +18,31 @@ void CheckPath(std::string const &path) {
   if (path.size() > kLongestPath) Refuse(path, "a card's path has at most 255 bytes");
 }
 
-// The system's own words, where the library knows of an I/O failure only.
-void CheckReadable(std::string const &path) {
-  int const file = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (file < 0) throw SystemFailure(path, errno);
-  struct stat status {};
-  bool const plain = fstat(file, &status) == 0 && S_ISREG(status.st_mode);
-  close(file);
-  if (!plain) throw ToolError(kFailed, "io", path, "is no plain file");
+// For the name "-", which stands for standard input elsewhere.
+std::string PathOf(std::string_view operand) {
+  return operand == "-" ? "./-" : std::string(operand);
+}
+
+enum class Need { readable, sound };
+
+std::unique_ptr<CallCard> Load(Call const &call, std::string const &path, Need need) {
+  CheckPath(path);
+  std::string const bytes = ReadPlainFile(path);
+  if (!IsCardFile(bytes)) NeedSectionNames(call);
+  for (CardDamage const &damage : DamageOf(bytes)) {
+    if (need == Need::readable && !damage.lost) continue;
+    bool const any = !damage.place.empty();
+    throw ToolError(kDamaged, "damaged", any ? path + ":" + damage.place : path, damage.what,
+                    any ? "zolt card check tells all" : "");
+  }
+  auto card = std::make_unique<CallCard>(CardFormatNone);
+  card->SetName(path.c_str());
+  int32_t const failure = TryWithin(call.settings.wait, [&card] {
+    card->Load();
+    return ZOLTLastFailure(nullptr, 0);
+  });
+  if (failure != 0) throw FileFailure(path);
+  return card;
 }
 
 }  // namespace
@@ -41,41 +54,41 @@ ToolError FileFailure(std::string const &path) {
 }
 
 void NeedSectionNames(Call const &call) {
-  PrepareLibrary(call.arguments, call.settings);
   // Until the process ends, whose end the library notices by itself.
-  static auto const *const session = new LibrarySession;
-  static_cast<void>(session);
+  static LibrarySession const *session = nullptr;
+  if (session != nullptr) return;
+  PrepareLibrary(call.arguments, call.settings);
+  session = new LibrarySession;
 }
 
 std::unique_ptr<CallCard> LoadCard(Call const &call, std::string_view operand) {
-  std::string const path(operand);
+  return Load(call, PathOf(operand), Need::readable);
+}
+
+EditedCard::EditedCard(Call const &call, std::string_view operand)
+    : call_(call),
+      lock_(PathOf(operand), call.settings.wait),
+      card_(Load(call, PathOf(operand), Need::sound)) {}
+
+void EditedCard::Save() {
+  if (card_->Format() == CardFormatText) ConfirmLossInText(card_.get(), call_.settings);
+  int32_t const failed =
+      TryWithin(call_.settings.wait, [this] { return card_->SaveCard() == 0 ? -1 : 0; });
+  if (failed != 0) throw FileFailure(card_->GetName());
+}
+
+void SaveCardAs(CallCard *card, int32_t format, std::string const &path, uint32_t wait) {
   CheckPath(path);
-  CheckReadable(path);
-  std::string const bytes = ReadInput(path);
-  if (!IsCardFile(bytes)) NeedSectionNames(call);
-  auto card = std::make_unique<CallCard>(CardFormatNone);
-  card->SetName(path.c_str());
-  card->Load();
-  if (ZOLTLastFailure(nullptr, 0) != 0) throw FileFailure(path);
-  std::vector<CardDamage> const damage = DamageOf(path, bytes);
-  if (!damage.empty()) {
-    throw ToolError(kDamaged, "damaged", path + ":" + damage.front().place, damage.front().what,
-                    "zolt card check tells all");
-  }
-  return card;
+  int32_t const failed =
+      TryWithin(wait, [&] { return card->SaveCardAs(format, path.c_str()) == 0 ? -1 : 0; });
+  if (failed != 0) throw FileFailure(path);
 }
 
-void SaveCard(CallCard *card) {
-  if (card->SaveCard() == 0) throw FileFailure(card->GetName());
-}
-
-void SaveCardAs(CallCard *card, int32_t format, std::string const &path) {
-  CheckPath(path);
-  if (card->SaveCardAs(format, path.c_str()) == 0) throw FileFailure(path);
-}
-
-void SaveVCard(CallCard *card, VCardProfile profile, std::string const &path) {
-  if (ExportVCardAs(card, path.c_str(), profile, card->GetKey()) == 0) throw FileFailure(path);
+void SaveVCard(CallCard *card, VCardProfile profile, std::string const &path, uint32_t wait) {
+  int32_t const failed = TryWithin(wait, [&] {
+    return ExportVCardAs(card, path.c_str(), profile, card->GetKey()) == 0 ? -1 : 0;
+  });
+  if (failed != 0) throw FileFailure(path);
 }
 
 }  // namespace zolt::tool

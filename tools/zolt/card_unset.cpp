@@ -12,10 +12,11 @@ int Unset(Call const &call) {
   std::vector<std::string> names;
   for (std::string_view const operand : call.operands.subspan(1))
     names.push_back(PropertyName(operand));
-  std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
+  EditedCard edited(call, call.operands[0]);
+  CallCard *const card = edited.card();
   std::vector<CardChange> changes;
   for (std::string const &name : names) {
-    std::vector<CardProperty> const properties = PropertiesOf(card.get());
+    std::vector<CardProperty> const properties = PropertiesOf(card);
     for (size_t i = properties.size(); i-- > 0;) {
       CardProperty const &property = properties[i];
       if (!SameName(property.name, name) || (property.flags & flags) != flags) continue;
@@ -23,7 +24,7 @@ int Unset(Call const &call) {
       changes.push_back({property, {}});
     }
   }
-  if (!changes.empty() && !call.settings.dryRun) SaveCard(card.get());
+  if (!changes.empty() && !call.settings.dryRun) edited.Save();
   return ReportCardChanges(changes, call);
 }
 

@@ -19,19 +19,24 @@ VCardProfile ProfileFrom(Arguments const &arguments) {
   Refuse("--profile " + std::string(word), "no such profile", "it is classic, 3.0 or 4.0");
 }
 
+// Nothing of it is left in the file system, whatever becomes of the one who reads it.
+std::string TextOf(CallCard *card, VCardProfile profile) {
+  ScratchFolder const scratch;
+  SaveVCard(card, profile, scratch.File("card.vcf"));
+  return ReadInput(scratch.File("card.vcf"));
+}
+
 int VCard(Call const &call) {
   VCardProfile const profile = ProfileFrom(call.arguments);
   std::string const file(call.arguments.Value(OptionId::output));
   if (call.arguments.Has(OptionId::output) && file.empty()) Refuse("-o", "names no file");
   std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
   if (file.empty() || file == "-") {
-    ScratchFolder const scratch;
-    SaveVCard(card.get(), profile, scratch.File("card.vcf"));
-    call.out.Write(ReadInput(scratch.File("card.vcf")));
+    call.out.Write(TextOf(card.get(), profile));
     return kDone;
   }
   if (IsThere(file)) Confirm("write over " + file, call.settings);
-  if (!call.settings.dryRun) SaveVCard(card.get(), profile, file);
+  if (!call.settings.dryRun) SaveVCard(card.get(), profile, file, call.settings.wait);
   return kDone;
 }
 

@@ -1,6 +1,7 @@
 #include "tools/zolt/input.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -15,8 +16,7 @@ constexpr size_t kMost = size_t{256} << 20;
 
 class Descriptor {
  public:
-  explicit Descriptor(std::string const &path)
-      : number_(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  explicit Descriptor(int number) : number_(number) {}
   ~Descriptor() {
     if (number_ > STDIN_FILENO) close(number_);
   }
@@ -29,12 +29,7 @@ class Descriptor {
   int number_;
 };
 
-}  // namespace
-
-std::string ReadInput(std::string_view path) {
-  std::string const name = path == "-" ? "standard input" : std::string(path);
-  Descriptor const file{std::string(path)};
-  if (file.number() < 0) throw SystemFailure(name, errno);
+std::string ReadAll(Descriptor const &file, std::string const &name) {
   std::string content;
   char block[65536];
   for (;;) {
@@ -45,6 +40,25 @@ std::string ReadInput(std::string_view path) {
     content.append(block, static_cast<size_t>(got));
     if (content.size() > kMost) Refuse(name, "is too large for a value");
   }
+}
+
+}  // namespace
+
+std::string ReadInput(std::string_view path) {
+  if (path == "-") return ReadAll(Descriptor(STDIN_FILENO), "standard input");
+  std::string const name(path);
+  Descriptor const file(open(name.c_str(), O_RDONLY | O_CLOEXEC));
+  if (file.number() < 0) throw SystemFailure(name, errno);
+  return ReadAll(file, name);
+}
+
+std::string ReadPlainFile(std::string const &path) {
+  Descriptor const file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  if (file.number() < 0) throw SystemFailure(path, errno);
+  struct stat status {};
+  bool const plain = fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
+  if (!plain) throw ToolError(kFailed, "io", path, "is no plain file");
+  return ReadAll(file, path);
 }
 
 }  // namespace zolt::tool

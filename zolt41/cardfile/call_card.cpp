@@ -119,7 +119,8 @@ void CallCard::SetName(char const *name) {
 }
 
 char const *CallCard::GetKey() const {
-  return key_ == nullptr ? "" : key_.get();
+  static constexpr char kNoKey[kKeySize + 1] = {};
+  return key_ == nullptr ? kNoKey : key_.get();
 }
 
 void CallCard::SetKey(char const *key) {

@@ -39,13 +39,17 @@ class ZOLT_API CallCard final : public PCardStorage {
   // Reads the file that the card is named for. A card file makes the format CardFormatBinary and
   // replaces all that the file holds; any other is taken for card text: then the format is
   // CardFormatText, and the list is replaced by what the text holds, or stays if it cannot be read.
-  // A file that cannot be opened changes nothing but the format. ZOLTLastFailure has the reason.
+  // A file that cannot be opened changes nothing but the format. A card file that cannot be read
+  // whole changes nothing either, and the format is CardFormatNone, so that a save does not write
+  // over it. ZOLTLastFailure has the reason. Of text, the first two lines make no property where
+  // they only repeat one, or say that there is none.
   void Load();
 
   // Saves the card as its format says. The file is written as a whole beside the old one and put in
-  // its place, so it is never half written; links are followed, and mode and owner stay. 1, and the
-  // card counts as not modified; 0 if anything fails, a write on a full disk too: then the old file
-  // is whole, and the card as it was. The first binary save gives the card its key.
+  // its place, so it is never half written; links are followed, and mode and owner stay. A
+  // file of several names, or of another owner, is written in place, after room for it was had. 1,
+  // and the card counts as not modified; 0 if anything fails, a write on a full disk too: then the
+  // old file is whole, and the card as it was. The first binary save gives the card its key.
   int32_t SaveCard();
   // The same under another name and in another format, which the card keeps only on success.
   int32_t SaveCardAs(int32_t format, char const *name);
@@ -66,7 +70,8 @@ class ZOLT_API CallCard final : public PCardStorage {
   // The path of the card's file, of which 255 bytes are kept; null is the empty name.
   char const *GetName() const;
   void SetName(char const *name);
-  // 24 characters and a NUL, or the empty text. SetKey takes 32 bytes.
+  // 32 bytes, as a rule 24 characters and NULs, and a NUL; all are 0 if there is no key. SetKey
+  // takes 32 bytes.
   char const *GetKey() const;
   void SetKey(char const *key);
   // The number of saves that the file told when it was loaded.
@@ -80,8 +85,9 @@ class ZOLT_API CallCard final : public PCardStorage {
 
   ZOLT_HIDDEN bool SaveAsFormatSays();
   ZOLT_HIDDEN bool SaveBinary();
-  ZOLT_HIDDEN bool LoadBinary(uint32_t file);
+  ZOLT_HIDDEN void LoadBinary(uint32_t file, char const *head);
   ZOLT_HIDDEN void LoadText();
+  ZOLT_HIDDEN void TakeList(char const *list, int32_t size);
 
   int32_t format_;
   std::unique_ptr<char[]> name_;

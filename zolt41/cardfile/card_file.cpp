@@ -12,12 +12,14 @@
 #include "zolt41/foundation/endian.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/interchange/card_text_export.h"
-#include "zolt41/interchange/card_text_import.h"
+#include "zolt41/interchange/card_text_load.h"
 #include "zolt41/platform/system/file_replacement.h"
+#include "zolt41/platform/system/last_failure.h"
 
 namespace {
 
 using Head = std::array<char, zolt::kCardHead>;
+using Block = std::unique_ptr<char, decltype(&_DisposeMem)>;
 
 // Reads the head of a file; false if that is not one of a card file.
 bool ReadHead(uint32_t file, Head *head) {
@@ -45,8 +47,9 @@ bool CallCard::SaveAsFormatSays() {
 }
 
 bool CallCard::SaveBinary() {
+  Block const list(Get(), _DisposeMem);
   zolt::FileReplacement file(GetName());
-  if (!file.good()) return false;
+  if (list == nullptr || !file.good()) return false;
   char key[zolt::kCardKeySize];
   if (key_ == nullptr) {
     zolt::MakeCardKey(key);
@@ -59,11 +62,8 @@ bool CallCard::SaveBinary() {
                       head.data() + zolt::kCardParentalControl);
   std::memcpy(head.data() + zolt::kCardKey, key, sizeof key);
   zolt::StoreLittle32(static_cast<uint32_t>(version_) + 1, head.data() + zolt::kCardVersion);
-  char *const list = Get();
-  if (list == nullptr) return false;
   file.Write({head.data(), head.size()});
-  file.Write({list, GetMemSize(list)});
-  _DisposeMem(list);
+  file.Write({list.get(), GetMemSize(list.get())});
   if (!file.Commit()) return false;
   if (key_ == nullptr) SetKey(key);
   return true;
@@ -74,38 +74,38 @@ void CallCard::Load() {
   if (name_ == nullptr) return;
   uint32_t file = 0;
   if (AFS_LZOpenFile(GetName(), 1, &file) != 0) return;
-  bool const binary = LoadBinary(file);
+  Head head{};
+  bool const isText = !ReadHead(file, &head);
+  if (!isText) LoadBinary(file, head.data());
   AFS_CloseFile(file);
-  if (binary) {
-    format_ = CardFormatBinary;
-  } else {
-    LoadText();
-  }
+  if (isText) LoadText();
 }
 
-// False if it is no card file.
-bool CallCard::LoadBinary(uint32_t file) {
-  Head head{};
-  if (!ReadHead(file, &head)) return false;
+void CallCard::LoadBinary(uint32_t file, char const *head) {
+  // What cannot be read whole leaves the card as it was, and must not be saved over its file.
+  format_ = CardFormatNone;
   auto size = static_cast<uint32_t>(AFS_GetEOF(file)) - zolt::kCardHead;
-  std::unique_ptr<char, decltype(&_DisposeMem)> const list(NewMem(size), _DisposeMem);
-  // What cannot be read whole leaves the card as it was.
-  if (list == nullptr || AFS_Read(file, &size, list.get()) != 0) return true;
-  parentalControl_ =
-      static_cast<int32_t>(zolt::LoadLittle32(head.data() + zolt::kCardParentalControl));
-  SetKey(head.data() + zolt::kCardKey);
-  version_ = static_cast<int32_t>(zolt::LoadLittle32(head.data() + zolt::kCardVersion));
-  Set(list.get(), static_cast<int32_t>(size));
+  Block const list(size > zolt::kLargestCardList ? nullptr : NewMem(size), _DisposeMem);
+  if (list == nullptr || AFS_Read(file, &size, list.get()) != 0) {
+    zolt::SetFailure(zolt::Failure::io, GetName());
+    return;
+  }
+  format_ = CardFormatBinary;
+  parentalControl_ = static_cast<int32_t>(zolt::LoadLittle32(head + zolt::kCardParentalControl));
+  SetKey(head + zolt::kCardKey);
+  version_ = static_cast<int32_t>(zolt::LoadLittle32(head + zolt::kCardVersion));
+  TakeList(list.get(), static_cast<int32_t>(size));
+}
+
+// The store's own changes go with the content that they were made to.
+void CallCard::TakeList(char const *list, int32_t size) {
+  Set(list, size);
   prefs_->SetModified(0);
-  return true;
 }
 
 void CallCard::LoadText() {
   PCardStorage text;
-  if (ImportCard(&text, GetName()) == 0) return;
-  char *const list = text.Get();
-  if (list == nullptr) return;
-  Set(list, static_cast<int32_t>(GetMemSize(list)));
-  _DisposeMem(list);
-  prefs_->SetModified(0);
+  if (zolt::LoadCardText(&text, GetName()) == 0) return;
+  Block const list(text.Get(), _DisposeMem);
+  if (list != nullptr) TakeList(list.get(), static_cast<int32_t>(GetMemSize(list.get())));
 }

@@ -13,6 +13,7 @@ inline constexpr uint32_t kCardMagicSize = 10;
 inline constexpr uint32_t kCardParentalControl = 12;
 inline constexpr uint32_t kCardKey = 16;
 inline constexpr uint32_t kCardVersion = 48;
+inline constexpr uint32_t kLargestCardList = 0x7FFFFFFF - kCardHead;
 
 }  // namespace zolt
 

@@ -9,6 +9,9 @@
 namespace zolt {
 namespace {
 
+constexpr int kCharactersOfSource = 4;
+constexpr int kBitsOfCharacter = 6;
+
 // An address in 32 bits. It differs from one process to the next in its upper half, too.
 uint32_t Address(void const *place) {
   auto const address = reinterpret_cast<uintptr_t>(place);
@@ -20,6 +23,21 @@ uint32_t AddressOfNewBlock() {
   uint32_t const address = Address(block);
   _DisposeMem(block);
   return address;
+}
+
+// The remainder of a negative number is negative: characters below '!' come up, too.
+void PutCharacters(uint32_t source, char *place) {
+  for (int i = 0; i < kCharactersOfSource; i++) {
+    int32_t const digit = (static_cast<int32_t>(source) >> i * kBitsOfCharacter) % 90;
+    place[i] = static_cast<char>(digit + 33);
+  }
+}
+
+// A NUL would end the key before its time: then the next number is taken.
+void PutWholeCharacters(uint32_t source, char *place) {
+  do {
+    PutCharacters(source++, place);
+  } while (std::memchr(place, '\0', kCharactersOfSource) != nullptr);
 }
 
 }  // namespace
@@ -37,11 +55,8 @@ void MakeCardKey(char (&key)[kCardKeySize]) {
   std::memset(key, 0, sizeof key);
   char *place = key;
   for (uint32_t const source : sources) {
-    for (int shift = 0; shift < 24; shift += 6) {
-      // The remainder of a negative number is negative: characters below '!' come up, too.
-      int32_t const digit = (static_cast<int32_t>(source) >> shift) % 90;
-      *place++ = static_cast<char>(digit + 33);
-    }
+    PutWholeCharacters(source, place);
+    place += kCharactersOfSource;
   }
 }
 

@@ -7,8 +7,8 @@ namespace zolt {
 
 inline constexpr uint32_t kCardKeySize = 32;
 
-// Makes a card's key: 24 characters, most of them from '!' on, and 8 bytes 0, out of moment,
-// machine, user and memory.
+// Makes a card's key: 24 characters, most of them from '!' on and none a NUL, and 8 bytes 0, out of
+// moment, machine, user and memory.
 void MakeCardKey(char (&key)[kCardKeySize]);
 
 }  // namespace zolt

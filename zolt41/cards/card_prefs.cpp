@@ -61,7 +61,8 @@ char *TYUserPrefs::ValueAt(char const *slot, uint32_t *size) const {
 }
 
 int32_t TYUserPrefs::Count() const {
-  return static_cast<int32_t>(LoadLittle32(slots_ + zolt::kBlobCount));
+  // Without memory for its head a store is empty.
+  return slots_ == nullptr ? 0 : static_cast<int32_t>(LoadLittle32(slots_ + zolt::kBlobCount));
 }
 
 char const *TYUserPrefs::GetIndexedName(int32_t index, uint32_t *section) const {

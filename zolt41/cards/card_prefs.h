@@ -26,7 +26,9 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
 
   // Replaces the content with that of `size` bytes at `data`, which are copied; null gives an empty
   // store, and so do bytes that cannot hold the table that they name. A value that lies outside the
-  // bytes reads as absent, and a table that is not sorted is sorted. Does not count as a change.
+  // bytes reads as absent, and so does one that with those before it has more bytes than there are,
+  // as of values that share their bytes; a table that is not sorted is sorted. Does not count as a
+  // change.
   void SetData(char const *data, uint32_t size);
   // The content as a new memory block of exactly its size, which the caller disposes of with
   // _DisposeMem; null without memory.

@@ -54,14 +54,19 @@ bool TYUserPrefs::TakeTable(char const *data, uint32_t size) {
   return true;
 }
 
-// Ends every name, and makes absent what lies outside the pool.
+// Ends every name, and makes absent what lies outside the pool, and of values that share its bytes
+// those behind the first ones that fill it: no store gives more bytes than it was given.
 void TYUserPrefs::CheckTable(uint32_t poolSize) {
+  uint32_t rest = poolSize;
   for (uint32_t i = 0; i < static_cast<uint32_t>(Count()); i++) {
     char *const slot = SlotAt(i);
     slot[zolt::kSlotName + zolt::kSlotNameSize - 1] = '\0';
     uint32_t const size = LoadLittle32(slot + zolt::kSlotValueSize);
     uint32_t const offset = LoadLittle32(slot + zolt::kSlotValueOffset);
-    if (size <= poolSize && offset <= poolSize - size) continue;
+    if (size <= rest && offset <= poolSize - size) {
+      rest -= size;
+      continue;
+    }
     StoreLittle32(0, slot + zolt::kSlotValueSize);
     StoreLittle32(0, slot + zolt::kSlotValueOffset);
   }
@@ -92,6 +97,7 @@ void TYUserPrefs::SetData(char const *data, uint32_t size) {
 }
 
 char *TYUserPrefs::GetData() {
+  if (slots_ == nullptr) return nullptr;
   auto const count = static_cast<uint32_t>(Count());
   uint32_t const table = zolt::kBlobHead + count * zolt::kSlotSize;
   uint64_t whole = table;

@@ -80,6 +80,7 @@ void CopyBytes(std::string_view text, char *buffer, int32_t size) {
 
 uint32_t PCardStorage::FindProp(char const *name, uint32_t requiredFlags, uint32_t preferredFlags,
                                 uint32_t startIndex, uint32_t *type) {
+  if (name == nullptr) name = "";
   uint32_t best = kNone;
   int bestScore = -1;
   for (uint32_t i = startIndex; i < PropCount(); i++) {

@@ -8,6 +8,7 @@
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/interchange/card_text_format.h"
+#include "zolt41/interchange/card_text_load.h"
 #include "zolt41/interchange/card_text_reader.h"
 #include "zolt41/interchange/legacy_names.h"
 #include "zolt41/interchange/preference_additions.h"
@@ -18,13 +19,21 @@
 
 namespace {
 
+// The last bytes at which the first two lines end.
+constexpr int kLastOfAddress = ' ' - 1;
+constexpr int kLastOfConference = '0' - 1;
+
+enum class HeadLines { kept, droppedIfRepeated };
+
 class CardTextImport {
  public:
-  CardTextImport(PCardStorage *card, FBasicRead *reader) : card_(card), reader_(reader) {}
+  CardTextImport(PCardStorage *card, FBasicRead *reader, HeadLines headLines)
+      : card_(card), reader_(reader), headLines_(headLines) {}
 
   bool Run() {
     ReadHead();
     bool const read = ReadSections();
+    if (headLines_ == HeadLines::droppedIfRepeated) DropHeadLines();
     additions_.PutInto(card_);
     if (read) PutPreferences();
     return read;
@@ -32,6 +41,7 @@ class CardTextImport {
 
  private:
   void ReadHead();
+  void DropHeadLines();
   bool ReadSections();
   bool ReadProperties();
   bool ReadPreferences(std::string const &section);
@@ -41,16 +51,23 @@ class CardTextImport {
 
   PCardStorage *card_;
   FBasicRead *reader_;
+  HeadLines headLines_;
   zolt::PropertyAdditions additions_;
   zolt::PreferenceAdditions preferences_;
 };
 
 void CardTextImport::ReadHead() {
-  std::string const address = zolt::ReadUpTo(reader_, ' ' - 1, zolt::kLongestHeadLine);
+  std::string const address = zolt::ReadUpTo(reader_, kLastOfAddress, zolt::kLongestHeadLine);
   additions_.SetText(zolt::kAddressProperty, 0, address.c_str());
   reader_->GetByte();
-  std::string const conference = zolt::ReadUpTo(reader_, '0' - 1, zolt::kLongestHeadLine);
+  std::string const conference = zolt::ReadUpTo(reader_, kLastOfConference, zolt::kLongestHeadLine);
   additions_.SetText(zolt::kConferenceProperty, 0, conference.c_str());
+}
+
+// They were added first.
+void CardTextImport::DropHeadLines() {
+  additions_.DropHeadLine(0, zolt::kNoAddress, kLastOfAddress);
+  additions_.DropHeadLine(1, zolt::kNoConference, kLastOfConference);
 }
 
 bool CardTextImport::ReadSections() {
@@ -119,11 +136,24 @@ void CardTextImport::PutPreferences() {
   card_->Recalculate();
 }
 
+int32_t Import(PCardStorage *card, FBasicRead *reader, HeadLines headLines) {
+  if (reader->AtEnd() != 0) return 0;
+  return CardTextImport(card, reader, headLines).Run();
+}
+
 }  // namespace
 
+namespace zolt {
+
+int32_t LoadCardText(PCardStorage *card, char const *path) {
+  FFileRead reader(path);
+  return Import(card, &reader, HeadLines::droppedIfRepeated);
+}
+
+}  // namespace zolt
+
 int32_t ImportCard(PCardStorage *card, FBasicRead &reader) {
-  if (reader.AtEnd() != 0) return 0;
-  return CardTextImport(card, &reader).Run();
+  return Import(card, &reader, HeadLines::kept);
 }
 
 int32_t ImportCard(PCardStorage *card, char const *path) {

@@ -46,6 +46,11 @@ LegacyName const *FindLegacyName(char const *name, char const *section) {
   return found == std::end(kLegacyNames) ? nullptr : found;
 }
 
+bool IsLegacySection(char const *section) {
+  return std::ranges::any_of(
+      kLegacyNames, [&](LegacyName const &row) { return AZStrEqual(row.section, section) != 0; });
+}
+
 std::string CodecOfEncodingMethod(std::string const &method) {
   for (CodecRow const &row : kCodecs) {
     if (method.size() > 1 && (method[1] | 0x20) == row.letter) return row.number;

@@ -19,6 +19,9 @@ struct LegacyName {
 // Null if it is none of them.
 LegacyName const *FindLegacyName(char const *name, char const *section);
 
+// Whether any of them stands in a section of that name.
+bool IsLegacySection(char const *section);
+
 // The number, as text, of the codec that was told by a name; of a name that is not known the first
 // character.
 std::string CodecOfEncodingMethod(std::string const &method);

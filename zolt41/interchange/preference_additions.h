@@ -16,22 +16,25 @@ class PreferenceAdditions {
  public:
   // As SetStr.
   void Set(uint32_t section, std::string_view name, std::string_view value);
-  // Does to the store what was asked for, as if it had been done then.
+  // Does to the store, which is empty, what was asked for, as if it had been done then.
   void PutInto(TYUserPrefs *store);
 
  private:
   struct Entry {
     uint32_t section;
-    size_t name;  // where they stand in the pool, each with a NUL
+    uint32_t moment;  // when it was set, from 0
+    size_t name;      // where they stand in the pool, each with a NUL
+    size_t key;       // the name as it is stored
     size_t value;
+    bool makesSlot = false;
   };
 
   size_t Keep(std::string_view text);
   bool Precedes(Entry const &a, Entry const &b) const;
+  void FindSlots();
 
   std::vector<Entry> entries_;
   std::string pool_;
-  bool orderMatters_ = false;
 };
 
 }  // namespace zolt

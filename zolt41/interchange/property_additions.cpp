@@ -1,18 +1,38 @@
 #include "zolt41/interchange/property_additions.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
-#include <numeric>
 
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/u_convert.h"
+#include "zolt41/interchange/card_text_format.h"
+#include "zolt41/interchange/property_view.h"
 
 namespace zolt {
 namespace {
 
 void RemoveAll(PCardStorage *card, char const *name, uint32_t flags) {
   while (card->DeleteProp(card->FindProp(name, flags, 0, 0, nullptr)) != 0) continue;
+}
+
+// The same for names that are equal.
+uint64_t HashOf(char const *name) {
+  uint64_t hash = 0xCBF29CE484222325;
+  for (; *name != '\0'; name++) {
+    // Letters of either case and a few signs come to the same.
+    hash = (hash ^ (static_cast<unsigned char>(*name) & 0x5F)) * 0x100000001B3;
+  }
+  return hash;
+}
+
+// What is read of a text that was written as one of the first two lines.
+std::string_view InHeadLine(std::string_view text, int last) {
+  text = text.substr(0, kHeadValueSize);
+  auto const end = std::ranges::find_if(
+      text, [last](char byte) { return static_cast<signed char>(byte) <= last; });
+  return text.substr(0, static_cast<size_t>(end - text.begin()));
 }
 
 }  // namespace
@@ -49,11 +69,38 @@ void PropertyAdditions::AddBytes(std::string_view name, uint32_t type, uint32_t 
   Add(name, bytes, entry);
 }
 
-std::vector<uint32_t> PropertyAdditions::SortedByName() const {
-  std::vector<uint32_t> order(entries_.size());
-  std::iota(order.begin(), order.end(), 0U);
-  std::ranges::stable_sort(
-      order, [this](uint32_t a, uint32_t b) { return AZStrCompare(NameOf(a), NameOf(b)) < 0; });
+std::string PropertyAdditions::TextOf(Entry const &entry) const {
+  if (!IsString(entry.type)) return "";
+  return LocalText({"", entry.type, entry.flags, {pool_.data() + entry.value, entry.size}});
+}
+
+void PropertyAdditions::DropHeadLine(uint32_t index, std::string_view absent, int last) {
+  Entry &head = entries_[index];
+  std::string const text = TextOf(head);
+  bool const repeats =
+      text == absent ||
+      std::any_of(entries_.begin() + index + 1, entries_.end(), [&](Entry const &other) {
+        return AZStrEqual(pool_.data() + other.name, pool_.data() + head.name) != 0 &&
+               InHeadLine(TextOf(other), last) == text;
+      });
+  if (repeats) head.stays = false;
+}
+
+std::vector<uint32_t> PropertyAdditions::GroupedByName() const {
+  struct Hashed {
+    uint64_t hash;
+    uint32_t entry;
+  };
+  std::vector<Hashed> hashed;
+  hashed.reserve(entries_.size());
+  for (uint32_t i = 0; i < entries_.size(); i++) hashed.push_back({HashOf(NameOf(i)), i});
+  std::ranges::sort(hashed, [this](Hashed const &a, Hashed const &b) {
+    if (a.hash != b.hash) return a.hash < b.hash;
+    int32_t const names = AZStrCompare(NameOf(a.entry), NameOf(b.entry));
+    return names != 0 ? names < 0 : a.entry < b.entry;
+  });
+  std::vector<uint32_t> order(hashed.size());
+  std::ranges::transform(hashed, order.begin(), &Hashed::entry);
   return order;
 }
 
@@ -74,7 +121,7 @@ std::vector<uint32_t> PropertyAdditions::DropReplaced(std::span<uint32_t const> 
 }
 
 void PropertyAdditions::PutInto(PCardStorage *card) {
-  std::vector<uint32_t> const order = SortedByName();
+  std::vector<uint32_t> const order = GroupedByName();
   for (auto first = order.begin(); first != order.end();) {
     char const *const name = NameOf(*first);
     auto const last = std::find_if(

@@ -21,7 +21,7 @@ ZOLT_API int32_t ExportVCard(PCardStorage *card, char const *path);
 
 // The vCard of a profile; 0 for any other number. In 3.0 and 4.0 every property of a name goes out,
 // in UTF-8, but none that is local, by its name or its flag. `key` is null or the 32 bytes of the
-// card's key, which make the UID; one that begins with a NUL counts as none. The classic vCard has
+// card's key, which make the UID; 32 bytes of 0 count as none. The classic vCard has
 // no UID.
 ZOLT_API int32_t ExportVCardAs(PCardStorage *card, char const *path, VCardProfile profile,
                                char const *key);

@@ -233,9 +233,10 @@ void Writer::AddInline(std::string const &name, std::string_view bytes) {
 }
 
 void Writer::AddUid(char const *key) {
-  if (key == nullptr || *key == '\0') return;
+  if (key == nullptr) return;
   std::string_view bytes(key, kKeySize);
   bytes = bytes.substr(0, bytes.find_last_not_of('\0') + 1);
+  if (bytes.empty()) return;
   // Any byte may stand in a key.
   std::string digits;
   AppendHex(bytes, &digits);

@@ -72,8 +72,8 @@ std::string EscapedVCardText(std::string_view text, VCardParts parts) {
 std::string QuotedVCardText(std::string_view text) {
   std::string quoted = "\"";
   for (char const byte : text) {
-    if (byte == '\n') {
-      quoted += "\\n";
+    if (byte == '\n' || byte == '\\') {
+      quoted += byte == '\n' ? "\\n" : "\\\\";
     } else {
       // There is no way to have one within.
       quoted += byte == '"' ? '\'' : byte;

@@ -148,6 +148,14 @@ int32_t TransferAll(uint32_t file, uint32_t count, uint32_t *done, Transfer tran
   return kDone;
 }
 
+// False, with nothing done and the failure told, if writing would lead beyond what positions tell.
+bool HasPositions(int64_t from, uint32_t count, uint32_t *done) {
+  if (from + count <= kLargest) return true;
+  *done = 0;
+  FailOnFile(EFBIG);
+  return false;
+}
+
 bool CloseUnlocked(int descriptor) {
   // The lock goes with the last descriptor, of which a child of fork may have one.
   struct flock lock {};
@@ -183,6 +191,7 @@ int32_t ReadFileAt(uint32_t file, uint32_t position, void *buffer, uint32_t coun
 
 int32_t WriteFileAt(uint32_t file, uint32_t position, void const *buffer, uint32_t count,
                     uint32_t *done) {
+  if (!HasPositions(position, count, done)) return kFailed;
   return TransferAll(file, count, done, [&](int descriptor, uint32_t from, uint32_t rest) {
     return TheFileCalls().writeAt(descriptor, static_cast<char const *>(buffer) + from, rest,
                                   off_t{position} + from);
@@ -233,6 +242,8 @@ int32_t ReadFile(uint32_t file, void *buffer, uint32_t count, uint32_t *done, vo
 }
 
 int32_t WriteFile(uint32_t file, void const *buffer, uint32_t count, uint32_t *done, void *) {
+  off_t const position = lseek(zolt::DescriptorOf(file), 0, SEEK_CUR);
+  if (!HasPositions(position, count, done)) return kFailed;
   return TransferAll(file, count, done, [&](int descriptor, uint32_t from, uint32_t rest) {
     return zolt::TheFileCalls().write(descriptor, static_cast<char const *>(buffer) + from, rest);
   });

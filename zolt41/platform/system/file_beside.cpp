@@ -26,7 +26,7 @@ std::string PathOf(int descriptor) {
 }
 
 std::string NewNameOf(std::string const &path) {
-  return DirectoryOf(path) + "." + NameOf(path) + kEnding;
+  return HiddenBeside(path, kEnding);
 }
 
 // It was not moved or removed since it was opened.

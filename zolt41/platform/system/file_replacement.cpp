@@ -23,6 +23,8 @@ namespace {
 constexpr size_t kBlock = 65536;
 constexpr mode_t kOwnerOnly = 0600;
 constexpr char kMark[] = ".zolt-new-";
+// The mark, followed by the number of the process, a hyphen and a serial number.
+constexpr size_t kNumbers = 21;
 
 // Where links lead, also if no file is there yet. Empty if they lead nowhere.
 std::string Resolved(std::string const &path) {
@@ -34,7 +36,8 @@ std::string Resolved(std::string const &path) {
     std::string const link(target, static_cast<size_t>(length));
     size_t const slash = at.rfind('/');
     bool const relative = !link.starts_with('/') && slash != std::string::npos;
-    at = relative ? at.substr(0, slash + 1) + link : link;
+    at.resize(relative ? slash + 1 : 0);
+    at += link;
   }
   errno = ELOOP;
   return "";
@@ -48,7 +51,7 @@ bool IsAlive(std::string_view process) {
 
 void RemoveRemains(std::string const &path) {
   std::string const directory = DirectoryOf(path);
-  std::string const prefix = "." + NameOf(path) + kMark;
+  std::string const prefix = NameOf(HiddenBeside(path, kMark, kNumbers));
   DIR *const entries = opendir(directory.c_str());
   if (entries == nullptr) return;
   while (dirent const *const entry = readdir(entries)) {
@@ -103,7 +106,6 @@ void FileReplacement::OpenTarget() {
   if (CanBeReplaced(descriptor, &status) && OpenBesideLike(status)) return;
   if (!good_) return;
   descriptor_ = descriptor;
-  if (ftruncate(descriptor_, 0) != 0) Fail(errno);
 }
 
 // False with all as before where a new file may not be made, or cannot be as the old one.
@@ -132,7 +134,7 @@ void FileReplacement::OpenBeside() {
   RemoveRemains(path_);
   int const flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
   do {
-    beside_ = DirectoryOf(path_) + "." + NameOf(path_) + kMark + std::to_string(getpid()) + "-" +
+    beside_ = HiddenBeside(path_, kMark, kNumbers) + std::to_string(getpid()) + "-" +
               std::to_string(++serial);
     descriptor_ = open(beside_.c_str(), flags, kOwnerOnly);
     if (descriptor_ >= 0) return;
@@ -144,7 +146,8 @@ void FileReplacement::OpenBeside() {
 void FileReplacement::Write(std::string_view bytes) {
   if (!good_) return;
   waiting_ += bytes;
-  if (waiting_.size() < kBlock) return;
+  // In its place nothing is touched until all is known.
+  if (beside_.empty() || waiting_.size() < kBlock) return;
   WriteOut(waiting_);
   waiting_.clear();
 }
@@ -173,12 +176,28 @@ bool FileReplacement::Rename() {
   return true;
 }
 
+// Room for the new content is had before the old one is touched.
+void FileReplacement::MakeRoom() {
+  struct stat old {};
+  if (fstat(descriptor_, &old) != 0) return Fail(errno);
+  auto const size = static_cast<off_t>(waiting_.size());
+  if (size <= old.st_size) return;
+  int const error = posix_fallocate(descriptor_, 0, size);
+  if (error == 0) return;
+  Fail(error);
+  static_cast<void>(ftruncate(descriptor_, old.st_size) == 0);
+}
+
 bool FileReplacement::Commit() {
+  bool const inPlace = beside_.empty();
+  auto const size = static_cast<off_t>(waiting_.size());
+  if (good_ && inPlace) MakeRoom();
   WriteOut(waiting_);
   waiting_.clear();
+  if (good_ && inPlace && ftruncate(descriptor_, size) != 0) Fail(errno);
   if (good_ && fdatasync(descriptor_) != 0) Fail(errno);
   if (!good_) return false;
-  return beside_.empty() || Rename();
+  return inPlace || Rename();
 }
 
 }  // namespace zolt

@@ -14,10 +14,12 @@ namespace zolt {
 //
 // The content is written beside the file, brought to the disk, and takes its name; links are
 // followed to the file they lead to, and mode and owner stay. Where the owner, access lists, or
-// other names of the file cannot be kept so, it is written in place, which is not as safe. A file
-// that is open through CreateFileA is not replaced, and none that the user may not write, also
-// where the directory would allow it. New files are for their user alone (mode 0600). What dead
-// writers left beside the file is removed.
+// other names of the file cannot be kept so, it is written in place by Commit, after room for all
+// of it was had: a full disk leaves it as it was, but a crash or a failing disk amid the writing
+// leaves a part of each, and so can a disk that is full on a file system that never writes over a
+// block. A file that is open through CreateFileA is not replaced, and none that the user may not
+// write, also where the directory would allow it. New files are for their user alone (mode 0600).
+// What dead writers left beside the file is removed.
 //
 // After a failure the functions do nothing; ZOLTLastFailure has the reason.
 class FileReplacement {
@@ -38,6 +40,7 @@ class FileReplacement {
   void OpenBeside();
   bool OpenBesideLike(struct stat const &old);
   void DropBeside();
+  void MakeRoom();
   void WriteOut(std::string_view bytes);
   bool Rename();
   void Fail(int error);

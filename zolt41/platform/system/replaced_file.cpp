@@ -5,6 +5,8 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <climits>
+
 namespace zolt {
 
 std::string DirectoryOf(std::string const &path) {
@@ -14,6 +16,17 @@ std::string DirectoryOf(std::string const &path) {
 
 std::string NameOf(std::string const &path) {
   return path.substr(path.rfind('/') + 1);
+}
+
+std::string HiddenBeside(std::string const &path, std::string const &ending, size_t room) {
+  std::string name = NameOf(path);
+  size_t const most = NAME_MAX - 1 - ending.size() - room;
+  if (name.size() > most) {
+    size_t end = most;
+    while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) end--;
+    name.resize(end);
+  }
+  return DirectoryOf(path) + "." + name + ending;
 }
 
 bool CanBeReplaced(int descriptor, struct stat *status) {

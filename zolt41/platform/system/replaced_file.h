@@ -12,6 +12,9 @@ namespace zolt {
 // Of a path: the directory with its slash, and the name in it.
 std::string DirectoryOf(std::string const &path);
 std::string NameOf(std::string const &path);
+// Of a new file that stands beside it for a while: a dot, the name, and `ending`. A name that would
+// be too long so is cut between two characters, with room for `room` bytes behind it.
+std::string HiddenBeside(std::string const &path, std::string const &ending, size_t room = 0);
 
 // Whether a new file can be as the open one, whose status this gives: it is this user's, and has
 // neither other names nor an access list.

@@ -1,0 +1,17 @@
+#ifndef ZOLT41_INTERCHANGE_CARD_TEXT_LOAD_H_
+#define ZOLT41_INTERCHANGE_CARD_TEXT_LOAD_H_
+
+#include <cstdint>
+
+#include "zolt41/cards/property_storage.h"
+
+namespace zolt {
+
+// As ImportCard into a card that is empty, but the first two lines make no property where they only
+// repeat one of the card's, or say that there is none: so a card that is written and loaded again
+// and again does not grow.
+int32_t LoadCardText(PCardStorage *card, char const *path);
+
+}  // namespace zolt
+
+#endif  // ZOLT41_INTERCHANGE_CARD_TEXT_LOAD_H_
