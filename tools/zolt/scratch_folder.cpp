@@ -16,6 +16,7 @@ ScratchFolder::ScratchFolder() {
 }
 
 ScratchFolder::~ScratchFolder() {
+  if (kept_) return;
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }
