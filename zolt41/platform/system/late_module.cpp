@@ -60,8 +60,7 @@ HMODULE LoadLibraryA(char const *name) {
 
 FARPROC GetProcAddress(HMODULE module, char const *function) {
   if (module == 0 || function == nullptr) return nullptr;
-  auto const functions =
-      reinterpret_cast<LateModule const *>(module)->functions;  // NOLINT(*-int-to-ptr)
+  auto const functions = reinterpret_cast<LateModule const *>(module)->functions;
   auto const found =
       std::ranges::find(functions, std::string_view(function),
                         [](zolt::LateFunction const &each) { return std::string_view(each.name); });
