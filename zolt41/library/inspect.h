@@ -12,8 +12,8 @@
 struct ZOLTFileState {
   char path[1024];  // where it is looked for
   int32_t present;  // 1 if it is there
-  uint32_t owner;  // the user's id
-  uint32_t mode;   // the lower nine bits
+  uint32_t owner;   // the user's id
+  uint32_t mode;    // the lower nine bits
 };
 
 // The tree of the user, or of the machine.

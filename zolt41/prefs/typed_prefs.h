@@ -49,8 +49,8 @@ class ZOLT_API TYPrefs {
   virtual void SetFree(uint32_t section, char const *name, uint32_t type, uint8_t const *data,
                        uint32_t size);
 
-  // What a store does with its sections, as WinPrefs tells. Here they do nothing and give 0; to save
-  // and to load is for stores that keep their values in memory.
+  // What a store does with its sections, as WinPrefs tells. Here they do nothing and give 0; to
+  // save and to load is for stores that keep their values in memory.
   virtual void Remove(uint32_t section, char const *name);
   virtual void RemoveValue(uint32_t section, char const *name);
   virtual int32_t Exists(uint32_t section, char const *name);
