@@ -61,3 +61,10 @@ open_shell zsh -f
 type_until 'ready' "PS1=; autoload compinit; compinit -D -u; source <(zolt completion zsh); clear; echo re''ady" Enter
 type_until '75' 'zolt prefs get Aud' Tab 'V' Tab Enter
 type_until 'watch  each change as it comes, from any program' 'zolt prefs wa' Tab
+
+# An interrupted work leaves nothing behind, neither on the screen nor in the folder of temporary files.
+mkdir "$work/temporary"
+zolt -q rolodex create
+zolt -q rolodex new Anna > /dev/null
+type_until 'ended with 130' "clear; TMPDIR=$work/temporary EDITOR='cat > /dev/null; cat' zolt rolodex edit Anna" Enter C-c 'echo "ended with $?"' Enter
+[ -z "$(ls "$work/temporary")" ] || { echo "a folder is left" >&2; exit 1; }
