@@ -7,7 +7,6 @@
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/preference_text.h"
 #include "tools/zolt/progress.h"
-#include "tools/zolt/section_key.h"
 #include "tools/zolt/store_snapshot.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/verbs.h"
@@ -16,32 +15,13 @@ namespace zolt::tool {
 
 namespace {
 
-// All of it as it was at one moment. Nobody can write meanwhile, so nothing is written out before
-// it is over. Of a store that we may not write there is no such moment.
-std::vector<TextSection> Snapshot(Level const &level, SectionPath const &path,
-                                  Exclusions const &exclusions, Progress *progress) {
-  HiveTransaction hive(level.root);
-  bool const there = SectionKey(level, path, SectionKey::Role::first).key() != 0;
-  if (!there && !path.standard()) FailWithoutSection({&level}, path);
-  if (there && hive.Begin() != ERROR_SUCCESS) {
-    ToolError const failure = StoreFailure(std::string(level.name) + " store");
-    if (failure.kind != std::string_view("denied")) throw failure;
-  }
-  std::vector<TextSection> sections;
-  VisitStore(level, path, exclusions, [&](TextSection &&section) {
-    progress->Step(section.values.size());
-    sections.push_back(std::move(section));
-  });
-  return sections;
-}
-
 void DumpTo(Output &out, SectionPath const &path, Call const &call) {
   Level const &level = *call.settings.level;
   Exclusions const exclusions(call.arguments.Values(OptionId::exclude));
   std::vector<TextSection> sections;
   {
     Progress progress(call.settings, "reading");
-    sections = Snapshot(level, path, exclusions, &progress);
+    sections = SnapshotOf(level, path, exclusions, &progress);
   }
   for (std::string const &pattern : exclusions.Unused()) {
     if (!call.settings.quiet) {

@@ -109,7 +109,12 @@ int Load(Call const &call) {
     if (undo.empty() || undo == "-") Refuse("--undo", "names no file");
   }
   PrepareLibrary(call.arguments, call.settings);
-  PreferenceText text = TextFrom(call, call.operands[0]);
+  return LoadText(TextFrom(call, call.operands[0]), call);
+}
+
+}  // namespace
+
+int LoadText(PreferenceText text, Call const &call) {
   Level const &level = *text.level;
   Agreement agreement(call, text);
   for (bool said = false;; said = true) {
@@ -131,8 +136,6 @@ int Load(Call const &call) {
     return ReportUpdate(update, level, call);
   }
 }
-
-}  // namespace
 
 Verb const kPrefsLoad = {
     .group = "prefs",

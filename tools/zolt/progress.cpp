@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <string_view>
 #include <utility>
 
+#include "tools/zolt/interruption.h"
 #include "tools/zolt/output.h"
 
 namespace zolt::tool {
@@ -41,6 +43,7 @@ Progress::~Progress() {
   changed_.notify_one();
   thread_.join();
   if (drawn_) Write("\r\033[K");
+  ClearLineWhenInterrupted(false);
 }
 
 void Progress::Begin(std::string what, size_t steps) {
@@ -48,6 +51,19 @@ void Progress::Begin(std::string what, size_t steps) {
   what_ = std::move(what);
   steps_ = steps;
   done_ = 0;
+  begun_ = Clock::now();
+}
+
+// How many steps there were in a second, and how long the rest takes at that rate.
+std::string Progress::Rate(size_t done) const {
+  double const seconds = std::chrono::duration<double>(Clock::now() - begun_).count();
+  if (done == 0 || seconds < kPatience.count() / 1000.0) return "";
+  double const rate = static_cast<double>(done) / seconds;
+  std::string text = "  " + std::to_string(std::lround(rate)) + "/s";
+  if (done >= steps_) return text;
+  auto const left = std::lround(static_cast<double>(steps_ - done) / rate);
+  return text + "  " + std::to_string(left / 60) + ":" + (left % 60 < 10 ? "0" : "") +
+         std::to_string(left % 60) + " left";
 }
 
 std::string Progress::LineNow() {
@@ -56,10 +72,10 @@ std::string Progress::LineNow() {
     size_t const part = std::min(done_.load(std::memory_order_relaxed), steps_);
     size_t const filled = part * kBarWidth / steps_;
     line += " [" + std::string(filled, '#') + std::string(kBarWidth - filled, ' ') + "] " +
-            std::to_string(part * 100 / steps_) + "%";
+            std::to_string(part * 100 / steps_) + "%" + Rate(part);
   } else {
     size_t const done = done_.load(std::memory_order_relaxed);
-    line += done > 0 ? " " + std::to_string(done) : " ...";
+    line += done > 0 ? " " + std::to_string(done) + Rate(done) : " ...";
   }
   return line + "\033[K";
 }
@@ -69,6 +85,7 @@ void Progress::Draw() {
   auto const ended = [this] { return ended_; };
   if (changed_.wait_for(lock, kPatience, ended)) return;
   drawn_ = true;
+  ClearLineWhenInterrupted(true);
   do {
     Write(LineNow());
   } while (!changed_.wait_for(lock, kRedraw, ended));

@@ -1,6 +1,3 @@
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -9,10 +6,10 @@
 #include "tools/zolt/book_cards.h"
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
+#include "tools/zolt/editor.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
 #include "tools/zolt/output_file.h"
-#include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/text.h"
 
 namespace zolt::tool {
@@ -179,29 +176,9 @@ int Category(Call const &call) {
   return kDone;
 }
 
-// The editor, as the user has set it, which is a command for a shell.
-void Edit(std::string const &path) {
-  char const *editor = getenv("VISUAL");
-  if (editor == nullptr || *editor == '\0') editor = getenv("EDITOR");
-  if (editor == nullptr || *editor == '\0') editor = "vi";
-  std::string const command = std::string(editor) + " \"$1\"";
-  pid_t const process = fork();
-  if (process < 0) throw SystemFailure("editor", errno);
-  if (process == 0) {
-    execl("/bin/sh", "sh", "-c", command.c_str(), "sh", path.c_str(), nullptr);
-    _exit(127);
-  }
-  int status = 0;
-  while (waitpid(process, &status, 0) < 0 && errno == EINTR) continue;
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    throw ToolError(kFailed, "io", editor, "did not end well", "the card is as it was");
-  }
-}
-
 int EditCard(Call const &call) {
   NeedSectionNames(call);
-  ScratchFolder const scratch;
-  std::string const file = scratch.File("card.txt");
+  EditedText text("card.txt");
   uint32_t id = 0;
   std::vector<CardProperty> before;
   {
@@ -210,20 +187,22 @@ int EditCard(Call const &call) {
     id = book.FindOne(call.operands[0]);
     before = book.Properties(id);
     std::unique_ptr<CallCard> const card = CardFromBook(&book, id);
-    SaveCardAs(card.get(), CardFormatText, file);
+    SaveCardAs(card.get(), CardFormatText, text.file());
   }
-  Edit(file);
-  std::unique_ptr<CallCard> const edited = LoadCard(call, file);
-  Book book(call, Book::Access::write);
-  if (book.Properties(id) != before) {
-    throw ToolError(kNo, "expectation", std::string(call.operands[0]),
-                    "was changed by another program meanwhile", "nothing is written");
-  }
-  for (CardProperty const &property : before)
-    if (property.name == kKeyProperty) edited->SetKey(property.value.c_str());
-  SaveInBook(&book, id, CardForBook(edited.get(), ToUtf8(book.Head(id).names[0])));
-  SayOfCard(&book, id, "changed", call);
-  return kDone;
+  text.Edit();
+  return text.Apply([&] {
+    std::unique_ptr<CallCard> const edited = LoadCard(call, text.file());
+    Book book(call, Book::Access::write);
+    if (book.Properties(id) != before) {
+      throw ToolError(kNo, "expectation", std::string(call.operands[0]),
+                      "was changed by another program meanwhile", "nothing is written");
+    }
+    for (CardProperty const &property : before)
+      if (property.name == kKeyProperty) edited->SetKey(property.value.c_str());
+    SaveInBook(&book, id, CardForBook(edited.get(), ToUtf8(book.Head(id).names[0])));
+    SayOfCard(&book, id, "changed", call);
+    return kDone;
+  });
 }
 
 int Compact(Call const &call) {

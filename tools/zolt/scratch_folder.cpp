@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "tools/zolt/errors.h"
+#include "tools/zolt/interruption.h"
 
 namespace zolt::tool {
 
@@ -13,9 +14,12 @@ ScratchFolder::ScratchFolder() {
   char const *const folder = getenv("TMPDIR");
   path_ = std::string(folder == nullptr || *folder == '\0' ? "/tmp" : folder) + "/zolt-XXXXXX";
   if (mkdtemp(path_.data()) == nullptr) throw SystemFailure(path_, errno);
+  RemoveWhenInterrupted(path_);
 }
 
 ScratchFolder::~ScratchFolder() {
+  RemoveWhenInterrupted("");
+  if (kept_) return;
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
 }

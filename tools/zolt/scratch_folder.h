@@ -15,10 +15,14 @@ class ScratchFolder {
   ScratchFolder(ScratchFolder const &) = delete;
   ScratchFolder &operator=(ScratchFolder const &) = delete;
 
+  // It stays after all, for the user to look into.
+  void Keep() { kept_ = true; }
+
   std::string File(std::string_view name) const { return path_ + "/" + std::string(name); }
 
  private:
   std::string path_;
+  bool kept_ = false;
 };
 
 }  // namespace zolt::tool

@@ -37,10 +37,16 @@ std::optional<SectionPath> SectionNames::Find(int32_t id) {
 }
 
 void SectionNames::AddStored() {
+  for (SectionPath const &path : StoredSections()) paths_.emplace(path.id(), path);
+}
+
+std::vector<SectionPath> StoredSections() {
+  std::vector<SectionPath> paths;
   for (char const *const level : {"user", "shared-user"}) {
     VisitBelow({}, OpenAlong(Chain(LevelNamed(level)), {}),
-               [this](SectionPath const &path) { paths_.emplace(path.id(), path); });
+               [&paths](SectionPath const &path) { paths.push_back(path); });
   }
+  return paths;
 }
 
 }  // namespace zolt::tool

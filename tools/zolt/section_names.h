@@ -25,6 +25,9 @@ class SectionNames {
   std::map<int32_t, SectionPath> paths_;
 };
 
+// All sections that are found in the stores of the user and of the machine; one may come twice.
+std::vector<SectionPath> StoredSections();
+
 }  // namespace zolt::tool
 
 #endif  // ZOLT41_TOOLS_ZOLT_SECTION_NAMES_H_

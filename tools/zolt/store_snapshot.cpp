@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "tools/zolt/errors.h"
 #include "tools/zolt/section_key.h"
 #include "tools/zolt/text.h"
 
@@ -123,6 +124,23 @@ bool VisitStore(Level const &level, SectionPath const &path, Exclusions const &e
   visit.Above(path);
   visit.From(path, key);
   return true;
+}
+
+std::vector<TextSection> SnapshotOf(Level const &level, SectionPath const &path,
+                                    Exclusions const &exclusions, Progress *progress) {
+  HiveTransaction hive(level.root);
+  bool const there = SectionKey(level, path, SectionKey::Role::first).key() != 0;
+  if (!there && !path.standard()) FailWithoutSection({&level}, path);
+  if (there && hive.Begin() != ERROR_SUCCESS) {
+    ToolError const failure = StoreFailure(std::string(level.name) + " store");
+    if (failure.kind != std::string_view("denied")) throw failure;
+  }
+  std::vector<TextSection> sections;
+  VisitStore(level, path, exclusions, [&](TextSection &&section) {
+    progress->Step(section.values.size());
+    sections.push_back(std::move(section));
+  });
+  return sections;
 }
 
 }  // namespace zolt::tool

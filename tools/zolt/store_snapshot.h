@@ -8,6 +8,7 @@
 
 #include "tools/zolt/level.h"
 #include "tools/zolt/preference_text.h"
+#include "tools/zolt/progress.h"
 #include "tools/zolt/section_key.h"
 
 namespace zolt::tool {
@@ -42,6 +43,12 @@ class Exclusions {
 // there is no such section.
 bool VisitStore(Level const &level, SectionPath const &path, Exclusions const &exclusions,
                 std::function<void(TextSection &&)> const &take);
+
+// All of it as it was at one moment. Nobody can write meanwhile, so nothing should be written out
+// before it is over. Of a store that we may not write there is no such moment. Throws if there is
+// no such section.
+std::vector<TextSection> SnapshotOf(Level const &level, SectionPath const &path,
+                                    Exclusions const &exclusions, Progress *progress);
 
 // The values of one section, sorted.
 TextSection ReadSection(SectionPath const &path, SectionKey const &key);

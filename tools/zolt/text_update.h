@@ -20,6 +20,10 @@ PreferenceText TextFrom(Call const &call, std::string_view file);
 // text.
 StoreUpdate UpdateOf(PreferenceText const &text, bool replace, Progress *progress = nullptr);
 
+// Writes what of a store a text changes, as --replace and --undo of the call have it: after the
+// questions that it takes, in one transaction, with all that is said about it. Gives the exit code.
+int LoadText(PreferenceText text, Call const &call);
+
 // Write the text that makes an update, or that takes it back; sections stay.
 void WritePatch(Level const &level, StoreUpdate const &update, Output &out);
 void WriteUndo(Level const &level, StoreUpdate const &update, Output &out);

@@ -7,16 +7,17 @@ namespace zolt::tool {
 namespace {
 
 constexpr Verb const *kVerbs[] = {
-    &kPrefsGet,       &kPrefsSet,      &kPrefsUnset,    &kPrefsList,       &kPrefsExplain,
-    &kPrefsItems,     &kPrefsWatch,    &kPrefsWait,     &kPrefsDump,       &kPrefsLoad,
-    &kPrefsDiff,      &kPrefsClear,    &kCardNew,       &kCardShow,        &kCardGet,
-    &kCardSet,        &kCardUnset,     &kCardPrefs,     &kCardConvert,     &kCardVCard,
-    &kCardDiff,       &kCardCheck,     &kRolodexCreate, &kRolodexInfo,     &kRolodexList,
-    &kRolodexAdd,     &kRolodexGet,    &kRolodexNew,    &kRolodexEdit,     &kRolodexReplace,
-    &kRolodexRemove,  &kRolodexRename, &kRolodexTag,    &kRolodexCategory, &kRolodexFind,
-    &kRolodexQuery,   &kRolodexSelect, &kRolodexDupes,  &kRolodexImport,   &kRolodexExport,
-    &kRolodexCompact, &kRolodexCheck,  &kNetStatus,     &kNetAddress,      &kOpen,
-    &kMail,           &kRegister,      &kUnregister,    &kDoctor,
+    &kPrefsGet,       &kPrefsSet,       &kPrefsUnset,    &kPrefsList,     &kPrefsExplain,
+    &kPrefsItems,     &kPrefsWatch,     &kPrefsWait,     &kPrefsDump,     &kPrefsLoad,
+    &kPrefsDiff,      &kPrefsClear,     &kPrefsEdit,     &kCardNew,       &kCardShow,
+    &kCardGet,        &kCardSet,        &kCardUnset,     &kCardPrefs,     &kCardConvert,
+    &kCardVCard,      &kCardDiff,       &kCardCheck,     &kRolodexCreate, &kRolodexInfo,
+    &kRolodexList,    &kRolodexAdd,     &kRolodexGet,    &kRolodexNew,    &kRolodexEdit,
+    &kRolodexReplace, &kRolodexRemove,  &kRolodexRename, &kRolodexTag,    &kRolodexCategory,
+    &kRolodexFind,    &kRolodexQuery,   &kRolodexSelect, &kRolodexDupes,  &kRolodexImport,
+    &kRolodexExport,  &kRolodexCompact, &kRolodexCheck,  &kNetStatus,     &kNetAddress,
+    &kOpen,           &kMail,           &kRegister,      &kUnregister,    &kDoctor,
+    &kCompletion,
 };
 
 }  // namespace

@@ -50,6 +50,7 @@ extern Verb const kPrefsDump;
 extern Verb const kPrefsLoad;
 extern Verb const kPrefsDiff;
 extern Verb const kPrefsClear;
+extern Verb const kPrefsEdit;
 extern Verb const kCardNew;
 extern Verb const kCardShow;
 extern Verb const kCardGet;
@@ -87,6 +88,7 @@ extern Verb const kMail;
 extern Verb const kRegister;
 extern Verb const kUnregister;
 extern Verb const kDoctor;
+extern Verb const kCompletion;
 
 std::span<Verb const *const> Verbs();
 

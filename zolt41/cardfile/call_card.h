@@ -59,6 +59,7 @@ class ZOLT_API CallCard final : public PCardStorage {
   int32_t Modified() override;
   void Recalculate() override;
 
+  // The form of the file, of the CardFormat numbers, that SaveCard writes.
   int32_t Format() const { return format_; }
   void SetFormat(int32_t format) { format_ = format; }
   // A number for the host program, which is stored nowhere.

@@ -46,6 +46,7 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
   // Removes everything.
   virtual void Clear();
 
+  // How many values there are in all sections.
   int32_t Count() const;
   // The name at `index`, and its section, in the order of the store: sections from the greatest
   // unsigned number down, in each of them names as AZStrCompare has them. Null beyond the count.

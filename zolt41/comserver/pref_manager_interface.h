@@ -14,8 +14,10 @@ inline constexpr CLSID CLSID_PrefManager = {
 inline constexpr IID IID_IPrefManager = {
     0x5ED2DD6C, 0x7638, 0x11D3, {0x8F, 0xD3, 0x00, 0xA0, 0x24, 0x59, 0xFA, 0x0F}};
 
+// What an object of the class answers beside IUnknown.
 struct ZOLT_API IPrefManager : IUnknown {
-  virtual HRESULT Reserved(ULONG unused) = 0;  // E_NOTIMPL
+  // Gives E_NOTIMPL.
+  virtual HRESULT Reserved(ULONG unused) = 0;
 
   // Chooses the store, which is the user's at first: 1 the user's, 2 the system's, both with a null
   // source; 0 the preferences in a card, which `source` saves as IPersistStreamInit: 56 bytes of

@@ -25,6 +25,7 @@ class ZOLT_API ZOLTXList {
   // Drops all items; the block stays.
   virtual void Empty();
 
+  // How many items there are.
   uint32_t Count() const { return count_; }
 
   // Add at the end, or before the item at `index`; from the count on, that is the end. Give the

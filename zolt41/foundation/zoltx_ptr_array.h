@@ -27,6 +27,7 @@ class ZOLT_API ZOLTXPtrArray {
   ZOLTXPtrArray(ZOLTXPtrArray const &) = delete;
   ZOLTXPtrArray &operator=(ZOLTXPtrArray const &) = delete;
 
+  // How many elements there are, and the index of the last one, -1 without any.
   int32_t GetSize() const { return fields_.size; }
   int32_t GetUpperBound() const { return fields_.size - 1; }
 

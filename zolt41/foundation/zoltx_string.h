@@ -39,6 +39,7 @@ class ZOLT_API ZOLTXString {
   // would lose its buffer.
   void Init();
 
+  // Take a copy of a text up to its NUL, for which null is the empty one.
   ZOLTXString &operator=(ZOLTXString const &other);
   ZOLTXString &operator=(char const *text);
   // The number in decimal. A char is taken as its number, too.
@@ -59,6 +60,8 @@ class ZOLT_API ZOLTXString {
   bool operator!=(ZOLTXString const &other) const { return !(*this == other); }
   bool operator!=(char const *text) const { return !(*this == text); }
 
+  // Put the text of a string, a text, a number in decimal, or one byte behind this one's, or behind
+  // that of a copy.
   ZOLTXString &operator+=(ZOLTXString const &other);
   ZOLTXString &operator+=(char const *text);
   ZOLTXString &operator+=(int32_t number);

@@ -17,9 +17,11 @@ class ZOLT_API ZOLTXStringArray {
   ZOLTXStringArray(ZOLTXStringArray const &) = delete;
   ZOLTXStringArray &operator=(ZOLTXStringArray const &) = delete;
 
+  // As those of ZOLTXPtrArray.
   int32_t GetSize() const { return fields_.size; }
   int32_t GetUpperBound() const { return fields_.size - 1; }
 
+  // As those of ZOLTXPtrArray; the strings that are dropped end.
   void SetSize(int32_t newSize, int32_t growBy);
   void FreeExtra();
   void RemoveAll();
@@ -33,11 +35,13 @@ class ZOLT_API ZOLTXStringArray {
   ZOLTXString *GetData() { return fields_.data; }
   ZOLTXString const *GetData() const { return fields_.data; }
 
+  // As those of ZOLTXPtrArray, with copies of the values.
   void SetAtGrow(int32_t index, char const *value);
   int32_t Add(char const *value);
   int32_t Append(ZOLTXStringArray const &other);
   void Copy(ZOLTXStringArray const &other);
 
+  // As those of ZOLTXPtrArray, with copies of the values; the strings that are removed end.
   void InsertAt(int32_t index, char const *value, int32_t count);
   void InsertAt(int32_t index, ZOLTXStringArray const *other);
   void RemoveAt(int32_t index, int32_t count);

@@ -25,16 +25,16 @@ class ZOLT_API FBasicRead {
   void PushBack(char byte) { pushedBack_ = byte; }
 
  protected:
-  static constexpr int32_t kBlock = 4096;
+  static constexpr int32_t kBlock = 4096;  // what the buffer has room for
 
   FBasicRead() = default;
 
-  uint32_t file_ = 0;  // 0 if there is none
-  char *buffer_ = nullptr;
-  int32_t position_ = 0;  // of the next byte in the buffer
-  int32_t size_ = 0;      // of what the buffer holds
-  char crSeen_ = 0;       // not 0 if a CR has been given out and an LF is due
-  char pushedBack_ = 0;
+  uint32_t file_ = 0;       // 0 if there is none
+  char *buffer_ = nullptr;  // the reader's own, made at the first need
+  int32_t position_ = 0;    // of the next byte in the buffer
+  int32_t size_ = 0;        // of what the buffer holds
+  char crSeen_ = 0;         // not 0 if a CR has been given out and an LF is due
+  char pushedBack_ = 0;     // 0 if there is none
 };
 
 // Reads a file. One that cannot be opened reads as an empty one; ZOLTLastFailure tells why.

@@ -8,13 +8,15 @@
 // What the library finds at this moment, for diagnosis. Failures are the numbers of
 // ZOLTLastFailure; texts end with a NUL and are cut to their fields.
 
+// A file, or a folder.
 struct ZOLTFileState {
-  char path[1024];
-  int32_t present;
-  uint32_t owner;  // the user's id
-  uint32_t mode;   // the lower nine bits
+  char path[1024];  // where it is looked for
+  int32_t present;  // 1 if it is there
+  uint32_t owner;   // the user's id
+  uint32_t mode;    // the lower nine bits
 };
 
+// The tree of the user, or of the machine.
 struct ZOLTHiveState {
   ZOLTFileState directory;
   ZOLTFileState file;
@@ -30,13 +32,15 @@ enum ZOLTProcessKind : int32_t {
   ZOLTProcessLagging = 2,    // it let a writer wait in vain: stopped, or out of time
 };
 
+// One of the processes that have started the library.
 struct ZOLTProcessState {
-  uint32_t process;
+  uint32_t process;  // its id
   char program[16];
   ZOLTProcessKind kind;
   uint32_t missed;  // announcements that it lost
 };
 
+// What processes tell each other of changes by; docs/channel.md.
 struct ZOLTChannelState {
   ZOLTFileState file;      // not present while no process uses the channel
   int32_t usable;          // this process is or could be attached
@@ -52,11 +56,13 @@ enum ZOLTDoorKind : int32_t {
   ZOLTDoorReplaced = 2,  // by a trial
 };
 
+// Such a service, by its name.
 struct ZOLTDoorState {
   char name[32];
   ZOLTDoorKind kind;
 };
 
+// All of it. Of the arrays as many records are filled in as the counts say.
 struct ZOLTState {
   ZOLTHiveState user;
   ZOLTHiveState machine;

@@ -21,6 +21,7 @@ class ZOLT_API ListEnumData {
   ListEnumData(ListEnumData const &) = delete;
   ListEnumData &operator=(ListEnumData const &) = delete;
 
+  // How many items there are, and of which type.
   int32_t GetCount() const { return static_cast<int32_t>(list_.Count()); }
   ListEnumType GetType() const { return type_; }
   void SetType(ListEnumType type) { type_ = type; }
@@ -29,6 +30,7 @@ class ZOLT_API ListEnumData {
   ZOLTXList const *GetList() const { return &list_; }
 
  protected:
+  // An empty list.
   explicit ListEnumData(ListEnumType type) : type_(type) {}
   virtual ~ListEnumData();
 

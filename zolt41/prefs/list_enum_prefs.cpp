@@ -65,12 +65,14 @@ void AddText(ListEnumData *data, char const *text) {
   std::unique_ptr<char[]> item(new (std::nothrow) char[size]);
   if (item == nullptr) return;
   std::memcpy(item.get(), text, size);
-  if (data->GetList()->AddItem(item.get()) != ZOLTXList::kNone) item.release();
+  if (data->GetList()->AddItem(item.get()) == ZOLTXList::kNone) return;
+  static_cast<void>(item.release());
 }
 
 void AddNumber(ListEnumData *data, int32_t number) {
   std::unique_ptr<int32_t> item(new (std::nothrow) int32_t(number));
-  if (item != nullptr && data->GetList()->AddItem(item.get()) != ZOLTXList::kNone) item.release();
+  if (item == nullptr || data->GetList()->AddItem(item.get()) == ZOLTXList::kNone) return;
+  static_cast<void>(item.release());
 }
 
 class Temporary : public ListEnumData {

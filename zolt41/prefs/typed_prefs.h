@@ -49,6 +49,8 @@ class ZOLT_API TYPrefs {
   virtual void SetFree(uint32_t section, char const *name, uint32_t type, uint8_t const *data,
                        uint32_t size);
 
+  // What a store does with its sections, as WinPrefs tells. Here they do nothing and give 0; to
+  // save and to load is for stores that keep their values in memory.
   virtual void Remove(uint32_t section, char const *name);
   virtual void RemoveValue(uint32_t section, char const *name);
   virtual int32_t Exists(uint32_t section, char const *name);
@@ -59,6 +61,8 @@ class ZOLT_API TYPrefs {
   virtual int32_t IsReadable(uint32_t section);
   virtual int32_t IsWritable(uint32_t section);
 
+  // The store's place in its chain, which decides where reads go on and writes go to; and a mark
+  // that a client may set, which the library only keeps.
   PrefLevel Level() const { return level_; }
   void SetLevel(PrefLevel level) { level_ = level; }
   int32_t GetModified() const { return modified_; }
@@ -121,6 +125,7 @@ class ZOLT_API TYPrefs {
   int32_t GetStream(uint32_t section, char const *name, IStream **stream, uint32_t mode);
 
  protected:
+  // See GetParent.
   TYPrefs *Parent() const;
 
  private:

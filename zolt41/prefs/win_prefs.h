@@ -86,6 +86,7 @@ class ZOLT_API WinPrefs : public TYPrefs {
   // there is none. It stays the section's.
   char const *SectionName(int32_t id, uintptr_t sectionRecord);
 
+  // The record of the newest section of that id, or null; good until the section is unregistered.
   Section *GetSectionFromID(int32_t id);
 
  private:

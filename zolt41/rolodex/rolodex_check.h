@@ -17,6 +17,8 @@ enum class CardState : int32_t {
   lost,   // it is whole, but stands where opening does not look, behind a damaged record
 };
 
+// A card, or what is left of one. Names are cut to their fields and end with a NUL; id and size are
+// as the record has them.
 struct CardFinding {
   CardState state;
   bool whole;  // RepairRolodex takes it
@@ -26,6 +28,7 @@ struct CardFinding {
   char names[3][32];
 };
 
+// How many cards are in which state, and what lies free between them.
 struct RolodexReport {
   bool database;  // it begins as one; false for a piece NAME.lost-N, which is searched all the same
   bool clean;     // it was closed, and index and records agree

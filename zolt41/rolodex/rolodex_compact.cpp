@@ -154,7 +154,8 @@ bool Rolodex::CompactInPlace() {
     }
   }
   good = good && (end == state.end || file.Put(state.end, end, kStoredEndMark));
-  if (!good && !file.broken()) KeepMoved({live.begin(), live.begin() + done}, end, behind);
+  if (!good && !file.broken())
+    KeepMoved({live.begin(), live.begin() + static_cast<ptrdiff_t>(done)}, end, behind);
   if (!good) return false;
   if (!file.Cut(end + kEndMarkSize) || !file.Sync()) return file.Break();
   state.end = end;

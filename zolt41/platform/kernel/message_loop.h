@@ -10,11 +10,13 @@
 // asks for anything here until it ends; messages come out in the order of the posts. All functions
 // may be called from any thread. In the child of a fork the queues are empty.
 
+// A place on a screen.
 struct POINT {
   int32_t x;
   int32_t y;
 };
 
+// A message. What number and parameters mean is its sender's affair.
 struct MSG {
   uintptr_t hwnd;  // always 0
   uint32_t message;

@@ -145,7 +145,7 @@ int32_t CreateIn(Hive &hive, OpenKey const &parent, std::string_view name, bool 
   return ERROR_SUCCESS;
 }
 
-int32_t Create(HKEY parentHandle, char const *givenName, uint32_t access, HKEY *key, bool *made) {
+int32_t MakeKey(HKEY parentHandle, char const *givenName, uint32_t access, HKEY *key, bool *made) {
   Hives &hives = TheHives();
   std::string_view const name = NameOf(givenName);
   *made = false;
@@ -166,6 +166,10 @@ int32_t Create(HKEY parentHandle, char const *givenName, uint32_t access, HKEY *
   std::string names(name);
   if (!name.empty()) names.push_back('\0');
   return GiveHandle(hives, open, parentHandle, names, key);
+}
+
+int32_t Create(HKEY parent, char const *name, uint32_t access, HKEY *key, bool *made) {
+  return WithinMemory([&] { return MakeKey(parent, name, access, key, made); });
 }
 
 // Finds a key below another one by one name; `names` becomes the way. The empty name leads nowhere
@@ -217,7 +221,7 @@ int32_t OpenIn(Hive &hive, OpenKey const &parent, std::string_view name, Split s
   return ERROR_SUCCESS;
 }
 
-int32_t Open(HKEY parent, char const *name, Split split, Wish wish, HKEY *key) {
+int32_t FindKey(HKEY parent, char const *name, Split split, Wish wish, HKEY *key) {
   ClearFailure();
   if (key == nullptr) return ERROR_INVALID_PARAMETER;
   *key = 0;
@@ -231,6 +235,10 @@ int32_t Open(HKEY parent, char const *name, Split split, Wish wish, HKEY *key) {
   if (result != ERROR_SUCCESS) return result;
   ClearFailure();
   return GiveHandle(TheHives(), found, parent, names, key);
+}
+
+int32_t Open(HKEY parent, char const *name, Split split, Wish wish, HKEY *key) {
+  return WithinMemory([&] { return FindKey(parent, name, split, wish, key); });
 }
 
 struct Counted {

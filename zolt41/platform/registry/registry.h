@@ -155,7 +155,9 @@ class ZOLT_API HiveTransaction {
   HiveTransaction(HiveTransaction const &) = delete;
   HiveTransaction &operator=(HiveTransaction const &) = delete;
 
+  // ERROR_LOCK_VIOLATION if others do not let go in time.
   [[nodiscard]] int32_t Begin();
+  // What was changed since Begin is kept, or with any other result nothing of it.
   [[nodiscard]] int32_t Commit();
 
  private:

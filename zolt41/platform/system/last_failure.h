@@ -61,6 +61,7 @@ class FirstFailure {
   FirstFailure(FirstFailure const &) = delete;
   FirstFailure &operator=(FirstFailure const &) = delete;
 
+  // Keeps the failure of the operation that has just ended, if it is the first.
   void Note();
 
  private:

@@ -1,0 +1,113 @@
+#include "tools/zolt/completion.h"
+
+#include <algorithm>
+
+#include "tools/zolt/errors.h"
+#include "tools/zolt/near_name.h"
+#include "tools/zolt/verbs.h"
+
+namespace zolt::tool {
+
+namespace {
+
+struct Shell {
+  std::string_view name;
+  std::string_view script;
+};
+
+// bash parts words at colons, of which sections are full: so the line is parted again, and what
+// stands before the last colon is left out of what is offered.
+constexpr Shell kShells[] = {
+    {"bash", R"script(# Completions of zolt for bash: source <(zolt completion bash)
+_zolt() {
+  local -a words found
+  local IFS=$' \t\n' line=${COMP_LINE:0:COMP_POINT} cut= word
+  read -a words <<< "$line"
+  [[ $line == *[[:space:]] ]] && words+=("")
+  [[ ${words[-1]} == *:* && $COMP_WORDBREAKS == *:* ]] && cut=${words[-1]%:*}:
+  mapfile -t found < <(zolt completion words -- "${words[@]:1}" 2> /dev/null)
+  COMPREPLY=()
+  for word in "${found[@]}"; do
+    word=${word%%$'\t'*}
+    COMPREPLY+=("$(printf %q "${word#"$cut"}")")
+  done
+}
+complete -o default -F _zolt zolt
+)script"},
+    {"zsh", R"script(#compdef zolt
+# Completions of zolt for zsh: source <(zolt completion zsh)
+_zolt() {
+  local -a found names notes
+  local each tab=$'\t'
+  found=(${(f)"$(zolt completion words -- "${(@Q)words[2,CURRENT]}" 2> /dev/null)"})
+  (( $#found )) || { _files; return }
+  for each in $found; do
+    names+=("${each%%$tab*}")
+    notes+=("${each/$tab/  }")
+  done
+  compadd -l -d notes -a names
+}
+compdef _zolt zolt
+)script"},
+    {"fish", R"script(# Completions of zolt for fish: zolt completion fish | source
+function __zolt_complete
+    set -l words (commandline -opc) (commandline -ct)
+    set -l found (zolt completion words -- $words[2..] 2> /dev/null)
+    if test (count $found) -gt 0
+        printf '%s\n' $found
+    else
+        __fish_complete_path (commandline -ct)
+    end
+end
+complete -c zolt -f -a '(__zolt_complete)'
+)script"},
+};
+
+int Complete(Call const &call) {
+  std::string_view const wanted = call.operands[0];
+  if (wanted == "words") {
+    if (call.operands.size() < 2) Refuse("words", "needs the words of the command line");
+    for (Candidate const &candidate : CandidatesFor(call.operands.subspan(1), call.out)) {
+      std::string line = candidate.word;
+      if (!candidate.note.empty()) line += "\t" + std::string(candidate.note);
+      call.out.Write(line + "\n");
+    }
+    return kDone;
+  }
+  auto const shell = std::ranges::find(kShells, wanted, &Shell::name);
+  if (shell == std::end(kShells)) {
+    std::vector<std::string> names;
+    for (Shell const &each : kShells) names.emplace_back(each.name);
+    std::string const near = DidYouMean(wanted, names);
+    Refuse(std::string(wanted), "no completions for that shell",
+           near.empty() ? "bash, zsh or fish" : near);
+  }
+  call.out.Write(shell->script);
+  return kDone;
+}
+
+}  // namespace
+
+Verb const kCompletion = {
+    .group = "completion",
+    .name = "",
+    .operands = "SHELL",
+    .summary = "completions for bash, zsh or fish",
+    .options = {},
+    .least = 1,
+    .most = kAnyNumber,
+    .run = Complete,
+    .description =
+        "Prints a script that makes bash, zsh or fish complete the command lines of zolt: verbs "
+        "and\n"
+        "options, and from the live data sections, names of values, properties of cards and cards\n"
+        "of a book. The scripts ask `zolt completion words -- WORD...`, which prints what the "
+        "last\n"
+        "word can become, one a line, with a tab and a note behind it.",
+    .examples =
+        "  source <(zolt completion bash)\n"
+        "  zolt completion zsh > \"${fpath[1]}/_zolt\"\n"
+        "  zolt completion fish | source\n",
+};
+
+}  // namespace zolt::tool
