@@ -181,6 +181,8 @@ TEST_F(CreateTest, AModuleStaysWhileItsFactoryWorks) {
 
 TEST_F(CreateTest, AChildThatIsForkedMeanwhileCreates) {
   Register(module_);
+  // The first use makes the locks, and has them looked after in forks.
+  EXPECT_EQ(Result(), S_OK);
   std::atomic<bool> done = false;
   std::thread other([&] {
     while (!done) {

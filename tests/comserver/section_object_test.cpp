@@ -225,6 +225,8 @@ TEST_F(SectionTest, TwoApartmentsOpenAndCloseAtOnce) {
 }
 
 TEST_F(SectionTest, AChildThatIsForkedMeanwhileOpensSections) {
+  // The first use makes the locks, and has them looked after in forks.
+  Open("Other");
   std::atomic<bool> done = false;
   std::thread other([&] {
     while (!done) Open("Other");
