@@ -90,5 +90,22 @@ TEST_F(MemoryTest, AdviseConnectsNothingWithoutIt) {
   }
 }
 
+TEST_F(MemoryTest, ASectionIsOpenedWholeOrNotAtAll) {
+  int failures = 0;
+  for (HRESULT result = E_FAIL; result != S_OK; failures++) {
+    ComPtr<IUnknown> section;
+    result = With(failures, [&] {
+      return OpenSection(0, "Spare", kUserStore, IID_IUnknown, section.VoidPlace());
+    });
+    if (result == S_OK) break;
+    EXPECT_TRUE(result == E_OUTOFMEMORY || result == E_FAIL) << failures << " " << result;
+    EXPECT_EQ(section.get(), nullptr);
+    EXPECT_EQ(GetUserPrefs()->GetSectionFromID(GetUserPrefs()->GetIDFromString("Spare", 0)),
+              nullptr)
+        << "a record is left";
+  }
+  EXPECT_GT(failures, 5);
+}
+
 }  // namespace
 }  // namespace zolt::testing

@@ -2,6 +2,7 @@
 # Makes the Debian packages, installs them into an empty root, uses them from another project, and removes
 # them: packages.sh BUILD_FOLDER
 set -euo pipefail
+umask 022
 build=$(cd "$1" && pwd)
 here=$(cd "$(dirname "$0")/.." && pwd)
 work=$(mktemp -d)
