@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "tools/zolt/card_documents.h"
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/errors.h"
@@ -14,8 +16,8 @@ CardProperty Find(CallCard *card, std::string const &name, uint32_t flags) {
   std::vector<CardProperty> const properties = PropertiesOf(card);
   uint32_t const index = card->FindProp(name.c_str(), flags, 0, 0, nullptr);
   if (index < properties.size()) return properties[index];
-  std::vector<std::string> names;
-  for (CardProperty const &property : properties) names.push_back(property.name);
+  std::vector<std::string> names(properties.size());
+  std::ranges::transform(properties, names.begin(), &CardProperty::name);
   std::string const wanted = flags == 0 ? name : name + " " + FlagsText(flags);
   throw ToolError(kNo, "absent", wanted, "the card has no such property", DidYouMean(name, names));
 }
