@@ -97,6 +97,16 @@ TEST_F(CheckTest, WhatIsSoundCutAndLost) {
                false,
                " 1sound 3cut! 4sound 5sound",
                {1, 4, 5}},
+           Row{"big-endian",
+               BigEndian(clean_),
+               false,
+               " 1sound 3sound 4sound 5sound",
+               {1, 3, 4, 5}},
+           Row{"big-endian and broken",
+               with(BigEndian(dirty_), kThird, 5),
+               false,
+               " 1sound 4lost 5lost",
+               {1, 4, 5}},
            Row{"a cut file",
                dirty_.substr(0, dirty_.size() - 6),
                false,
@@ -112,6 +122,49 @@ TEST_F(CheckTest, WhatIsSoundCutAndLost) {
   }
   EXPECT_EQ(report_.freeRecords, 1U);
   EXPECT_EQ(report_.freeBytes, kRecord);
+}
+
+// The fourth record has the id of the third; the last has the highest id that there is.
+TEST_F(CheckTest, CopiesOfACard) {
+  constexpr uint32_t kLastId = 0xFFFFFFFF;
+  CardContent const first = all_[3];
+  CardContent const second = all_[4];
+  PutNumber(&dirty_, kThird + kRecord + 4, 3);
+  PutNumber(&dirty_, kThird + 2 * kRecord + 4, kLastId);
+  struct Row {
+    char const *what;
+    uint32_t torn;
+    std::string told;
+    CardContent opened;
+    Cards repaired;
+  };
+  for (Row const &row : {
+           Row{"both are whole", 0, " 3sound", first, {{2, second}, {3, first}}},
+           Row{"only the first", kThird + kRecord, " 3sound", first, {{3, first}}},
+           Row{"only the second", kThird, " 3cut! 3sound", second, {{3, second}}},
+       }) {
+    SCOPED_TRACE(row.what);
+    std::string content = dirty_;
+    if (row.torn != 0) PutNumber(&content, row.torn + 124, 77777);
+    EXPECT_EQ(Check(content), " 1sound" + row.told + " 4294967295sound");
+    Cards expected = row.repaired;
+    expected[1] = all_[1];
+    expected[kLastId] = all_[5];
+    EXPECT_EQ(Repaired({path_}), expected);
+    ASSERT_EQ(Open(), 0);
+    EXPECT_EQ(book_.All(), (Cards{{1, all_[1]}, {3, row.opened}, {kLastId, all_[5]}}));
+  }
+}
+
+TEST_F(CheckTest, BodiesThatAreTooShort) {
+  for (uint32_t const size : {0U, 3U}) {
+    std::string content = dirty_.substr(0, dirty_.size() - 4 - 50 + size) + "\xFF\xFF\xFF\xFF";
+    PutNumber(&content, kThird + 2 * kRecord + 8, 124 + size);
+    EXPECT_EQ(Check(content), " 1sound 3sound 4sound 5sound");
+    Cards expected = all_;
+    expected[5].body = BodyOf(4, 'x');
+    EXPECT_EQ(Repaired({path_, path_}), expected);
+  }
 }
 
 TEST_F(CheckTest, AnUnfinishedChangeCounts) {
@@ -137,6 +190,14 @@ TEST_F(CheckTest, PiecesComeBack) {
   expected[5] = all_[5];
   std::string const lost = path_ + ".lost-1";
   EXPECT_EQ(Repaired({path_, lost, lost}), expected);
+  // A conversion that comes to a broken record keeps what it does not convert.
+  std::string big = BigEndian(clean_);
+  PutNumber(&big, kThird, 5);
+  Put(big);
+  ASSERT_EQ(Open(), 0);
+  book_.Close();
+  EXPECT_EQ(Repaired({path_, path_ + ".lost-2"}),
+            (Cards{{1, all_[1]}, {4, all_[4]}, {5, all_[5]}}));
 }
 
 TEST_F(CheckTest, WhatIsRefused) {
@@ -146,12 +207,10 @@ TEST_F(CheckTest, WhatIsRefused) {
   EXPECT_EQ(RepairRolodex(paths, 1, target_.c_str(), &cards), -8990);
   EXPECT_EQ(ContentOf(target_), "mine");
   unlink(target_.c_str());
-  for (std::string const &content : {std::string(20000, 'x'), BigEndian(clean_)}) {
-    Put(content);
-    EXPECT_EQ(CheckRolodex(path_.c_str(), nullptr, nullptr, &report_), -1);
-    EXPECT_EQ(RepairRolodex(paths, 1, target_.c_str(), &cards), -1);
-    EXPECT_NE(access(target_.c_str(), F_OK), 0);
-  }
+  Put(std::string(20000, 'x'));
+  EXPECT_EQ(CheckRolodex(path_.c_str(), nullptr, nullptr, &report_), -1);
+  EXPECT_EQ(RepairRolodex(paths, 1, target_.c_str(), &cards), -1);
+  EXPECT_NE(access(target_.c_str(), F_OK), 0);
   EXPECT_EQ(CheckRolodex((path_ + "none").c_str(), nullptr, nullptr, &report_), -8991);
 }
 

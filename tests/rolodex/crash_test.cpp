@@ -181,7 +181,7 @@ TEST_F(CrashTest, NothingIsLostInAConversion) {
     book_.Close();
     Put(BigEndian(Content()));
     Disk disk = {{path_, Content()}};
-    auto const done = StepsOf(false, [&] { EXPECT_EQ(Open(), 0); });
+    auto const done = StepsOf(seed % 2 == 0, [&] { EXPECT_EQ(Open(), 0); });
     EXPECT_GT(done.size(), 4U);
     LookAtAll(path_, done, &disk, steps.cards(), steps.cards());
   }

@@ -51,6 +51,13 @@ class DamageTest : public BookTest {
     book_.Close();
     EXPECT_EQ(Content(), clean_);
   }
+  // So often that tables of the names are made, through all that have the name. Gives how many.
+  int Search() {
+    int found = 0;
+    for (int i = 0; i < 4; i++)
+      for (uint32_t cursor = 0; book_.FindCard("a", "", nullptr, &cursor) != 0;) found++;
+    return found;
+  }
   // Reads and changes all that there is; only that it comes back is looked at.
   void UseAll() {
     Cards const cards = book_.All();
@@ -58,6 +65,7 @@ class DamageTest : public BookTest {
     book_.SelectByCategory(nullptr, nullptr, nullptr, &block);
     book_.Select(block, "_Label", CSContains, "a", 3);
     _DisposeMem(block);
+    Search();
     for (auto const &[id, card] : cards) {
       book_.SetCardName(id, "new", nullptr, nullptr);
       book_.Save(id, BodyOf(60, 'n'));
@@ -110,6 +118,13 @@ TEST_F(DamageTest, IndexesThatLieAreMadeAnew) {
       UseAll();
     });
   }
+  // Entries that are not in file order.
+  std::string swapped = clean_;
+  for (size_t i = 0; i < 124; i++) std::swap(swapped[kEnd + 12 + i], swapped[kEnd + 136 + i]);
+  Put(swapped);
+  ASSERT_EQ(Open(1), 0);
+  EXPECT_EQ(Search(), 4);
+  UseAll();
   // No id is left.
   Put(With(clean_, kEnd + 8, 0xFFFFFFFF));
   ASSERT_EQ(Open(), 0);
@@ -151,7 +166,7 @@ TEST_F(DamageTest, BrokenRecordsEndTheChainAndAreKept) {
     EXPECT_EQ(Content(), misfit);
   }
   // Where nothing can be kept, nothing is cut.
-  for (std::string const &content : {With(dirty_, kThird, 5), BigEndian(clean_)}) {
+  for (std::string const &content : {With(dirty_, kThird, 5), With(BigEndian(clean_), kThird, 5)}) {
     Put(content);
     FileShim shim;
     shim.set_noNewFiles(true);
@@ -213,7 +228,17 @@ TEST_F(DamageTest, TheLimitOfSize) {
   book_.SetCardName(1, "still", nullptr, nullptr);
   Reopen(1);
   EXPECT_EQ(book_.NamesOf(1)[0], "still");
-  book_.Close();
+  // Cards up to the end leave no room for an index, and every opening is like the first.
+  uint32_t const largest = 0x7FFFFFFF - kArea - 4;
+  Put(With(OneCard(""), kArea + 8, largest).substr(0, kArea + 124));
+  std::filesystem::resize_file(path_, kArea + largest);
+  for (int i = 0; i < 2; i++) {
+    ASSERT_EQ(Open(), 0);
+    EXPECT_EQ(LastFailure(), 3);
+    EXPECT_EQ(book_.NamesOf(1)[0], std::string(31, 'n'));
+    book_.Close();
+    EXPECT_EQ(std::filesystem::file_size(path_), 0x7FFFFFFF);
+  }
   std::filesystem::resize_file(path_, 0x80000001);
   for (int32_t const readOnly : {1, 0}) EXPECT_EQ(Open(readOnly), -1);
   EXPECT_EQ(std::filesystem::file_size(path_), 0x80000001);

@@ -1,6 +1,7 @@
 // A disk that fails or is full, at every call in turn; and programs that are killed.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
@@ -9,6 +10,8 @@
 #include "tests/support/child.h"
 #include "tests/support/file_shim.h"
 #include "tests/support/key.h"
+#include "zolt41/rolodex/redo_block.h"
+#include "zolt41/rolodex/rolodex_check.h"
 
 namespace zolt::testing {
 namespace {
@@ -81,6 +84,37 @@ TEST_F(FaultTest, AFullDiskIsNotTheEnd) {
   EXPECT_EQ(book_.All(), all);
 }
 
+// The head of the card that is saved crosses a page, so that it is freed through a redo block, for
+// which there is no room; the new record, at the end or in a free place, is taken back.
+TEST_F(FaultTest, AFullDiskInTheMiddleOfASave) {
+  for (bool const intoFreePlace : {false, true}) {
+    SCOPED_TRACE(intoFreePlace);
+    int wholes = 0;
+    for (int number = 1; number <= 12; number++) {
+      FileShim shim;
+      Begin();
+      book_.Add(BodyOf(12288 - 8 - kArea - 124, 'a'));
+      book_.Add(BodyOf(300, 'b'));
+      for (uint32_t const size : {300U, 2000U, 300U}) book_.Add(BodyOf(size, 'c'));
+      if (intoFreePlace) book_.DeleteCard(4);
+      Reopen();
+      Cards const all = book_.All();
+      Cards saved = all;
+      saved[2].body = BodyOf(1000, 'e');
+      shim.FailAt(number, ENOSPC, true, false);
+      int32_t const done = book_.Save(2, BodyOf(1000, 'e'));
+      EXPECT_EQ(LastFailure(), done == 0 ? 3 : 0);
+      shim.FailNothing();
+      bool const whole = book_.Add(BodyOf(900, 'z')) == 6 && book_.DeleteCard(6) == 1;
+      wholes += done == 0 && whole;
+      EXPECT_TRUE(!whole || done != 0 || book_.All() == all);
+      Reopen();
+      EXPECT_EQ(Between(book_.All(), done == 0 ? all : saved, saved), "");
+    }
+    EXPECT_EQ(wholes, 4) << "no index given up, in two ways; no new record; one taken back";
+  }
+}
+
 // Two batches. Where no step was left half done, the same object works on.
 TEST_F(FaultTest, AFullDiskEndsACompactionBetweenTwoBatches) {
   int wholes = 0;
@@ -115,6 +149,60 @@ int Work(Child::Pipe &pipe, std::string const &path, uint32_t seed, Cards const 
     pipe.Say(std::to_string(i));
     steps.Next().run(&book);
   }
+}
+
+// What opening does, of a file that was not closed, with a redo block, twice the same card and a
+// broken record, or of a big-endian one; and making a file. Nothing is lost that was there.
+TEST_F(FaultTest, OpeningAndMaking) {
+  for (char c = 'a'; c < 'f'; c++) book_.Add(BodyOf(5000, c), {std::string(1, c)});
+  Cards all = book_.All();
+  book_.Close();
+  constexpr size_t kRecord = 5124;
+  std::string const clean = Content();
+  std::string dirty = clean.substr(0, kArea + 5 * kRecord + 4);
+  std::string const big = BigEndian(dirty);
+  PutNumber(&dirty, kArea + kRecord + 4, 1);
+  PutNumber(&dirty, kArea + 4 * kRecord, 5);
+  Piece const piece = {kArea + 28, std::string_view("z\0", 2)};
+  std::string const block = RedoBlockOf(static_cast<uint32_t>(dirty.size()), {&piece, 1});
+  Cards left = all;
+  left.erase(2);
+  left.erase(5);
+  left[1].names[0] = "z";
+  struct Row {
+    std::string content;
+    bool inPlace;
+    Cards cards;
+  };
+  for (Row const &row :
+       {Row{dirty + block, false, left}, Row{big, false, all}, Row{big, true, all}}) {
+    for (Fault const &fault : {Fault{EIO, true, true}, Fault{ENOSPC, true, false}}) {
+      for (int number = 1, result = -1; result != 0 || number < 40; number++) {
+        SCOPED_TRACE(number);
+        Put(row.content);
+        FileShim shim;
+        shim.set_noNewFiles(row.inPlace);
+        shim.FailAt(number, fault.error, fault.part, fault.forever);
+        result = Open();
+        EXPECT_TRUE(result == 0 || LastFailure() == (fault.error == ENOSPC ? 3 : 6));
+        book_.Close();
+        shim.FailNothing();
+        RolodexReport report;
+        EXPECT_EQ(CheckRolodex(path_.c_str(), nullptr, nullptr, &report), 0);
+        EXPECT_EQ(report.sound, row.cards.size());
+        ASSERT_EQ(Open(), 0);
+        EXPECT_TRUE(book_.All() == row.cards);
+        book_.Close();
+        for (int i = 1; unlink((path_ + ".lost-" + std::to_string(i)).c_str()) == 0;) i++;
+      }
+    }
+  }
+  FileShim shim;
+  shim.FailAt(1, EIO, true, true);
+  EXPECT_EQ(Rolodex::Create(path_.c_str()), -1);
+  shim.FailAt(2, ENOSPC, true, true);
+  EXPECT_EQ(Rolodex::Create(path_.c_str()), -1);
+  EXPECT_EQ(LastFailure(), 3);
 }
 
 TEST_F(FaultTest, KilledAtAnyMoment) {

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <utility>
 
@@ -277,6 +278,15 @@ TEST_F(RolodexTest, BigEndianFiles) {
   struct stat status {};
   ASSERT_EQ(stat(path_.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0640U);
+  // A file with two names keeps them.
+  Put(big);
+  std::string const second = path_ + "2";
+  ASSERT_EQ(link(path_.c_str(), second.c_str()), 0);
+  ASSERT_EQ(Open(), 0);
+  EXPECT_EQ(book_.GetCategoryInfo(127)->number, 0x01020304U);
+  EXPECT_EQ(book_.AllIds(), (Ids{1, 3, 4, 5}));
+  book_.Close();
+  EXPECT_EQ(ContentOf(second), little);
   std::string newer = big;
   newer[7] = 1;
   Put(newer);

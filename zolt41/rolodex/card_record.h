@@ -31,6 +31,10 @@ class CardBody {
   bool good_;
 };
 
+// Whether a body is a list from its first property to its last. One that is too short for any is an
+// empty list.
+bool IsWholeList(std::string_view body);
+
 // A head without a position.
 CardEntry NewEntry(uint32_t id, uint32_t size, CardNames const &names,
                    unsigned char const *categories);
@@ -39,7 +43,7 @@ CardEntry NewEntry(uint32_t id, uint32_t size, CardNames const &names,
 bool HasRoom(RolodexState const &state, uint64_t growth);
 
 // What is written at the place of a new record: head and body, and behind them the head of what is
-// left of the free record there, or the end mark. Good until the next call.
+// left of the free record there, or the end mark. Good until the next call; empty without memory.
 std::string_view RecordBytes(RolodexState *state, Place const &place, CardEntry const &freeRecord,
                              CardEntry const &entry, std::string_view body);
 
@@ -47,6 +51,8 @@ std::string_view RecordBytes(RolodexState *state, Place const &place, CardEntry 
 // before EnterRecord.
 bool WriteRecord(RolodexState *state, Place const &place, CardEntry *entry, std::string_view body);
 void EnterRecord(RolodexState *state, Place const &place, CardEntry const &entry);
+// Takes a written record back that was not entered; where that cannot be done the file breaks.
+void TakeBackRecord(RolodexState *state, Place const &place, CardEntry const &entry);
 
 // Gives back the memory that a large body took.
 void DropLargeBuffers(RolodexState *state);

@@ -8,6 +8,7 @@
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/rolodex/redo_block.h"
 #include "zolt41/rolodex/rolodex_format.h"
+#include "zolt41/rolodex/with_memory.h"
 
 namespace zolt {
 namespace {
@@ -127,7 +128,8 @@ bool DatabaseFile::Apply(std::span<Piece const> pieces) {
 
 bool DatabaseFile::PutPieces(uint32_t end, std::span<Piece const> pieces) {
   uint32_t const start = end + kEndMarkSize;
-  std::string const block = RedoBlockOf(start, pieces);
+  std::string const block = WithMemory(std::string(), [&] { return RedoBlockOf(start, pieces); });
+  if (block.empty()) return false;
   if (block.size() > kLargestFile - start) {
     SetFailure(Failure::full, "");
     return false;
@@ -135,6 +137,13 @@ bool DatabaseFile::PutPieces(uint32_t end, std::span<Piece const> pieces) {
   if (!Write(start, block) || !Barrier()) return Restore(end);
   // From here on the file holds the change, done or to be done.
   return Apply(pieces) && Barrier() && Cut(start) ? true : Break();
+}
+
+bool DatabaseFile::PutPiecesOnDisk(uint32_t end, std::span<Piece const> pieces) {
+  bool const durable = std::exchange(durable_, true);
+  bool const put = PutPieces(end, pieces);
+  durable_ = durable;
+  return put;
 }
 
 bool DatabaseFile::Redo() {

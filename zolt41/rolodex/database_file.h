@@ -62,6 +62,8 @@ class DatabaseFile {
   bool SyncDelayed();
   // Changes any bytes, in several places.
   bool PutPieces(uint32_t end, std::span<Piece const> pieces);
+  // The same, as in the durable mode.
+  bool PutPiecesOnDisk(uint32_t end, std::span<Piece const> pieces);
 
   // Does again what a step that was ended in the middle had begun. False on failure.
   bool Redo();

@@ -8,8 +8,13 @@ namespace {
 
 constexpr size_t kSmallest = 64;
 
-// Another one in each process, so that no file can be made whose ids all meet in one place.
-uint64_t Multiplier() {
+uint32_t IdOf(uint64_t place) {
+  return static_cast<uint32_t>(place >> 32);
+}
+
+}  // namespace
+
+uint64_t ProcessMultiplier() {
   static uint64_t const multiplier = [] {
     std::random_device source;
     return uint64_t{source()} << 32 | source() | 1;
@@ -17,14 +22,8 @@ uint64_t Multiplier() {
   return multiplier;
 }
 
-uint32_t IdOf(uint64_t place) {
-  return static_cast<uint32_t>(place >> 32);
-}
-
-}  // namespace
-
 size_t IdTable::HomeOf(uint32_t id) const {
-  static uint64_t const multiplier = Multiplier();
+  static uint64_t const multiplier = ProcessMultiplier();
   return static_cast<size_t>(id * multiplier >> shift_);
 }
 

@@ -7,6 +7,10 @@
 
 namespace zolt {
 
+// An odd number, another one in each process, so that no file can be made whose ids, or names, all
+// meet in one place.
+uint64_t ProcessMultiplier();
+
 // Where the card of an id is found: a number for each id. Ids are never 0.
 class IdTable {
  public:

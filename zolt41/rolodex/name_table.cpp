@@ -3,20 +3,24 @@
 #include <algorithm>
 #include <utility>
 
+#include "zolt41/rolodex/id_table.h"
+
 namespace zolt {
 namespace {
 
 // The same for all names that AZStrEqual takes for equal: the top bit and the case of letters do
 // not count, and what folds to a NUL may end a name.
 uint32_t SumOf(std::string_view name) {
-  uint32_t sum = 2166136261;
+  uint64_t const multiplier = ProcessMultiplier();
+  uint64_t sum = multiplier;
   for (char const byte : name) {
     uint32_t folded = static_cast<unsigned char>(byte) & 0x7F;
     if (folded == 0) break;
     if (folded >= 'a' && folded <= 'z') folded &= 0x5F;
-    sum = (sum ^ folded) * 16777619;
+    sum = (sum ^ folded) * multiplier;
+    sum ^= sum >> 32;
   }
-  return sum;
+  return static_cast<uint32_t>(sum);
 }
 
 uint64_t KeyOf(std::string_view name, uint32_t position) {

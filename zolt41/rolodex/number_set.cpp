@@ -90,6 +90,7 @@ uint64_t const *NumberSet::Below(uint64_t number) const {
 
 void NumberSet::Count() const {
   if (!before_.empty()) return;
+  before_.reserve(leaves_.size());
   size_t count = 0;
   for (auto const &leaf : leaves_) {
     before_.push_back(count);

@@ -1,21 +1,23 @@
 #include "zolt41/rolodex/record_scan.h"
 
 #include <algorithm>
-#include <unordered_set>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "zolt41/cards/property_storage.h"
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/foundation/endian.h"
 #include "zolt41/platform/system/last_failure.h"
+#include "zolt41/rolodex/card_record.h"
 #include "zolt41/rolodex/database_file.h"
 #include "zolt41/rolodex/record_walk.h"
 #include "zolt41/rolodex/record_window.h"
 #include "zolt41/rolodex/redo_block.h"
+#include "zolt41/rolodex/rolodex_byte_order.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_index.h"
 #include "zolt41/rolodex/stored_index.h"
+#include "zolt41/rolodex/with_memory.h"
 
 namespace zolt {
 namespace {
@@ -49,17 +51,20 @@ class Scan {
     return good;
   }
 
-  // By the records alone, from the front, and behind a broken one by search.
-  void ByRecords(bool chained) {
+  // By the records alone, from the front, and behind a broken one by search, which takes those of
+  // either byte order. The first are `chained` in a database, in its order.
+  void ByRecords(bool chained, bool bigEndian) {
+    bool order = bigEndian;  // of the last one
     for (uint32_t position = kCardArea; position < size_;) {
       std::string_view const head = window_.At(position, kEntrySize);
       if (head.size() < kEndMarkSize) break;
       if (chained && LoadLittle32(head.data()) == kEndMark) break;
-      bool const own = head.size() == kEntrySize && LoadLittle32(head.data()) == position;
-      if (own) {
-        CardEntry const entry(head.data());
+      bool swapped = order;
+      if (head.size() == kEntrySize && IsOwn(head.data(), position, &swapped)) {
+        CardEntry const entry(swapped ? SwappedHead(head).data() : head.data());
         bool const stands = StandsAt(entry, position, size_);
-        chained = chained && stands;
+        chained = chained && stands && swapped == bigEndian;
+        order = swapped;
         Tell(entry, !stands ? CardState::cut : chained ? CardState::sound : CardState::lost);
         if (stands) {
           position = static_cast<uint32_t>(entry.end());
@@ -74,14 +79,26 @@ class Scan {
   bool failed() const { return window_.failed(); }
 
  private:
+  // Whether a number is its own position; `*swapped` has the order to be tried first, and then the
+  // one in which it is.
+  static bool IsOwn(char const *bytes, uint32_t position, bool *swapped) {
+    uint32_t const number = LoadLittle32(bytes);
+    uint32_t const other = Swapped32(number);
+    if ((*swapped ? other : number) == position) return true;
+    *swapped = !*swapped;
+    return (*swapped ? other : number) == position;
+  }
+
   // The next place where a number is its own position.
   uint32_t Search(uint32_t from) {
     while (from < size_) {
       std::string_view const bytes = window_.At(from, std::min(size_ - from, kSearched));
       if (bytes.size() < kEntrySize) break;
       size_t const places = bytes.size() - kEndMarkSize + 1;
-      for (uint32_t i = 0; i < places; i++)
-        if (LoadLittle32(bytes.data() + i) == from + i) return from + i;
+      for (uint32_t i = 0; i < places; i++) {
+        bool swapped = false;
+        if (IsOwn(bytes.data() + i, from + i, &swapped)) return from + i;
+      }
       from += static_cast<uint32_t>(places);
     }
     return size_;
@@ -89,39 +106,44 @@ class Scan {
 
   void Tell(CardEntry const &entry, CardState state) {
     if (entry.free()) {
-      if (state != CardState::cut) visit_({state, false, entry, {}});
+      if (state != CardState::cut) visit_({state, false, false, entry, {}});
       return;
     }
-    // A card that was being saved is there twice in a row of records; opening keeps the first.
-    if (state != CardState::cut && !ids_.insert(entry.id()).second) return;
+    bool whole = entry.size() >= kEntrySize && entry.end() <= size_;
     std::string_view body;
-    if (entry.size() >= kEntrySize && entry.end() <= size_) {
+    if (whole) {
       uint32_t const size = entry.size() - kEntrySize;
       body = window_.At(entry.position() + kEntrySize, size);
-      if (body.size() < size) body = {};
+      whole = body.size() == size && IsWholeList(body);
     }
-    bool const whole = IsWholeList(body);
-    visit_({whole ? state : CardState::cut, whole, entry, body});
-  }
-
-  bool IsWholeList(std::string_view body) {
-    if (body.size() < sizeof(uint32_t)) return false;
-    card_.Set(body.data(), static_cast<int32_t>(body.size()));
-    return card_.PropCount() == LoadLittle32(body.data());
+    // A card that was being saved is there twice in a row of records; opening keeps one of them.
+    bool const again = state == CardState::sound && sums_.contains(entry.id());
+    if (again && !whole) return;
+    if (whole) {
+      size_t const sum = std::hash<std::string_view>()(body);
+      auto const [first, isNew] = sums_.emplace(entry.id(), sum);
+      if (!isNew && first->second == sum) return;
+    }
+    visit_({whole ? state : CardState::cut, whole, again, entry, body});
   }
 
   uint32_t size_;
   std::function<void(FoundRecord const &)> const &visit_;
   RedoBlock redo_;
   RecordWindow window_;
-  PCardStorage card_;
-  std::unordered_set<uint32_t> ids_;
+  std::unordered_map<uint32_t, size_t> sums_;  // of the lists that were whole, by id
 };
 
 // Whether the file begins as a database or, as a piece of one does, with nothing at all.
-int32_t ReadFront(DatabaseFile const &file, ScannedFile *scanned) {
+int32_t ReadFront(DatabaseFile const &file, ScannedFile *scanned, bool *bigEndian) {
   std::string front(kCardArea, '\0');
   if (int32_t const code = file.Read(0, front.data(), kCardArea); code != 0) return code;
+  RedoBlock const redo(file);
+  for (Piece const &piece : redo.pieces())
+    if (piece.position < kCardArea)
+      piece.bytes.copy(front.data() + piece.position, kCardArea - piece.position);
+  *bigEndian = LoadLittle32(front.data()) == Swapped32(kRolodexMagic);
+  if (*bigEndian) front = SwappedFront(front);
   uint32_t const magic = LoadLittle32(front.data());
   if (magic != 0 && magic != kRolodexMagic) return Refuse(Failure::damaged);
   if (LoadLittle32(front.data() + 4) != 0) return Refuse(Failure::newer);
@@ -130,20 +152,19 @@ int32_t ReadFront(DatabaseFile const &file, ScannedFile *scanned) {
   return 0;
 }
 
-}  // namespace
-
-int32_t ScanRolodex(char const *path, std::function<void(FoundRecord const &)> const &visit,
-                    ScannedFile *scanned) {
+int32_t ScanFile(char const *path, std::function<void(FoundRecord const &)> const &visit,
+                 ScannedFile *scanned) {
   uint32_t handle = 0;
   if (int32_t const code = AFS_LZOpenFile(path, 1, &handle); code != 0) return code;
   DatabaseFile const file(handle, false);
-  if (int32_t const code = ReadFront(file, scanned); code != 0) return code;
+  bool bigEndian = false;
+  if (int32_t const code = ReadFront(file, scanned, &bigEndian); code != 0) return code;
   int64_t const size = file.Size();
   if (size < 0) return -1;
   if (size > kLargestFile) return Refuse(Failure::full);
   Scan scan(file, static_cast<uint32_t>(size), visit);
   StoredIndex stored;
-  if (FindStoredIndex(file, &stored) == 0) {
+  if (scanned->database && !bigEndian && FindStoredIndex(file, &stored) == 0) {
     std::vector<CardEntry> entries;
     if (!ReadStoredIndex(file, stored, &entries)) return -1;
     RolodexIndex const index(std::move(entries), stored.lastId);
@@ -152,8 +173,15 @@ int32_t ScanRolodex(char const *path, std::function<void(FoundRecord const &)> c
       return scan.failed() ? -1 : 0;
     }
   }
-  scan.ByRecords(scanned->database);
+  scan.ByRecords(scanned->database, bigEndian);
   return scan.failed() ? -1 : 0;
+}
+
+}  // namespace
+
+int32_t ScanRolodex(char const *path, std::function<void(FoundRecord const &)> const &visit,
+                    ScannedFile *scanned) {
+  return WithMemory(int32_t{-1}, [&] { return ScanFile(path, visit, scanned); });
 }
 
 }  // namespace zolt

@@ -17,6 +17,7 @@ namespace zolt {
 struct FoundRecord {
   CardState state;
   bool whole;
+  bool again;  // another copy of a card, which opening frees
   CardEntry const &entry;
   std::string_view body;
 };
@@ -27,7 +28,9 @@ struct ScannedFile {
   std::string categories;  // the table, of a database
 };
 
-// Calls for every record, also free ones. 0 or a code as CheckRolodex gives it.
+// Calls for every record, also free ones; of a card that is there twice with the same list, once.
+// Heads are given as a little-endian file has them, whatever order this one has. 0 or a code as
+// CheckRolodex gives it.
 int32_t ScanRolodex(char const *path, std::function<void(FoundRecord const &)> const &visit,
                     ScannedFile *file);
 

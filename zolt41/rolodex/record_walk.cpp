@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "zolt41/foundation/endian.h"
+#include "zolt41/rolodex/rolodex_byte_order.h"
 
 namespace zolt {
 namespace {
@@ -15,7 +16,7 @@ bool IsCutMark(std::string_view bytes) {
 
 }  // namespace
 
-RecordChain WalkRecords(DatabaseFile const &file, uint32_t size) {
+RecordChain WalkRecords(DatabaseFile const &file, uint32_t size, bool swapped) {
   RecordWindow window(file);
   RecordChain chain;
   while (chain.end < size) {
@@ -28,7 +29,7 @@ RecordChain WalkRecords(DatabaseFile const &file, uint32_t size) {
     if (chain.marked || IsCutMark(head)) break;
     chain.broken = head.size() < kEntrySize;
     if (chain.broken) break;
-    CardEntry const entry(head.data());
+    CardEntry const entry(swapped ? SwappedHead(head).data() : head.data());
     chain.broken = !StandsAt(entry, chain.end, size);
     if (chain.broken) break;
     chain.entries.push_back(entry);

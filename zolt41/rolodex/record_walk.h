@@ -19,7 +19,8 @@ struct RecordChain {
   bool read = true;          // false if the file could not be read
 };
 
-RecordChain WalkRecords(DatabaseFile const &file, uint32_t size);
+// The heads are given in this byte order; in the file they are in the other one if `swapped`.
+RecordChain WalkRecords(DatabaseFile const &file, uint32_t size, bool swapped);
 
 // Whether a head is that of a record that stands at `position` in a file of `size` bytes.
 inline bool StandsAt(CardEntry const &entry, uint32_t position, uint32_t size) {

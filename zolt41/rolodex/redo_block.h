@@ -17,7 +17,7 @@ namespace zolt {
 // The block that begins at `start`, with its footer.
 std::string RedoBlockOf(uint32_t start, std::span<Piece const> pieces);
 
-// The block that a file ends in, if it is whole and names bytes of the card area only.
+// The block that a file ends in, if it is whole and leaves the file a database of this version.
 class RedoBlock {
  public:
   explicit RedoBlock(DatabaseFile const &file);

@@ -43,10 +43,11 @@ struct CardNames {
 // buffer that receives a list has 129 bytes. Names are compared as AZStrEqual does.
 //
 // All buffers are the caller's. Functions on cards answer on a closed database as if the card were
-// not there. One that fails changes nothing, and ZOLTLastFailure has the reason. Ids and sizes are
-// limited: a file has less than 2^31 bytes. An open database takes about 150 bytes of memory for
-// each card once it looks for one, and of a file of up to 4 MiB it may keep a copy. An object
-// belongs to one thread at a time.
+// not there. One that fails changes nothing, and ZOLTLastFailure has the reason; only
+// ApplyCategory, CreateCards and Compact may have done a part, of whole cards. Too little memory
+// counts as "full". Ids and sizes are limited: a file has less than 2^31 bytes. An open database
+// takes about 150 bytes of memory for each card once it looks for one, and of a file of up to 4 MiB
+// it may keep a copy. An object belongs to one thread at a time.
 class ZOLT_API Rolodex {
  public:
   Rolodex();
@@ -61,8 +62,9 @@ class ZOLT_API Rolodex {
 
   // Opens a database; for writing, nobody else may have it open. One that was not closed is put in
   // order first, and one of a big-endian machine is converted; a read-only opening does neither and
-  // fails. 0; -1 if it is no such file, of another version, in need of what cannot be done, or this
-  // object is open, which it stays; or a code of AFS_LZOpenFile or AFS_Read.
+  // fails. One that is too full for an index opens, but is not closed clean until it has been
+  // compacted. 0; -1 if it is no such file, of another version, in need of what cannot be done, or
+  // this object is open, which it stays; or a code of AFS_LZOpenFile or AFS_Read.
   int32_t Open(char const *path, int32_t readOnly);
   // Opens for writing, and for as long as it is open, every change is on the disk when its function
   // returns.
@@ -110,7 +112,8 @@ class ZOLT_API Rolodex {
   // Closes the gaps that deleted cards left, if `force` is odd or they are worth it. 1 if so.
   int32_t Compact(int32_t force);
   // Takes the categories `remove` from all cards that have all of `filter`, and then gives them
-  // those of `add`; each may be null. 1 if a card changed.
+  // those of `add`; each may be null. 1 if a card changed; 0 also after a failure, and then the
+  // cards in front of one, in file order, may have been changed.
   int32_t ApplyCategory(unsigned char const *add, unsigned char const *remove,
                         unsigned char const *filter);
   // The record of a category, which stays the object's, or null; also on a closed database.
@@ -141,11 +144,13 @@ class ZOLT_API Rolodex {
  private:
   ZOLT_HIDDEN int32_t OpenFile(char const *path, int32_t readOnly, bool durable);
   ZOLT_HIDDEN int32_t OpenContent();
+  ZOLT_HIDDEN int32_t ReadCategories();
   ZOLT_HIDDEN bool LoadIndex();
   ZOLT_HIDDEN bool BeginChange();
   ZOLT_HIDDEN bool GiveUpIndex();
   ZOLT_HIDDEN bool SwapFile();
   ZOLT_HIDDEN bool RebuildIndex();
+  ZOLT_HIDDEN bool IndexRecords();
   ZOLT_HIDDEN bool FreeDoubles();
 
   ZOLT_HIDDEN zolt::CardEntry const *EntryOf(uint32_t id);

@@ -7,6 +7,7 @@
 #include "zolt41/rolodex/rolodex.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
+#include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
 
@@ -62,26 +63,28 @@ uint32_t Rolodex::CreateCards(uint32_t count, PCardStorage *const *cards, CardNa
     done = upTo;
     return true;
   };
-  bool good = true;
-  for (uint32_t i = 0; good && i < count; i++) {
-    CardBody const body(cards[i]);
-    uint32_t const id = lastId + i + 1;
-    if (id <= lastId) SetFailure(Failure::full, "");
-    if (!body.good() || id <= lastId) break;
-    CardEntry entry = NewEntry(id, body.record(), names == nullptr ? CardNames{} : names[i],
-                               categories == nullptr ? nullptr : categories[i]);
-    Place const place = state.index->FindPlace(entry.size());
-    uint64_t const growth = batch.size() + uint64_t{batch.count()} * kEntrySize;
-    good = HasRoom(state, growth + (place.room == 0 ? entry.size() : 0)) && GiveUpIndex();
-    if (good && place.room == 0) {
-      batch.Add(entry, body.bytes());
-      if (batch.full()) good = writeOut(i + 1);
-    } else if (good) {
-      good = writeOut(i) && AddRecord(&entry, body.bytes());
-      if (good) done = i + 1;
+  ChangeWithMemory(&state.file, false, [&] {
+    bool good = true;
+    for (uint32_t i = 0; good && i < count; i++) {
+      CardBody const body(cards[i]);
+      uint32_t const id = lastId + i + 1;
+      if (id <= lastId) SetFailure(Failure::full, "");
+      if (!body.good() || id <= lastId) break;
+      CardEntry entry = NewEntry(id, body.record(), names == nullptr ? CardNames{} : names[i],
+                                 categories == nullptr ? nullptr : categories[i]);
+      Place const place = state.index->FindPlace(entry.size());
+      uint64_t const growth = batch.size() + uint64_t{batch.count()} * kEntrySize;
+      good = HasRoom(state, growth + (place.room == 0 ? entry.size() : 0)) && GiveUpIndex();
+      if (good && place.room == 0) {
+        batch.Add(entry, body.bytes());
+        if (batch.full()) good = writeOut(i + 1);
+      } else if (good) {
+        good = writeOut(i) && AddRecord(&entry, body.bytes());
+        if (good) done = i + 1;
+      }
     }
-  }
-  writeOut(done + batch.count());
+    return writeOut(done + batch.count());
+  });
   state.index->set_lastId(lastId + done);
   for (uint32_t i = 0; ids != nullptr && i < done; i++) ids[i] = lastId + i + 1;
   return done;

@@ -7,8 +7,24 @@
 #include "zolt41/rolodex/rolodex.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
+#include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
+
+namespace {
+
+// False, and the card keeps its list, without memory.
+bool SetList(PCardStorage *card, std::vector<char> const &buffer, uint32_t size) {
+  int32_t const modified = card->PCardStorage::Modified();
+  card->SetModified(1);
+  card->Set(buffer.data(), static_cast<int32_t>(size));
+  if (card->PCardStorage::Modified() == 0) return true;
+  card->SetModified(modified);
+  SetFailure(Failure::full, "");
+  return false;
+}
+
+}  // namespace
 
 bool Rolodex::AddRecord(CardEntry *entry, std::string_view body) {
   Place const place = state_->index->FindPlace(entry->size());
@@ -24,7 +40,8 @@ int32_t Rolodex::AddCard(PCardStorage *card, uint32_t id, char const *name1, cha
   CardBody const body(card);
   if (!body.good()) return -1;
   CardEntry entry = NewEntry(id, body.record(), {name1, name2, name3}, categories);
-  if (!AddRecord(&entry, body.bytes())) return -1;
+  auto const add = [&] { return AddRecord(&entry, body.bytes()); };
+  if (!ChangeWithMemory(&state_->file, false, add)) return -1;
   state_->index->set_lastId(std::max(id, state_->index->lastId()));
   return 0;
 }
@@ -44,13 +61,15 @@ int32_t Rolodex::LoadCard(uint32_t id, PCardStorage *card) {
   ClearFailure();
   CardEntry const *const entry = EntryOf(id);
   if (entry == nullptr) return 0;
+  uint32_t const from = entry->position() + kEntrySize;
   uint32_t const size = entry->size() - kEntrySize;
-  std::vector<char> &buffer = state_->reading;
-  if (buffer.size() < size) buffer.resize(size);
-  bool const read = state_->file.ReadBody(entry->position() + kEntrySize, buffer.data(), size) == 0;
-  if (read) card->Set(buffer.data(), static_cast<int32_t>(size));
+  bool const loaded = WithMemory(false, [&] {
+    std::vector<char> &buffer = state_->reading;
+    if (buffer.size() < size) buffer.resize(size);
+    return state_->file.ReadBody(from, buffer.data(), size) == 0 && SetList(card, buffer, size);
+  });
   DropLargeBuffers(state_.get());
-  return read ? 1 : 0;
+  return loaded ? 1 : 0;
 }
 
 bool Rolodex::FreeRecord(uint32_t slot, FreedRecord const &freed) {
@@ -67,8 +86,11 @@ int32_t Rolodex::DeleteCard(uint32_t id) {
   if (!BeginChange()) return 0;
   uint32_t const slot = state_->index->Find(id);
   if (slot == RolodexIndex::kNone) return 0;
-  FreedRecord const freed = state_->index->PlanFree(slot);
-  return GiveUpIndex() && FreeRecord(slot, freed) ? 1 : 0;
+  auto const free = [&] {
+    FreedRecord const freed = state_->index->PlanFree(slot);
+    return GiveUpIndex() && FreeRecord(slot, freed);
+  };
+  return ChangeWithMemory(&state_->file, false, free) ? 1 : 0;
 }
 
 // Gives a card another body, where it would come to lie after it had been deleted.
@@ -87,12 +109,13 @@ bool Rolodex::Replace(uint32_t slot, std::string_view body) {
     if (place.room == 0) state.end += entry.size();
     bool const done = FreeRecord(slot, freed);
     state.end = end;
-    if (!done) return state.file.Break();
+    if (!done) TakeBackRecord(&state, place, entry);
+    if (!done) return false;
   } else {
     entry.set_position(place.position);
     Piece const record = {place.position,
                           RecordBytes(&state, place, index.at(freed.head), entry, body)};
-    if (!state.file.PutPieces(state.end, {&record, 1})) return false;
+    if (record.bytes.empty() || !state.file.PutPieces(state.end, {&record, 1})) return false;
     index.Free(slot, freed);
   }
   EnterRecord(&state, place, entry);
@@ -104,7 +127,8 @@ int32_t Rolodex::SaveCard(uint32_t id, PCardStorage *card) {
   uint32_t const slot = state_->index->Find(id);
   if (slot == RolodexIndex::kNone) return 0;
   CardBody const body(card);
-  if (!body.good() || !Replace(slot, body.bytes())) return 0;
+  auto const replace = [&] { return body.good() && Replace(slot, body.bytes()); };
+  if (!ChangeWithMemory(&state_->file, false, replace)) return 0;
   card->SetModified(0);
   return 1;
 }

@@ -7,6 +7,7 @@
 #include "zolt41/rolodex/rolodex.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
+#include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
 
@@ -89,7 +90,10 @@ void Rolodex::SetCategoryInfo(uint32_t index, CategoryInfo const *info) {
   ClearFailure();
   if (!state_ || readOnly_ != 0 || index >= kCategoryCount || info == nullptr) return;
   categories_[index] = *info;
-  std::string table;
-  for (CategoryInfo const &each : categories_) table += StoredCategory(each);
-  if (state_->file.Write(kRolodexHead, table) && state_->file.durable()) state_->file.Sync();
+  WithMemory(false, [&] {
+    std::string table;
+    for (CategoryInfo const &each : categories_) table += StoredCategory(each);
+    return state_->file.Write(kRolodexHead, table) &&
+           (!state_->file.durable() || state_->file.Sync());
+  });
 }

@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/platform/system/file.h"
@@ -13,6 +14,7 @@
 #include "zolt41/rolodex/category_table.h"
 #include "zolt41/rolodex/record_scan.h"
 #include "zolt41/rolodex/rolodex_format.h"
+#include "zolt41/rolodex/with_memory.h"
 
 namespace zolt {
 namespace {
@@ -37,6 +39,23 @@ void Count(FoundRecord const &record, RolodexReport *report) {
   ++*counts[static_cast<int32_t>(record.state)];
 }
 
+// Gives out ids that no card has: above all that there are, while there are such.
+class NewIds {
+ public:
+  void Take(uint32_t id) {
+    taken_.insert(id);
+    last_ = std::max(last_, id);
+  }
+  uint32_t Next() {
+    while (taken_.contains(++last_)) continue;
+    return last_;
+  }
+
+ private:
+  std::unordered_set<uint32_t> taken_ = {0};
+  uint32_t last_ = 0;
+};
+
 // A new database that cards are put into with the ids that they had.
 class Repaired : public Rolodex {
  public:
@@ -46,7 +65,7 @@ class Repaired : public Rolodex {
     for (uint32_t i = 0; i < kCategoryCount; i++) SetCategoryInfo(i, &infos[i]);
   }
 
-  bool Put(FoundRecord const &record, uint32_t *nextId) {
+  bool Put(FoundRecord const &record, NewIds *newIds) {
     CardEntry const &entry = record.entry;
     uint32_t id = entry.id();
     if (CardIndex(id) >= 0) {
@@ -55,8 +74,9 @@ class Repaired : public Rolodex {
       for (auto other = first; other != last; ++other)
         there = there || IsThere(other->second, record);
       if (there) return true;
-      renumbered_.emplace(id, ++*nextId);
-      id = *nextId;
+      uint32_t const given = newIds->Next();
+      renumbered_.emplace(id, given);
+      id = given;
     }
     PCardStorage card;
     card.Set(record.body.data(), static_cast<int32_t>(record.body.size()));
@@ -76,23 +96,24 @@ class Repaired : public Rolodex {
     PCardStorage card;
     if (LoadCard(id, &card) == 0) return false;
     CardBody const body(&card);
-    return body.good() && body.bytes() == record.body;
+    // As it was stored: what is no list became an empty one.
+    card.Set(record.body.data(), static_cast<int32_t>(record.body.size()));
+    CardBody const other(&card);
+    return body.good() && other.good() && body.bytes() == other.bytes();
   }
 
   uint32_t cards_ = 0;
   std::multimap<uint32_t, uint32_t> renumbered_;  // the ids that cards of an id got
 };
 
-// Puts the cards of the files into a database that is open. Ids that are given anew are above all
-// that there are.
+// Puts the cards of the files into a database that is open.
 int32_t Collect(char const *const *paths, uint32_t count, Repaired *repaired) {
-  uint32_t highest = 0;
+  NewIds newIds;
   bool hasCategories = false;
   for (uint32_t i = 0; i < count; i++) {
     ScannedFile file;
     int32_t const code = ScanRolodex(
-        paths[i],
-        [&](FoundRecord const &record) { highest = std::max(highest, record.entry.id()); }, &file);
+        paths[i], [&](FoundRecord const &record) { newIds.Take(record.entry.id()); }, &file);
     if (code != 0) return code;
     if (file.database && !hasCategories) repaired->SetCategories(file.categories);
     hasCategories = hasCategories || file.database;
@@ -101,7 +122,7 @@ int32_t Collect(char const *const *paths, uint32_t count, Repaired *repaired) {
     ScannedFile file;
     bool good = true;
     auto const put = [&](FoundRecord const &record) {
-      if (record.whole) good = good && repaired->Put(record, &highest);
+      if (record.whole) good = good && repaired->Put(record, &newIds);
     };
     int32_t const code = ScanRolodex(paths[i], put, &file);
     if (code != 0 || !good) return code != 0 ? code : kNotWritten;
@@ -118,6 +139,7 @@ int32_t CheckRolodex(char const *path, void (*tell)(void *context, CardFinding c
   int32_t const code = ScanRolodex(
       path,
       [&](FoundRecord const &record) {
+        if (record.again) return;
         Count(record, report);
         if (tell != nullptr && !record.entry.free()) tell(context, FindingOf(record));
       },
@@ -133,7 +155,8 @@ int32_t RepairRolodex(char const *const *paths, uint32_t count, char const *targ
   Repaired repaired;
   int32_t code = Rolodex::Create(target);
   if (code == 0) code = repaired.Open(target, 0);
-  if (code == 0) code = Collect(paths, count, &repaired);
+  auto const collect = [&] { return Collect(paths, count, &repaired); };
+  if (code == 0) code = WithMemory(kNotWritten, collect);
   if (code == 0) ClearFailure();
   repaired.Close();
   if (code == 0 && ZOLTLastFailure(nullptr, 0) != 0) code = kNotWritten;

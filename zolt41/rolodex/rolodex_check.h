@@ -31,7 +31,7 @@ struct CardFinding {
 // How many cards are in which state, and what lies free between them.
 struct RolodexReport {
   bool database;  // it begins as one; false for a piece NAME.lost-N, which is searched all the same
-  bool clean;     // it was closed, and index and records agree
+  bool clean;     // it was closed, and index and records agree; false also before a conversion
   uint32_t sound;
   uint32_t cut;
   uint32_t lost;
@@ -40,17 +40,17 @@ struct RolodexReport {
 };
 
 // Calls `tell`, unless it is null, for every card, in file order. 0; -1 if the file is neither a
-// database of this version and byte order nor a piece of one; or a code of AFS_LZOpenFile or
+// database of this version nor a piece of one; or a code of AFS_LZOpenFile or
 // AFS_Read.
 ZOLT_API int32_t CheckRolodex(char const *path,
                               void (*tell)(void *context, CardFinding const &finding),
                               void *context, RolodexReport *report);
 
-// Makes a new database, and puts into it every whole card of the files, databases or pieces of
-// them, `count` of them. Ids stay; a card whose id another one has already gets a new one, unless
-// it is the same card. The records of categories are those of the first database. 0, with how many
-// cards there are in `*cards`; -8990 if there is a file `target`; or a code as of CheckRolodex, and
-// then there is no new file.
+// Makes a new database, and puts into it every whole card of the files, databases of either byte
+// order or pieces of them, `count` of them. What is no list becomes an empty one. Ids stay; a card
+// whose id another one has already gets a new one, unless it has the same list. The records of
+// categories are those of the first database. 0, with how many cards there are in `*cards`; -8990
+// if there is a file `target`; or a code as of CheckRolodex, and then there is no new file.
 ZOLT_API int32_t RepairRolodex(char const *const *paths, uint32_t count, char const *target,
                                uint32_t *cards);
 

@@ -10,6 +10,7 @@
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
 #include "zolt41/rolodex/sequential_writer.h"
+#include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
 
@@ -179,12 +180,15 @@ void Rolodex::KeepMoved(std::vector<CardEntry> moved, uint32_t end, uint32_t beh
 
 int32_t Rolodex::Compact(int32_t force) {
   if (!BeginChange() || !PaysToCompact(force)) return 0;
-  std::vector<CardEntry> entries = CompactedEntries();
-  uint32_t const lastId = state_->index->lastId();
-  bool const renewed = CompactIntoNewFile();
-  ClearFailure();
-  if (!renewed && !CompactInPlace()) return 0;
-  dirty_ = 1;
-  state_->index.emplace(std::move(entries), lastId);
-  return 1;
+  auto const compact = [this] {
+    std::vector<CardEntry> entries = CompactedEntries();
+    uint32_t const lastId = state_->index->lastId();
+    bool const renewed = CompactIntoNewFile();
+    ClearFailure();
+    if (!renewed && !CompactInPlace()) return false;
+    dirty_ = 1;
+    state_->index.emplace(std::move(entries), lastId);
+    return true;
+  };
+  return ChangeWithMemory(&state_->file, false, compact) ? 1 : 0;
 }

@@ -46,8 +46,9 @@ NumberSet &RolodexIndex::Order() {
   keys.reserve(entries_.size());
   for (uint32_t slot = 0; slot < entries_.size(); slot++)
     keys.push_back(NumberSet::Of(entries_[slot].position(), slot));
-  order_.emplace().Assign(keys);
-  return *order_;
+  NumberSet order;
+  order.Assign(keys);
+  return order_.emplace(std::move(order));
 }
 
 uint32_t RolodexIndex::Find(uint32_t id) const {
@@ -93,31 +94,52 @@ bool RolodexIndex::HasNames(uint32_t slot,
   return true;
 }
 
-uint32_t RolodexIndex::FindByTable(std::array<char const *, kCardNames> const &names,
-                                   uint32_t which, uint32_t number) {
-  auto &table = names_[which];
-  if (!table) table.emplace(which).Build(entries_);
+// From position to position that one of the names has next, so that the rarest of them says how
+// many are looked at.
+uint32_t RolodexIndex::FindByTables(std::array<char const *, kCardNames> const &names,
+                                    uint32_t number) {
+  std::array<uint32_t, kCardNames> given{};
+  uint32_t count = 0;
+  for (uint32_t which = 0; which < kCardNames; which++) {
+    if (names[which] == nullptr) continue;
+    given[count++] = which;
+    if (names_[which]) continue;
+    NameTable table(which);
+    table.Build(entries_);
+    names_[which] = std::move(table);
+  }
   Order();  // finds a position in fewer steps through memory than the entries
   uint32_t position = entries_[SlotAt(number)].position();
-  while (true) {
-    position = table->Find(names[which], position);
-    if (position == kEndMark) return kNone;
+  for (uint32_t turn = 0, agreed = 0;; turn = turn + 1 < count ? turn + 1 : 0) {
+    uint32_t const which = given[turn];
+    uint32_t const found = names_[which]->Find(names[which], position);
+    if (found == kEndMark) return kNone;
+    agreed = found == position ? agreed + 1 : 1;
+    position = found;
+    if (agreed < count) continue;
     uint32_t const slot = SlotAtPosition(position++);
     if (HasNames(slot, names)) return slot;
+    agreed = 0;
   }
 }
 
 uint32_t RolodexIndex::FindNames(std::array<char const *, kCardNames> const &names,
                                  uint32_t number) {
   if (number >= count()) return kNone;
-  uint32_t which = 0;
-  while (which < kCardNames && names[which] == nullptr) which++;
-  if (which < kCardNames && searches_[which]++ >= kWalks) return FindByTable(names, which, number);
+  bool const any = std::ranges::any_of(names, [](char const *name) { return name != nullptr; });
+  if (any && !unordered_ && searches_++ >= kWalks) return FindByTables(names, number);
   for (; number < count(); number++) {
     uint32_t const slot = SlotAt(number);
     if (HasNames(slot, names)) return slot;
   }
   return kNone;
+}
+
+void RolodexIndex::Prefer(uint32_t slot) {
+  uint32_t const id = entries_[slot].id();
+  *std::ranges::find(doubles_, slot) = ids_.Find(id);
+  ids_.Erase(id);
+  ids_.Insert(id, slot);
 }
 
 void RolodexIndex::EnterNames(CardEntry const &entry) {

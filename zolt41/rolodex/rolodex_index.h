@@ -43,6 +43,10 @@ class RolodexIndex {
   bool Fits(uint32_t end) const;
   // The slots of cards whose id an earlier one has.
   std::vector<uint32_t> const &doubles() const { return doubles_; }
+  // The id leads to this one of them from now on, and the other is the double.
+  void Prefer(uint32_t slot);
+  // For an index that does not fit and is kept for a reader: nothing is searched for by position.
+  void set_unordered() { unordered_ = true; }
 
   uint32_t lastId() const { return lastId_; }
   void set_lastId(uint32_t id) { lastId_ = id; }
@@ -102,8 +106,7 @@ class RolodexIndex {
 
   NumberSet &Order();
   uint32_t SlotAtPosition(uint32_t position) const;
-  uint32_t FindByTable(std::array<char const *, kCardNames> const &names, uint32_t which,
-                       uint32_t number);
+  uint32_t FindByTables(std::array<char const *, kCardNames> const &names, uint32_t number);
   bool HasNames(uint32_t slot, std::array<char const *, kCardNames> const &names) const;
   uint32_t NewSlot(CardEntry const &entry);
   void DropSlot(uint32_t slot);
@@ -122,7 +125,8 @@ class RolodexIndex {
   NumberSet free_;                  // size and position
   std::optional<NumberSet> order_;  // position and slot; made at the first change of the order
   std::array<std::optional<NameTable>, kCardNames> names_;  // made when names are looked for
-  std::array<uint32_t, kCardNames> searches_{};
+  uint32_t searches_ = 0;
+  bool unordered_ = false;
 };
 
 }  // namespace zolt

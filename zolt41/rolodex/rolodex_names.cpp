@@ -5,6 +5,7 @@
 #include "zolt41/rolodex/rolodex.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
+#include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
 
@@ -47,11 +48,13 @@ int32_t Rolodex::CardIndex(uint32_t id) {
 // Writes a part of a head. What lies in between, such as marks, has to be part of it.
 bool Rolodex::ChangeHead(uint32_t slot, CardEntry const &entry, uint32_t offset, uint32_t count) {
   uint32_t const position = entry.position() + offset;
-  if (!GiveUpIndex() || !state_->file.Put(state_->end, position, entry.part(offset, count))) {
-    return false;
-  }
-  state_->index->Replace(slot, entry);
-  return true;
+  return ChangeWithMemory(&state_->file, false, [&] {
+    if (!GiveUpIndex() || !state_->file.Put(state_->end, position, entry.part(offset, count))) {
+      return false;
+    }
+    state_->index->Replace(slot, entry);
+    return true;
+  });
 }
 
 void Rolodex::WriteCardHeader(uint32_t index) {
@@ -89,8 +92,10 @@ uint32_t Rolodex::FindCard(char const *name1, char const *name2, char const *nam
   ClearFailure();
   if (!state_ || !LoadIndex()) return 0;
   RolodexIndex &index = *state_->index;
-  uint32_t const slot = index.FindNames({name1, name2, name3}, cursor == nullptr ? 0 : *cursor);
-  if (slot == RolodexIndex::kNone) return 0;
-  if (cursor != nullptr) *cursor = index.NumberOf(slot) + 1;
-  return index.at(slot).id();
+  return WithMemory(uint32_t{0}, [&]() -> uint32_t {
+    uint32_t const slot = index.FindNames({name1, name2, name3}, cursor == nullptr ? 0 : *cursor);
+    if (slot == RolodexIndex::kNone) return 0;
+    if (cursor != nullptr) *cursor = index.NumberOf(slot) + 1;
+    return index.at(slot).id();
+  });
 }

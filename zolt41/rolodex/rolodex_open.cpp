@@ -12,6 +12,7 @@
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
 #include "zolt41/rolodex/stored_index.h"
+#include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
 
@@ -37,7 +38,8 @@ int32_t Rolodex::Create(char const *path) {
   uint32_t file = 0;
   if (int32_t const code = AFS_LZOpenFile(path, 3, &file); code != 0) return code;
   DatabaseFile database(file, false);
-  return database.Cut(0) && database.Write(0, EmptyDatabase()) ? 0 : kNotPossible;
+  auto const fill = [&] { return database.Cut(0) && database.Write(0, EmptyDatabase()); };
+  return WithMemory(false, fill) ? 0 : kNotPossible;
 }
 
 int32_t Rolodex::Open(char const *path, int32_t readOnly) {
@@ -51,12 +53,17 @@ int32_t Rolodex::OpenDurable(char const *path) {
 int32_t Rolodex::OpenFile(char const *path, int32_t readOnly, bool durable) {
   if (state_) return kNotPossible;
   readOnly_ = readOnly;
-  uint32_t file = 0;
-  int32_t code = AFS_LZOpenFile(path, readOnly != 0 ? 1 : 3, &file);
-  if (code != 0) return code;
-  state_ = std::make_unique<RolodexState>(file, durable);
   dirty_ = 0;
-  code = OpenContent();
+  uint32_t file = 0;
+  bool opened = false;
+  int32_t const code = WithMemory(kNotPossible, [&] {
+    int32_t const failed = AFS_LZOpenFile(path, readOnly != 0 ? 1 : 3, &file);
+    if (failed != 0) return failed;
+    opened = true;
+    state_ = std::make_unique<RolodexState>(file, durable);
+    return OpenContent();
+  });
+  if (opened && !state_) AFS_CloseFile(file);
   if (code != 0) state_.reset();
   return code;
 }
@@ -71,17 +78,22 @@ int32_t Rolodex::OpenContent() {
   if (magic != kRolodexMagic && !swapped) return Fail(Failure::damaged);
   if (version != 0) return Fail(Failure::newer);
   if (swapped && readOnly_ != 0) return Fail(Failure::denied);
-  std::string table(kCategoryTableSize, '\0');
-  int32_t code = file.Read(kRolodexHead, table.data(), kCategoryTableSize);
-  if (code != 0) return code;
   if (swapped) return SwapFile() ? 0 : kNotPossible;
-  ReadCategoryTable(table, categories_);
+  if (int32_t const code = ReadCategories(); code != 0) return code;
   if (readOnly_ == 0) FileBeside::RemoveRemains(file.handle());
-  code = FindStoredIndex(file, &state_->stored);
+  int32_t const code = FindStoredIndex(file, &state_->stored);
   state_->end = state_->stored.end;
   if (code != kNotClosed) return code;
   if (readOnly_ != 0) return Fail(Failure::damaged);
-  return RebuildIndex() ? 0 : kNotPossible;
+  // A redo block may have had other ones.
+  return RebuildIndex() && ReadCategories() == 0 ? 0 : kNotPossible;
+}
+
+int32_t Rolodex::ReadCategories() {
+  std::string table(kCategoryTableSize, '\0');
+  int32_t const code = state_->file.Read(kRolodexHead, table.data(), kCategoryTableSize);
+  if (code == 0) ReadCategoryTable(table, categories_);
+  return code;
 }
 
 // An index that does not fit the card area is made anew, where that may be done.
@@ -89,12 +101,16 @@ bool Rolodex::LoadIndex() {
   RolodexState &state = *state_;
   if (state.index) return true;
   if (state.file.broken()) return Fail(Failure::io) == 0;
-  std::vector<CardEntry> entries;
-  if (!ReadStoredIndex(state.file, state.stored, &entries)) return false;
-  RolodexIndex index(std::move(entries), state.stored.lastId);
-  if (readOnly_ == 0 && !index.Fits(state.end)) return RebuildIndex();
-  state.index = std::move(index);
-  return true;
+  return WithMemory(false, [&] {
+    std::vector<CardEntry> entries;
+    if (!ReadStoredIndex(state.file, state.stored, &entries)) return false;
+    RolodexIndex index(std::move(entries), state.stored.lastId);
+    bool const fits = index.Fits(state.end);
+    if (!fits && readOnly_ == 0) return RebuildIndex();
+    if (!fits) index.set_unordered();
+    state.index = std::move(index);
+    return true;
+  });
 }
 
 void Rolodex::Close() {
@@ -126,7 +142,10 @@ bool Rolodex::BeginChange() {
 
 void Rolodex::Flush() {
   if (!state_ || dirty_ == 0 || readOnly_ != 0 || state_->file.broken()) return;
-  if (WriteStoredIndex(&state_->file, state_->end, *state_->index)) {
+  auto const write = [this] {
+    return WriteStoredIndex(&state_->file, state_->end, *state_->index);
+  };
+  if (WithMemory(false, write)) {
     dirty_ = 0;
   } else {
     FirstFailure first;

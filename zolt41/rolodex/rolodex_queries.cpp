@@ -8,6 +8,7 @@
 #include "zolt41/rolodex/rolodex.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
+#include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
 
@@ -68,28 +69,30 @@ uint32_t Rolodex::Select(char const *cards, char const *property, CSOper oper, c
                          uint32_t category) {
   ClearFailure();
   if (category >= kCategoryCount || !state_ || !LoadIndex()) return 0;
-  RolodexIndex &index = *state_->index;
-  char const *const text = value == nullptr ? "" : value;
-  bool const isLabel = AZStrEqual(property, kLabelProperty) != 0;
-  LabelCondition const condition(oper, text);
-  PCardStorage card;
-  Unmarking unmarking(&index, category);
-  uint32_t count = 0;
-  uint32_t slot = RolodexIndex::kNone;
-  uint32_t const size = GetMemSize(cards) / kListItem;
-  for (uint32_t i = 0; i < size; i++) {
-    uint32_t id = 0;
-    std::memcpy(&id, cards + size_t{i} * kListItem, kListItem);
-    uint32_t const found = id == 0 ? RolodexIndex::kNone : index.FindNear(id, slot);
-    if (found == RolodexIndex::kNone) continue;
-    slot = found;
-    bool const matches =
-        isLabel ? condition.Matches(index.at(slot)) : Matches(slot, &card, property, oper, text);
-    unmarking.UpTo(slot + 1);
-    if (!matches) continue;
-    index.Mark(slot, category, true);
-    count++;
-  }
-  unmarking.UpTo(index.slots());
-  return count;
+  return WithMemory(uint32_t{0}, [&] {
+    RolodexIndex &index = *state_->index;
+    char const *const text = value == nullptr ? "" : value;
+    bool const isLabel = AZStrEqual(property, kLabelProperty) != 0;
+    LabelCondition const condition(oper, text);
+    PCardStorage card;
+    Unmarking unmarking(&index, category);
+    uint32_t count = 0;
+    uint32_t slot = RolodexIndex::kNone;
+    uint32_t const size = GetMemSize(cards) / kListItem;
+    for (uint32_t i = 0; i < size; i++) {
+      uint32_t id = 0;
+      std::memcpy(&id, cards + size_t{i} * kListItem, kListItem);
+      uint32_t const found = id == 0 ? RolodexIndex::kNone : index.FindNear(id, slot);
+      if (found == RolodexIndex::kNone) continue;
+      slot = found;
+      bool const matches =
+          isLabel ? condition.Matches(index.at(slot)) : Matches(slot, &card, property, oper, text);
+      unmarking.UpTo(slot + 1);
+      if (!matches) continue;
+      index.Mark(slot, category, true);
+      count++;
+    }
+    unmarking.UpTo(index.slots());
+    return count;
+  });
 }

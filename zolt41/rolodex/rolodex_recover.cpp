@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <filesystem>
 #include <string>
+#include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -7,11 +10,15 @@
 #include "zolt41/platform/system/file.h"
 #include "zolt41/platform/system/file_beside.h"
 #include "zolt41/platform/system/last_failure.h"
+#include "zolt41/platform/system/replaced_file.h"
+#include "zolt41/rolodex/card_record.h"
 #include "zolt41/rolodex/record_walk.h"
+#include "zolt41/rolodex/record_window.h"
 #include "zolt41/rolodex/rolodex.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/rolodex_state.h"
 #include "zolt41/rolodex/sequential_writer.h"
+#include "zolt41/rolodex/with_memory.h"
 
 namespace zolt {
 namespace {
@@ -26,6 +33,13 @@ bool CopyFrom(DatabaseFile const &file, uint32_t from, uint32_t size, uint32_t t
   return CopyBytes(&window, from, size, &writer) && writer.Finish() && FlushFileBuffers(to) != 0;
 }
 
+// A new name is on the disk, too, before what it keeps goes elsewhere.
+void SyncFolderOf(uint32_t file) {
+  std::error_code failed;
+  auto const link = "/proc/self/fd/" + std::to_string(DescriptorOf(file));
+  SyncDirectoryOf(std::filesystem::read_symlink(link, failed).string());
+}
+
 }  // namespace
 
 bool KeepLost(DatabaseFile const &file, uint32_t from, uint32_t size) {
@@ -36,6 +50,7 @@ bool KeepLost(DatabaseFile const &file, uint32_t from, uint32_t size) {
     if (exists) continue;
     if (made == INVALID_HANDLE_VALUE) return false;
     bool const kept = CopyFrom(file, from, size, made);
+    if (kept) SyncFolderOf(made);
     CloseHandle(made);
     if (!kept) RemoveFileBeside(file.handle(), ending);
     if (kept) ClearFailure();
@@ -49,7 +64,7 @@ bool KeepLost(DatabaseFile const &file, uint32_t from, uint32_t size) {
 using namespace zolt;
 
 // The chain of records is what counts: up to the first that is broken they become the index.
-bool Rolodex::RebuildIndex() {
+bool Rolodex::IndexRecords() {
   DatabaseFile &file = state_->file;
   if (file.Size() > kLargestFile) {
     SetFailure(Failure::full, "");
@@ -57,7 +72,7 @@ bool Rolodex::RebuildIndex() {
   }
   if (!file.Redo()) return false;
   auto const size = static_cast<uint32_t>(file.Size());
-  RecordChain chain = WalkRecords(file, size);
+  RecordChain chain = WalkRecords(file, size, false);
   if (!chain.read) return false;
   if (chain.broken && !KeepLost(file, chain.end, size)) return false;
   // What was known of the file does not hold for one that was cut.
@@ -71,19 +86,37 @@ bool Rolodex::RebuildIndex() {
   state_->end = chain.end;
   state_->index.emplace(std::move(chain.entries), lastId);
   dirty_ = 1;
-  if (!FreeDoubles()) {
-    state_->index.reset();
-    return file.Break();
-  }
+  if (!FreeDoubles()) return file.Break();
   Flush();
   return true;
 }
 
-// A card that was being saved is there twice. Either is whole; the first is kept.
+bool Rolodex::RebuildIndex() {
+  bool const done = ChangeWithMemory(&state_->file, false, [this] { return IndexRecords(); });
+  if (state_->file.broken()) state_->index.reset();
+  return done;
+}
+
+// A card that was being saved is there twice. The first is kept, unless the power went and only the
+// second is whole.
 bool Rolodex::FreeDoubles() {
-  std::vector<uint32_t> const doubles = state_->index->doubles();
-  return std::ranges::all_of(
-      doubles, [this](uint32_t slot) { return FreeRecord(slot, state_->index->PlanFree(slot)); });
+  RolodexIndex &index = *state_->index;
+  std::vector<uint32_t> const doubles = index.doubles();
+  RecordWindow window(state_->file);
+  auto const isWhole = [&](uint32_t slot) {
+    CardEntry const &entry = index.at(slot);
+    uint32_t const size = entry.size() - kEntrySize;
+    std::string_view const body = window.At(entry.position() + kEntrySize, size);
+    return body.size() == size && IsWholeList(body);
+  };
+  return std::ranges::all_of(doubles, [&](uint32_t slot) {
+    uint32_t const first = index.Find(index.at(slot).id());
+    bool const second = !isWhole(first) && isWhole(slot);
+    if (window.failed()) return false;
+    if (second) index.Prefer(slot);
+    uint32_t const freed = second ? first : slot;
+    return FreeRecord(freed, index.PlanFree(freed));
+  });
 }
 
 void Rolodex::Rebuild() {

@@ -34,6 +34,12 @@ uint64_t SumOf(std::string_view bytes) {
   return sum;
 }
 
+// Whether a piece is magic and version as they have to be.
+bool IsFront(uint32_t position, std::string_view bytes) {
+  return position == 0 && bytes.size() == kRolodexHead &&
+         LoadLittle32(bytes.data()) == kRolodexMagic && LoadLittle32(bytes.data() + 4) == 0;
+}
+
 }  // namespace
 
 std::string RedoBlockOf(uint32_t start, std::span<Piece const> pieces) {
@@ -87,7 +93,8 @@ void RedoBlock::FindPieces() {
     uint32_t const length = LoadLittle32(rest.data() + 4);
     rest.remove_prefix(kRedoPieceHead);
     uint64_t const end = uint64_t{position} + length;
-    if (length > rest.size() || position < kCardArea || end > start_ - kEndMarkSize) return;
+    if (length > rest.size() || end > start_ - kEndMarkSize) return;
+    if (position < kRolodexHead && !IsFront(position, rest.substr(0, length))) return;
     pieces.push_back({position, rest.substr(0, length)});
     rest.remove_prefix(length);
   }

@@ -4,6 +4,7 @@
 
 #include "zolt41/foundation/endian.h"
 #include "zolt41/platform/system/large_pages.h"
+#include "zolt41/platform/system/last_failure.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/sequential_writer.h"
 
@@ -55,6 +56,10 @@ bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored,
 }
 
 bool WriteStoredIndex(DatabaseFile *file, uint32_t end, RolodexIndex const &index) {
+  if (end + kEndMarkSize + IndexSize(index.count()) + kTrailerSize > kLargestFile) {
+    SetFailure(Failure::full, "");
+    return false;
+  }
   uint32_t const start = end + kEndMarkSize;
   SequentialWriter writer(file->handle(), start);
   file->ForgetCopy();

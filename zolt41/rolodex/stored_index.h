@@ -27,7 +27,7 @@ bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored,
                      std::vector<CardEntry> *entries);
 
 // Writes index and trailer behind the end mark, the trailer last: it never stands behind an index
-// that is not whole.
+// that is not whole. False also where the file would become too large.
 bool WriteStoredIndex(DatabaseFile *file, uint32_t end, RolodexIndex const &index);
 
 // A database without cards, which was closed.

@@ -1,0 +1,124 @@
+// Memory that runs out, at every allocation in turn.
+
+#include <cstdlib>
+#include <new>
+
+#include "tests/rolodex/random_steps.h"
+#include "tests/support/file_shim.h"
+#include "tests/support/key.h"
+
+namespace {
+
+// How many more allocations there is memory for; below 0 there is no end.
+thread_local int allocationsLeft = -1;
+
+void *Allocate(std::size_t size) noexcept {
+  if (allocationsLeft == 0) return nullptr;
+  if (allocationsLeft > 0) allocationsLeft--;
+  return std::malloc(size);
+}
+
+void *AllocateOrThrow(std::size_t size) {
+  void *const memory = Allocate(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+// Not inlined: the compiler takes the pair of them for a mismatch.
+[[gnu::noinline]] void Free(void *memory) {
+  std::free(memory);
+}
+
+}  // namespace
+
+void *operator new(std::size_t size) {
+  return AllocateOrThrow(size);
+}
+void *operator new[](std::size_t size) {
+  return AllocateOrThrow(size);
+}
+void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
+  return Allocate(size);
+}
+void *operator new[](std::size_t size, std::nothrow_t const &) noexcept {
+  return Allocate(size);
+}
+void operator delete(void *memory) noexcept {
+  Free(memory);
+}
+void operator delete[](void *memory) noexcept {
+  Free(memory);
+}
+void operator delete(void *memory, std::size_t) noexcept {
+  Free(memory);
+}
+void operator delete[](void *memory, std::size_t) noexcept {
+  Free(memory);
+}
+
+namespace zolt::testing {
+namespace {
+
+class MemoryTest : public BookTest {
+ protected:
+  template <typename Work, typename Expect>
+  void Try(Work const &work, Expect const &expect) {
+    for (int number = 0; number < 200; number++) {
+      SCOPED_TRACE(number);
+      Begin();
+      book_.AddMany({{BodyOf(5000, 'a'), {"a"}}, {BodyOf(50, 'b'), {"b"}}, {BodyOf(700, 'c'), {}}});
+      book_.DeleteCard(1);
+      Reopen();
+      Cards const before = book_.All();
+      Cards after = before;
+      expect(&after);
+      Reopen();
+      allocationsLeft = number;
+      bool const done = work();
+      allocationsLeft = -1;
+      if (!done) {
+        EXPECT_EQ(LastFailure(), 3);
+      }
+      book_.Close();
+      ASSERT_EQ(Open(), 0);
+      if (done) {
+        EXPECT_EQ(book_.All(), after);
+        return;
+      }
+      EXPECT_EQ(Between(book_.All(), before, after), "");
+    }
+    FAIL() << "it never has enough";
+  }
+};
+
+TEST_F(MemoryTest, EveryAllocationInTurn) {
+  PCardStorage card;
+  Book::SetBody(&card, BodyOf(900, 'n'));
+  PCardStorage *const cards[] = {&card, &card};
+  CardContent const made = {BodyOf(900, 'n'), {}};
+  auto const nothing = [](Cards *) {};
+  unsigned char const five[] = {1, 5};
+  FileShim shim;
+  shim.set_noNewFiles(true);
+  Try([&] { return book_.CreateCard(&card, "", "", "", five) == 4; },
+      [&](Cards *all) {
+        (*all)[4] = {made.body, {}, {1, 5}};
+      });
+  Try([&] { return book_.CreateCards(2, cards, nullptr, nullptr, nullptr) == 2; },
+      [&](Cards *all) { (*all)[4] = (*all)[5] = made; });
+  Try([&] { return book_.SaveCard(2, &card) == 1; },
+      [&](Cards *all) { (*all)[2].body = made.body; });
+  Try([&] { return book_.DeleteCard(2) == 1; }, [](Cards *all) { all->erase(2); });
+  Try([&] { return book_.Compact(1) == 1; }, nothing);
+  Try([&] { return book_.LoadCard(2, &card) == 1; }, nothing);
+  Try(
+      [&] {
+        uint32_t found = 0;
+        for (int i = 0; i < 4; i++) found = book_.FindCard("b", "", nullptr, nullptr);
+        return found == 2;
+      },
+      nothing);
+}
+
+}  // namespace
+}  // namespace zolt::testing
