@@ -1,34 +1,31 @@
 #include "tools/zolt/book.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
-#include <chrono>
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <thread>
+#include <filesystem>
+#include <new>
+#include <set>
+#include <system_error>
 
 #include "tools/zolt/errors.h"
-#include "tools/zolt/library_session.h"
+#include "tools/zolt/progress.h"
+#include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/text.h"
 
 namespace zolt::tool {
 
 namespace {
 
-constexpr int kLockedFailure = 2;
-constexpr std::chrono::milliseconds kPause{20};
+namespace fs = std::filesystem;
+
+constexpr int kDeniedFailure = 1;
+constexpr int kDamagedFailure = 4;
 constexpr size_t kNameSize = 32;
 constexpr size_t kListSize = 129;
-
-std::string Environment(char const *name) {
-  char const *const value = getenv(name);
-  return value == nullptr ? "" : value;
-}
 
 std::optional<uint32_t> Number(std::string_view text) {
   uint32_t number = 0;
@@ -37,68 +34,7 @@ std::optional<uint32_t> Number(std::string_view text) {
   return whole ? std::optional(number) : std::nullopt;
 }
 
-std::string WithProgram(std::string const &process) {
-  std::string program;
-  std::getline(std::ifstream("/proc/" + process + "/comm"), program);
-  return process + " (" + program + ")";
-}
-
-// A process of ours that has the file open, as "123 (name)"; "" if none is found.
-std::string HolderOf(std::string const &path) {
-  struct stat book {};
-  if (stat(path.c_str(), &book) != 0) return "";
-  DIR *const processes = opendir("/proc");
-  if (processes == nullptr) return "";
-  std::string holder;
-  while (dirent const *const process = readdir(processes)) {
-    std::string const name = process->d_name;
-    if (!Number(name) || name == std::to_string(getpid()) || !holder.empty()) continue;
-    std::string const folder = "/proc/" + name + "/fd";
-    DIR *const files = opendir(folder.c_str());
-    if (files == nullptr) continue;
-    while (dirent const *const file = readdir(files)) {
-      struct stat opened {};
-      bool const same = stat((folder + "/" + file->d_name).c_str(), &opened) == 0 &&
-                        opened.st_ino == book.st_ino && opened.st_dev == book.st_dev;
-      if (!same) continue;
-      holder = WithProgram(name);
-      break;
-    }
-    closedir(files);
-  }
-  closedir(processes);
-  return holder;
-}
-
 }  // namespace
-
-int32_t TryWithin(uint32_t milliseconds, std::function<int32_t()> const &attempt) {
-  auto const end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
-  for (;;) {
-    int32_t const result = attempt();
-    if (result == 0 || ZOLTLastFailure(nullptr, 0) != kLockedFailure) return result;
-    if (std::chrono::steady_clock::now() >= end) return result;
-    std::this_thread::sleep_for(kPause);
-  }
-}
-
-std::string BookPath(Call const &call) {
-  std::string_view const given = call.arguments.Value(OptionId::file);
-  if (call.arguments.Has(OptionId::file) && given.empty()) Refuse("-f", "names no file");
-  if (!given.empty()) return std::string(given);
-  std::string const named = Environment("ZOLT_ROLODEX");
-  return named.empty() ? UserHome() + "/contacts.rolodex" : named;
-}
-
-ToolError BookFailure(std::string const &path) {
-  ToolError failure = StoreFailure(path);
-  if (failure.code != kLocked) return failure;
-  std::string const holder = HolderOf(path);
-  failure.message = "open in another program";
-  if (!holder.empty())
-    failure.hint = "process " + holder + " has it open; wait longer with --wait S";
-  return failure;
-}
 
 Book::Book(Call const &call, Access access) : call_(call), path_(BookPath(call)) {
   struct stat status {};
@@ -108,18 +44,75 @@ Book::Book(Call const &call, Access access) : call_(call), path_(BookPath(call))
     if (error == ENOENT) failure.hint = "zolt rolodex create makes a book";
     throw failure;
   }
-  int32_t result = TryWithin(call.settings.wait, [&] {
-    return rolodex_.Open(path_.c_str(), access == Access::read ? 1 : 0);
-  });
-  // A book that was not closed, or is of another machine, must be put in order first.
-  bool const locked = ZOLTLastFailure(nullptr, 0) == kLockedFailure;
-  if (result != 0 && access == Access::read && !locked) {
-    result = TryWithin(call.settings.wait, [&] { return rolodex_.Open(path_.c_str(), 0); });
-  }
+  bool const reads = access == Access::read || call.settings.dryRun;
+  std::vector<std::string> pieces;
+  if (!reads) pieces = PiecesOf(path_);
+  int32_t result =
+      TryWithin(call.settings.wait, [&] { return rolodex_.Open(path_.c_str(), reads ? 1 : 0); });
+  // Reads the index, which may have to be made anew.
+  if (!reads && result == 0) rolodex_.FindCard(nullptr, nullptr, nullptr, nullptr);
+  if (!reads) TellNewPieces(pieces);
+  if (result == 0) return;
+  int const failure = ZOLTLastFailure(nullptr, 0);
+  if (reads && (failure == kDamagedFailure || failure == kDeniedFailure)) result = OpenCopy();
   if (result == 0) return;
   if (ZOLTLastFailure(nullptr, 0) != 0) throw BookFailure(path_);
   throw ToolError(kDamaged, "damaged", path_, "is no card database, or of another version",
                   "zolt rolodex check tells more");
+}
+
+// What was not closed, or is of another machine, has to be put in order to be read. That is for
+// those to do who write: here a copy is, of which nothing may be lost.
+int32_t Book::OpenCopy() {
+  Progress const progress(call_.settings, "reading the book");
+  ScratchFolder const scratch;
+  std::string const copy = scratch.File("book");
+  {
+    WriteBar const bar(path_, call_.settings.wait);
+    std::error_code error;
+    if (!fs::copy_file(path_, copy, error)) throw SystemFailure(path_, error.value());
+    fs::permissions(copy, fs::perms::owner_read | fs::perms::owner_write);
+  }
+  RolodexReport report;
+  bool const checked = CheckRolodex(copy.c_str(), nullptr, nullptr, &report) == 0;
+  bool loses = checked && report.cut + report.lost > 0;
+  int32_t const result = loses ? 0 : rolodex_.Open(copy.c_str(), 0);
+  // What is in the other byte order cannot be checked before.
+  loses = loses || (!checked && !PiecesOf(copy).empty());
+  if (loses) {
+    throw ToolError(kDamaged, "damaged", path_, "is damaged, and reading it would leave cards out",
+                    "zolt rolodex check names them, and with --repair mends it");
+  }
+  return result;
+}
+
+void Book::TellNewPieces(std::vector<std::string> const &known) {
+  for (std::string const &piece : PiecesOf(path_)) {
+    if (std::ranges::find(known, piece) != known.end()) continue;
+    Report({kDamaged, "damaged", path_, "was damaged; what stood behind the damage is in " + piece,
+            "zolt rolodex check --repair " + piece + " brings its cards back"},
+           call_.settings.json, false);
+  }
+}
+
+void Book::CheckDone() const {
+  if (ZOLTLastFailure(nullptr, 0) != 0) throw BookFailure(path_);
+}
+
+void Book::Close() {
+  // Forgets what failed before.
+  rolodex_.GetCardName(0, nullptr, nullptr, nullptr);
+  rolodex_.Close();
+  CheckDone();
+}
+
+void Book::EachCard(char const *what, std::function<void(uint32_t)> const &visit) {
+  std::vector<uint32_t> const ids = Ids();
+  Progress progress(call_.settings, what, ids.size());
+  for (uint32_t const id : ids) {
+    progress.Step();
+    visit(id);
+  }
 }
 
 std::vector<uint32_t> Book::Ids(std::vector<uint8_t> const &required) {
@@ -128,9 +121,11 @@ std::vector<uint32_t> Book::Ids(std::vector<uint8_t> const &required) {
   if (block == nullptr) throw std::bad_alloc();
   uint32_t const count =
       rolodex_.SelectByCategory(required.empty() ? nullptr : list.data(), nullptr, nullptr, &block);
+  int const failure = ZOLTLastFailure(nullptr, 0);
   std::vector<uint32_t> ids(count);
   std::memcpy(ids.data(), block, count * sizeof(uint32_t));
   _DisposeMem(block);
+  if (failure != 0) throw BookFailure(path_);
   return ids;
 }
 
@@ -167,21 +162,21 @@ std::vector<uint32_t> Book::Named(std::string_view text) {
     ids.push_back(id);
   if (!ids.empty()) return ids;
   std::string const folded = Folded(local);
-  for (uint32_t const id : Ids()) {
+  EachCard("searching", [&](uint32_t id) {
     if (Folded(Head(id).names[0]).find(folded) != std::string::npos) ids.push_back(id);
-  }
+  });
   return ids;
 }
 
 std::vector<uint32_t> Book::Keyed(std::string_view key) {
   std::vector<uint32_t> ids;
-  for (uint32_t const id : Ids()) {
+  EachCard("searching", [&](uint32_t id) {
     for (CardProperty const &property : Properties(id)) {
       bool const same = property.name == kKeyProperty && property.value.size() >= 24 &&
                         SameName(Hex(property.value.substr(0, 24)).substr(2), key);
       if (same) ids.push_back(id);
     }
-  }
+  });
   return ids;
 }
 
@@ -242,9 +237,9 @@ std::vector<uint8_t> CategoriesFrom(std::string_view text) {
 }
 
 std::vector<unsigned char> CategoryListOf(std::vector<uint8_t> const &categories) {
-  std::vector<unsigned char> list(categories.size() + 1);
-  list[0] = static_cast<unsigned char>(categories.size());
-  std::ranges::copy(categories, list.begin() + 1);
+  std::set<uint8_t> const each(categories.begin(), categories.end());
+  std::vector<unsigned char> list = {static_cast<unsigned char>(each.size())};
+  list.insert(list.end(), each.begin(), each.end());
   return list;
 }
 

@@ -9,17 +9,12 @@
 #include <string_view>
 #include <vector>
 
+#include "tools/zolt/book_file.h"
+#include "tools/zolt/card_keys.h"
 #include "tools/zolt/card_property.h"
-#include "tools/zolt/errors.h"
 #include "tools/zolt/verbs.h"
 
 namespace zolt::tool {
-
-// The database that a call is about: -f, else ZOLT_ROLODEX, else contacts.rolodex in the home.
-std::string BookPath(Call const &call);
-
-// Tries again for so long as another program has the file open. 0, or the result of the last try.
-int32_t TryWithin(uint32_t milliseconds, std::function<int32_t()> const &attempt);
 
 // What stands in a card's head. Names are local text.
 struct CardHead {
@@ -29,7 +24,9 @@ struct CardHead {
 };
 
 // An open database, closed with this. Throws where it cannot be opened; one that another program
-// has open is waited for.
+// has open is waited for. To read, and in a dry run, the file is not changed, whatever its state,
+// and one of which cards would be left out is not opened. To write, it is put in order; what that
+// cuts off is told on standard error.
 class Book {
  public:
   enum class Access { read, write };
@@ -39,7 +36,14 @@ class Book {
   std::string const &path() const { return path_; }
   Rolodex &rolodex() { return rolodex_; }
 
+  // Throws if the last operation on the database failed.
+  void CheckDone() const;
+  // To be called after the last change. Throws if it fails.
+  void Close();
+
   std::vector<uint32_t> Ids(std::vector<uint8_t> const &required = {});
+  // Calls for every card in file order; `what` is being done, for those who wait.
+  void EachCard(char const *what, std::function<void(uint32_t id)> const &visit);
   CardHead Head(uint32_t id);
   // The card's properties, with what only this tool keeps in it left in.
   std::vector<CardProperty> Properties(uint32_t id);
@@ -52,6 +56,8 @@ class Book {
   uint32_t FindOne(std::string_view operand);
 
  private:
+  int32_t OpenCopy();
+  void TellNewPieces(std::vector<std::string> const &known);
   std::vector<uint32_t> Named(std::string_view text);
   std::vector<uint32_t> Keyed(std::string_view key);
   [[noreturn]] void FailWithSeveral(std::string_view operand, std::vector<uint32_t> const &ids);
@@ -61,18 +67,11 @@ class Book {
   Rolodex rolodex_;
 };
 
-// The property that keeps the key of a card file, all of its bytes.
-inline constexpr char kKeyProperty[] = "L-ZOLT-KEY";
-inline constexpr size_t kKeySize = 32;
-
 // "0,3,17" and back; throws a usage error.
 std::string CategoriesText(std::vector<uint8_t> const &categories);
 std::vector<uint8_t> CategoriesFrom(std::string_view text);
-// As the database takes them.
+// As the database takes them; each counts once.
 std::vector<unsigned char> CategoryListOf(std::vector<uint8_t> const &categories);
-
-// Why the last operation on the database failed.
-ToolError BookFailure(std::string const &path);
 
 }  // namespace zolt::tool
 

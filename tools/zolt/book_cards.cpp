@@ -1,10 +1,13 @@
 #include "tools/zolt/book_cards.h"
 
 #include <algorithm>
+#include <iterator>
+#include <new>
 #include <nlohmann/json.hpp>
 
 #include "tools/zolt/card_documents.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/progress.h"
 #include "tools/zolt/table.h"
 #include "tools/zolt/text.h"
 
@@ -13,6 +16,9 @@ namespace zolt::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr uint32_t kNowhere = 0xFFFFFFFF;
+constexpr size_t kNameLength = 31;
 
 std::unique_ptr<CallCard> CopyOf(PCardStorage *card) {
   auto copy = std::make_unique<CallCard>(CardFormatNone);
@@ -27,6 +33,14 @@ std::string TextOf(PCardStorage *card, char const *name) {
     if (SameName(property.name, name) && text && !text->empty()) return *text;
   }
   return "";
+}
+
+// Takes away what keeps the key; gives that, or "".
+std::string TakeKey(PCardStorage *card) {
+  std::string key = KeyIn(card);
+  for (uint32_t at = 0; (at = card->FindProp(kKeyProperty, 0, 0, 0, nullptr)) != kNowhere;)
+    card->DeleteProp(at);
+  return key;
 }
 
 // What the code page lacks becomes a question mark: it is a name to look at, and the card has it
@@ -56,6 +70,14 @@ std::string ListOf(PCardStorage *card) {
   return list;
 }
 
+std::string KeyIn(PCardStorage *card) {
+  uint32_t length = 0;
+  uint32_t const place = card->FindProp(kKeyProperty, 0, 0, 0, nullptr);
+  char const *const value = card->GetPropA(place, &length, nullptr, nullptr, nullptr);
+  std::string key(value == nullptr ? "" : std::string(value, length));
+  return IsKey(key) ? key : "";
+}
+
 void NameCard(NewCard *card, std::string const &otherwise) {
   std::string const full = TextOf(card->list.get(), "FN");
   card->names[0] = LocalName(full.empty() ? otherwise : full);
@@ -67,10 +89,11 @@ NewCard CardForBook(CallCard *card, std::string const &otherwise) {
   card->SavePrefs();
   NewCard added;
   added.list = CopyOf(card);
-  if (*card->GetKey() != '\0') {
-    added.key.assign(card->GetKey(), kKeySize);
-    uint32_t const old = added.list->FindProp(kKeyProperty, 0, 0, 0, nullptr);
-    if (old != 0xFFFFFFFF) added.list->DeleteProp(old);
+  added.key = KeyOf(*card);
+  // A card that brings one as a property is one that a book had.
+  std::string const brought = TakeKey(added.list.get());
+  if (added.key.empty()) added.key = brought;
+  if (!added.key.empty()) {
     added.list->AddProp(kKeyProperty, PropertyData, PropertyLocal, added.key.data(), kKeySize);
   }
   NameCard(&added, otherwise);
@@ -89,17 +112,23 @@ void SaveInBook(Book *book, uint32_t id, NewCard const &card) {
   if (book->rolodex().SaveCard(id, card.list.get()) == 0) throw BookFailure(book->path());
   book->rolodex().SetCardName(id, card.names[0].c_str(), card.names[1].c_str(),
                               card.names[2].c_str());
+  book->CheckDone();
+}
+
+bool IsInBook(Book *book, uint32_t id, NewCard const &card) {
+  CardHead const head = book->Head(id);
+  for (size_t i = 0; i < std::size(head.names); i++)
+    if (head.names[i] != card.names[i].substr(0, kNameLength)) return false;
+  PCardStorage present;
+  book->Load(id, &present);
+  return ListOf(&present) == ListOf(card.list.get());
 }
 
 std::unique_ptr<CallCard> CardFromBook(Book *book, uint32_t id) {
   auto card = std::make_unique<CallCard>(CardFormatBinary);
   book->Load(id, card.get());
-  uint32_t const place = card->FindProp(kKeyProperty, 0, 0, 0, nullptr);
-  uint32_t length = 0;
-  char const *const key = card->GetPropA(place, &length, nullptr, nullptr, nullptr);
-  if (key == nullptr) return card;
-  if (length == kKeySize) card->SetKey(key);
-  card->DeleteProp(place);
+  std::string const key = TakeKey(card.get());
+  if (!key.empty()) card->SetKey(key.data());
   return card;
 }
 
@@ -132,25 +161,34 @@ std::string HeadDocument(CardHead const &head, std::vector<CardProperty> const *
 }
 
 void WriteHeads(Book *book, std::vector<uint32_t> const &ids, Call const &call) {
-  if (call.settings.json) {
-    for (size_t i = 0; i < ids.size(); i++)
-      call.out.Write((i == 0 ? "[" : ",\n") + HeadDocument(book->Head(ids[i]), nullptr));
-    call.out.Write(ids.empty() ? "[]\n" : "]\n");
-    return;
-  }
+  Progress progress(call.settings, "listing", ids.size());
   Table table(call.settings, call.out, 4);
+  std::string documents;
   for (uint32_t const id : ids) {
+    progress.Step();
     CardHead const head = book->Head(id);
+    if (call.settings.json) {
+      documents += (documents.empty() ? "" : ",\n") + HeadDocument(head, nullptr);
+      continue;
+    }
     table.Add({std::to_string(id), ToUtf8(head.names[0]), ToUtf8(head.names[1]),
                ToUtf8(head.names[2]), CategoriesText(head.categories)});
   }
   table.Finish();
+  if (call.settings.json) call.out.Write("[" + documents + "]\n");
 }
 
-void SayOfCard(Book *book, uint32_t id, std::string const &what, Call const &call) {
+void SayOfCard(CardHead const &head, std::string const &what, Call const &call) {
   if (call.settings.quiet || call.settings.json) return;
-  WriteError(
-      Escape("card " + std::to_string(id) + " " + ToUtf8(book->Head(id).names[0]) + ": " + what));
+  WriteError(Escape("card " + std::to_string(head.id) + " " + ToUtf8(head.names[0]) + ": " + what));
+}
+
+std::string Done(Call const &call, std::string const &what) {
+  return (call.settings.dryRun ? "would be " : "") + what;
+}
+
+int CodeOfChange(Call const &call, bool changes) {
+  return call.settings.dryRun && call.settings.exitCode && changes ? kNo : kDone;
 }
 
 }  // namespace zolt::tool

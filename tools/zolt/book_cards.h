@@ -21,12 +21,17 @@ struct NewCard {
 // The bytes of a card's list.
 std::string ListOf(PCardStorage *card);
 
+// The key that a card of a book has, or "".
+std::string KeyIn(PCardStorage *card);
+
 NewCard CardForBook(CallCard *card, std::string const &otherwise);
 void NameCard(NewCard *card, std::string const &otherwise);
 // Throws if that fails. Gives the id.
 uint32_t AddToBook(Book *book, NewCard const &card);
 // In the place of the card that has the id. Throws if that fails.
 void SaveInBook(Book *book, uint32_t id, NewCard const &card);
+// The card that has the id is just that, with its names.
+bool IsInBook(Book *book, uint32_t id, NewCard const &card);
 
 // A card of a book as a card of its own, without what only this tool keeps in it.
 std::unique_ptr<CallCard> CardFromBook(Book *book, uint32_t id);
@@ -41,7 +46,12 @@ void WriteHeads(Book *book, std::vector<uint32_t> const &ids, Call const &call);
 std::string HeadDocument(CardHead const &head, std::vector<CardProperty> const *properties);
 
 // Says "card ID NAME: what" on standard error, unless it is to be quiet.
-void SayOfCard(Book *book, uint32_t id, std::string const &what, Call const &call);
+void SayOfCard(CardHead const &head, std::string const &what, Call const &call);
+
+// What was done, or in a dry run would be.
+std::string Done(Call const &call, std::string const &what);
+// What a verb ends with that changes something, or would.
+int CodeOfChange(Call const &call, bool changes);
 
 }  // namespace zolt::tool
 

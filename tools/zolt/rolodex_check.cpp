@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <deque>
 #include <nlohmann/json.hpp>
 
 #include "tools/zolt/book_cards.h"
@@ -79,6 +80,7 @@ void Show(std::string const &path, Look const &look, Call const &call) {
                                    {"size", card.size},
                                    {"name", ToUtf8(card.names[0])}});
     }
+    document["pieces"] = PiecesOf(path);
     call.out.Write(document.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
     return;
   }
@@ -110,30 +112,29 @@ struct stat StatusOf(std::string const &path) {
   return status;
 }
 
-// Puts the new file in the old one's place, which keeps what it is under another name, unless a
-// program has written to it meanwhile.
-void Exchange(std::string const &made, std::string const &path, std::string const &kept,
-              struct stat const &before) {
-  if (chmod(made.c_str(), before.st_mode & 0777) != 0) throw SystemFailure(made, errno);
-  struct stat const now = StatusOf(path);
-  bool const same = now.st_ino == before.st_ino && now.st_size == before.st_size &&
-                    now.st_mtim.tv_sec == before.st_mtim.tv_sec &&
-                    now.st_mtim.tv_nsec == before.st_mtim.tv_nsec;
-  if (!same) {
-    throw ToolError(kLocked, "locked", path, "was changed by another program meanwhile",
-                    "nothing is written");
-  }
+// The rights of the old file, as far as the user may give them.
+void TakeRights(std::string const &made, struct stat const &old) {
+  mode_t mode = old.st_mode & 07777;
+  uid_t const owner = geteuid() == 0 ? old.st_uid : static_cast<uid_t>(-1);
+  if (chown(made.c_str(), owner, old.st_gid) != 0) mode &= ~mode_t{07070};
+  if (chmod(made.c_str(), mode) != 0) throw SystemFailure(made, errno);
+}
+
+// Puts the new file in the old one's place, which keeps what it is under another name.
+void Exchange(std::string const &made, std::string const &path, std::string const &kept) {
+  TakeRights(made, StatusOf(path));
   if (link(path.c_str(), kept.c_str()) != 0) throw SystemFailure(kept, errno);
   if (rename(made.c_str(), path.c_str()) != 0) throw SystemFailure(path, errno);
 }
 
+// Nobody may write to the sources meanwhile.
 int Repair(std::vector<std::string> const &sources, Call const &call) {
   std::string const &path = sources.front();
+  std::string const book = RealPath(path);
   std::vector<char const *> names(sources.size());
   std::ranges::transform(sources, names.begin(), [](auto const &source) { return source.c_str(); });
-  struct stat const before = StatusOf(path);
-  std::string const kept = FreeName(path, ".damaged-");
-  std::string const made = FreeName(path, ".repaired-");
+  std::string const kept = FreeName(book, ".damaged-");
+  std::string const made = FreeName(book, ".repaired-");
   uint32_t cards = 0;
   {
     Progress const progress(call.settings, "repairing");
@@ -143,7 +144,7 @@ int Repair(std::vector<std::string> const &sources, Call const &call) {
     if (code != 0) throw CheckFailure(path, code);
   }
   try {
-    Exchange(made, path, kept, before);
+    Exchange(made, book, kept);
   } catch (ToolError const &) {
     unlink(made.c_str());
     throw;
@@ -155,23 +156,33 @@ int Repair(std::vector<std::string> const &sources, Call const &call) {
   return kDone;
 }
 
+void Tell(std::string const &path, RolodexReport const &report) {
+  WriteError("zolt: " + Escape(path) + ": " + std::to_string(report.sound) + " sound, " +
+             std::to_string(report.cut) + " cut, " + std::to_string(report.lost) + " lost" +
+             (report.clean ? "" : "; it was not closed"));
+  for (std::string const &piece : PiecesOf(path))
+    WriteError("zolt: " + Escape(piece) +
+               ": cut off when the book was opened; zolt rolodex check "
+               "--repair " +
+               Escape(piece) + " brings back what it has");
+}
+
 int Check(Call const &call) {
   bool const repair = call.arguments.Has(OptionId::repair);
   if (!repair && !call.operands.empty()) Refuse("", "pieces go with --repair");
   std::string const path = BookPath(call);
   std::vector<std::string> const sources = SourcesOf(path, call);
   for (std::string const &source : sources) StatusOf(source);
+  bool const writes = repair && !call.settings.dryRun;
+  std::deque<WriteBar> bars;
+  for (std::string const &source : sources)
+    if (writes) bars.emplace_back(source, call.settings.wait);
   Look const look = LookAt(path, call);
   Show(path, look, call);
   bool const lost = look.report.cut + look.report.lost > 0;
   bool const sound = !lost && look.report.clean && call.operands.empty();
-  if (repair && !sound && !call.settings.dryRun) return Repair(sources, call);
-  if (!call.settings.quiet && !call.settings.json) {
-    RolodexReport const &report = look.report;
-    WriteError("zolt: " + Escape(path) + ": " + std::to_string(report.sound) + " sound, " +
-               std::to_string(report.cut) + " cut, " + std::to_string(report.lost) + " lost" +
-               (report.clean ? "" : "; it was not closed"));
-  }
+  if (writes && !sound) return Repair(sources, call);
+  if (!call.settings.quiet && !call.settings.json) Tell(path, look.report);
   if (lost) return kDamaged;
   return look.report.clean ? kDone : kNo;
 }

@@ -4,11 +4,11 @@
 
 #include "tools/zolt/book_cards.h"
 #include "tools/zolt/card_source.h"
+#include "tools/zolt/card_text_loss.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
 #include "tools/zolt/output_file.h"
-#include "tools/zolt/progress.h"
 #include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/text.h"
 
@@ -36,10 +36,31 @@ Form const &FormFrom(Arguments const &arguments) {
   Refuse("--format " + std::string(word), "no such form", "it is card, text or vcard");
 }
 
-std::string NameOfFile(CallCard *card, uint32_t id) {
-  constexpr size_t kKey = 24;
-  if (*card->GetKey() == '\0') return "id-" + std::to_string(id);
-  return Hex(std::string_view(card->GetKey(), kKey)).substr(2);
+// For the card's key, else its number; cards that share a key are numbered.
+std::string NameOfFile(CallCard const &card, uint32_t id, std::string_view ending,
+                       std::set<std::string> const &taken) {
+  constexpr size_t kShown = 24;
+  std::string const key = KeyOf(card);
+  std::string const stem = key.empty() ? "id-" + std::to_string(id)
+                                       : Hex(std::string_view(key).substr(0, kShown)).substr(2);
+  std::string name = stem + std::string(ending);
+  for (int number = 2; taken.contains(name); number++)
+    name = stem + "-" + std::to_string(number) + std::string(ending);
+  return name;
+}
+
+// Asks once for all cards of which text cannot hold everything.
+void ConfirmLosses(Book *book, Settings const &settings) {
+  size_t cards = 0;
+  std::string first;
+  book->EachCard("looking", [&](uint32_t id) {
+    if (LostInText(CardFromBook(book, id).get()).empty()) return;
+    if (cards++ == 0) first = "card " + std::to_string(id) + " " + ToUtf8(book->Head(id).names[0]);
+  });
+  if (cards == 0) return;
+  Confirm("write card text, which loses a part of " + std::to_string(cards) +
+              (cards == 1 ? " card: " : " cards, the first of them ") + first,
+          settings);
 }
 
 // The bytes that the library writes for a card.
@@ -57,6 +78,7 @@ int Export(Call const &call) {
   std::string const folder(call.operands[0]);
   if (form.format == CardFormatText) NeedSectionNames(call);
   Book book(call, Book::Access::read);
+  if (form.format == CardFormatText) ConfirmLosses(&book, call.settings);
   std::error_code error;
   if (!call.settings.dryRun) fs::create_directories(folder, error);
   if (error) throw SystemFailure(folder, error.value());
@@ -64,30 +86,25 @@ int Export(Call const &call) {
   std::set<std::string> kept;
   size_t written = 0;
   size_t same = 0;
-  {
-    std::vector<uint32_t> const ids = book.Ids();
-    Progress progress(call.settings, "exporting", ids.size());
-    for (uint32_t const id : ids) {
-      progress.Step();
-      std::unique_ptr<CallCard> const card = CardFromBook(&book, id);
-      // A card without a key would get another one each time.
-      char const none[32] = {};
-      if (*card->GetKey() == '\0' && form.format == CardFormatBinary) card->SetKey(none);
-      std::string const name = NameOfFile(card.get(), id) + std::string(form.ending);
-      std::string const path = fs::path(folder) / name;
-      std::string const bytes = BytesOf(card.get(), form, scratch.File("card"));
-      kept.insert(name);
-      if (IsThere(path) && ReadInput(path) == bytes) {
-        same++;
-        continue;
-      }
-      written++;
-      if (call.settings.dryRun) continue;
-      OutputFile file(path);
-      file.out().Write(bytes);
-      file.Finish();
+  book.EachCard("exporting", [&](uint32_t id) {
+    std::unique_ptr<CallCard> const card = CardFromBook(&book, id);
+    // A card without a key would get another one each time.
+    char const none[kKeySize] = {};
+    if (KeyOf(*card).empty() && form.format == CardFormatBinary) card->SetKey(none);
+    std::string const name = NameOfFile(*card, id, form.ending, kept);
+    std::string const path = fs::path(folder) / name;
+    std::string const bytes = BytesOf(card.get(), form, scratch.File("card"));
+    kept.insert(name);
+    if (IsThere(path) && ReadInput(path) == bytes) {
+      same++;
+      return;
     }
-  }
+    written++;
+    if (call.settings.dryRun) return;
+    OutputFile file(path);
+    file.out().Write(bytes);
+    file.Finish();
+  });
   std::vector<fs::path> gone;
   if (call.arguments.Has(OptionId::prune) && fs::is_directory(folder)) {
     for (fs::directory_entry const &entry : fs::directory_iterator(folder)) {
@@ -101,13 +118,16 @@ int Export(Call const &call) {
   }
   for (fs::path const &path : gone)
     if (!call.settings.dryRun) fs::remove(path);
-  if (!call.settings.quiet && !call.settings.json) {
+  if (call.settings.json) {
+    call.out.Write("{\"schema\":1,\"written\":" + std::to_string(written) + ",\"unchanged\":" +
+                   std::to_string(same) + ",\"removed\":" + std::to_string(gone.size()) + "}\n");
+  } else if (!call.settings.quiet) {
     WriteError("zolt: " + std::to_string(written) + " written, " + std::to_string(same) +
                " unchanged" +
                (gone.empty() ? "" : ", " + std::to_string(gone.size()) + " removed") +
                (call.settings.dryRun ? " (not written)" : ""));
   }
-  return kDone;
+  return CodeOfChange(call, written + gone.size() > 0);
 }
 
 }  // namespace
@@ -123,7 +143,8 @@ Verb const kRolodexExport = {
     .run = Export,
     .description =
         "Writes a file for each card into a folder, named for its key or else its number: card\n"
-        "files, or with --format text or vcard. A file that would be the same is not touched.\n"
+        "files, or with --format text or vcard; cards that share a key are numbered. A file that "
+        "would be the same is not touched.\n"
         "With --prune files of that form which no card has are removed, which needs a yes.",
     .examples =
         "  zolt rolodex export cards/\n  zolt rolodex export vcards/ --format vcard --prune\n",

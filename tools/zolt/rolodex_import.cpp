@@ -38,7 +38,7 @@ std::vector<std::string> FilesOf(Call const &call) {
 class Contents {
  public:
   explicit Contents(Book *book) {
-    for (uint32_t const id : book->Ids()) Add(book, id);
+    book->EachCard("reading the book", [&](uint32_t id) { Add(book, id); });
   }
 
   std::optional<uint32_t> Keyed(std::string const &key) const { return Find(byKey_, key); }
@@ -47,11 +47,8 @@ class Contents {
   void Add(Book *book, uint32_t id) {
     PCardStorage card;
     book->Load(id, &card);
-    uint32_t length = 0;
-    uint32_t const place = card.FindProp(kKeyProperty, 0, 0, 0, nullptr);
-    char const *const key = card.GetPropA(place, &length, nullptr, nullptr, nullptr);
-    if (key != nullptr && length == kKeySize) {
-      byKey_.emplace(std::string(key, length), id);
+    if (std::string const key = KeyIn(&card); !key.empty()) {
+      byKey_.emplace(key, id);
     } else {
       byContent_.emplace(std::hash<std::string>()(ListOf(&card)), id);
     }
@@ -97,8 +94,10 @@ class Import {
       }
     }
     if (call_.arguments.Has(OptionId::prune)) Prune();
+    book_.Close();
     Tell();
-    return counts_.code;
+    bool const changes = counts_.added + counts_.changed + counts_.removed > 0;
+    return std::max(counts_.code, CodeOfChange(call_, changes));
   }
 
  private:
@@ -106,7 +105,7 @@ class Import {
     try {
       std::unique_ptr<CallCard> const card = LoadCard(call_, file);
       counts_.read++;
-      Put(CardForBook(card.get(), fs::path(file).stem()));
+      Put(file, CardForBook(card.get(), fs::path(file).stem()));
     } catch (ToolError const &error) {
       Report(error, call_.settings.json, false);
       counts_.refused++;
@@ -114,8 +113,17 @@ class Import {
     }
   }
 
-  void Put(NewCard const &card) {
+  void Put(std::string const &file, NewCard const &card) {
     std::string const list = ListOf(card.list.get());
+    if (!card.key.empty()) {
+      auto const [first, isFirst] =
+          given_.try_emplace(card.key, Given{file, std::hash<std::string>()(list)});
+      if (!isFirst && first->second.content == std::hash<std::string>()(list)) return;
+      if (!isFirst) {
+        throw ToolError(kNo, "several", file, "has the key of " + first->second.file,
+                        "only that one is taken; give one of them a key of its own");
+      }
+    }
     std::optional<uint32_t> const known =
         card.key.empty() ? contents_.Like(list) : contents_.Keyed(card.key);
     bool const same = known && IsSame(*known, list);
@@ -174,9 +182,15 @@ class Import {
     }
   }
 
+  struct Given {
+    std::string file;
+    size_t content;  // a hash
+  };
+
   Call const &call_;
   Book book_;
   Contents contents_;
+  std::map<std::string, Given> given_;  // what the files had, by key
   std::vector<uint32_t> kept_;
   Counts counts_;
 };
@@ -199,8 +213,9 @@ Verb const kRolodexImport = {
     .description =
         "Reads card files and card texts, and those in folders. A card with a key that the book\n"
         "has replaces that one if it differs; one without a key is added if no card is like it.\n"
-        "So a second import adds nothing. A file that cannot be read is told, and the others go\n"
-        "on. With --prune cards that none of the files has are removed, which needs a yes.",
+        "So a second import adds nothing. A file that cannot be read, or has the key of another\n"
+        "one and other content, is told, and the others go on. With --prune cards that none of the "
+        "files has are removed, which needs a yes.",
     .examples = "  zolt rolodex import cards/\n",
 };
 

@@ -90,8 +90,9 @@ int ListThose(Call const &call,
               std::function<bool(CardHead const &, Properties const &)> const &takes) {
   Book book(call, Book::Access::read);
   std::vector<uint32_t> ids;
-  for (uint32_t const id : book.Ids())
+  book.EachCard("searching", [&](uint32_t id) {
     if (takes(book.Head(id), book.Properties(id))) ids.push_back(id);
+  });
   WriteHeads(&book, ids, call);
   return ids.empty() ? kNo : kDone;
 }
@@ -109,10 +110,10 @@ int Query(Call const &call) {
   Book book(call, Book::Access::read);
   std::string lines;
   size_t count = 0;
-  for (uint32_t const id : book.Ids()) {
+  book.EachCard("searching", [&](uint32_t id) {
     CardHead const head = book.Head(id);
     Properties const properties = book.Properties(id);
-    if (!HasText(head, properties, text)) continue;
+    if (!HasText(head, properties, text)) return;
     for (CardProperty const &property : properties) {
       std::optional<std::string> const address = TextOfProperty(property);
       if (!SameName(property.name, "EMAIL") || !address || address->empty()) continue;
@@ -120,7 +121,7 @@ int Query(Call const &call) {
                Escape(FlagsText(property.flags)) + "\n";
       count++;
     }
-  }
+  });
   call.out.Write(std::to_string(count) + (count == 1 ? " address\n" : " addresses\n") + lines);
   return count == 0 ? kNo : kDone;
 }
@@ -190,10 +191,8 @@ int Select(Call const &call) {
 int Dupes(Call const &call) {
   Book book(call, Book::Access::read);
   std::map<std::string, std::vector<uint32_t>> groups;
-  for (uint32_t const id : book.Ids()) {
-    CardHead const head = book.Head(id);
-    groups[Folded(head.names[0])].push_back(id);
-  }
+  book.EachCard("comparing",
+                [&](uint32_t id) { groups[Folded(book.Head(id).names[0])].push_back(id); });
   std::vector<uint32_t> twins;
   for (auto const &[name, ids] : groups)
     if (ids.size() > 1) twins.insert(twins.end(), ids.begin(), ids.end());

@@ -1,14 +1,14 @@
+#include <unistd.h>
+
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <set>
 
 #include "tools/zolt/book_cards.h"
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
-#include "tools/zolt/editor.h"
 #include "tools/zolt/errors.h"
-#include "tools/zolt/library_session.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/text.h"
 
@@ -23,8 +23,17 @@ constexpr size_t kLongestName = 31;
 int Create(Call const &call) {
   std::string const path = BookPath(call);
   if (IsThere(path)) Refuse(path, "exists");
-  if (call.settings.dryRun) return call.settings.exitCode ? kNo : kDone;
-  if (Rolodex::Create(path.c_str()) != 0) throw FileFailure(path);
+  if (call.settings.dryRun) return CodeOfChange(call, true);
+  // Create empties what is there, so the file is made first, by one of all who try.
+  if (AFS_LZCreateFile(path.c_str(), 0, 0) != 0) {
+    if (IsThere(path)) Refuse(path, "exists");
+    throw FileFailure(path);
+  }
+  if (Rolodex::Create(path.c_str()) != 0) {
+    ToolError const failure = FileFailure(path);
+    if (failure.code != kLocked) unlink(path.c_str());
+    throw failure;
+  }
   if (!call.settings.quiet && !call.settings.json) WriteError("zolt: " + Escape(path) + ": made");
   return kDone;
 }
@@ -49,8 +58,9 @@ int Add(Call const &call) {
   std::vector<uint32_t> ids;
   if (!call.settings.dryRun)
     for (NewCard const &card : cards) ids.push_back(AddToBook(&book, card));
+  book.Close();
   WriteIds(ids, call);
-  return kDone;
+  return CodeOfChange(call, true);
 }
 
 void AddText(PCardStorage *card, char const *name, uint32_t flags, std::string_view text) {
@@ -70,8 +80,9 @@ int New(Call const &call) {
   Book book(call, Book::Access::write);
   std::vector<uint32_t> ids;
   if (!call.settings.dryRun) ids.push_back(AddToBook(&book, card));
+  book.Close();
   WriteIds(ids, call);
-  return kDone;
+  return CodeOfChange(call, true);
 }
 
 int Replace(Call const &call) {
@@ -79,22 +90,29 @@ int Replace(Call const &call) {
   NewCard const added = CardForBook(card.get(), fs::path(call.operands[1]).stem());
   Book book(call, Book::Access::write);
   uint32_t const id = book.FindOne(call.operands[0]);
-  if (!call.settings.dryRun) SaveInBook(&book, id, added);
-  SayOfCard(&book, id, "replaced", call);
-  return kDone;
+  bool const changes = !IsInBook(&book, id, added);
+  if (changes && !call.settings.dryRun) SaveInBook(&book, id, added);
+  CardHead const head = book.Head(id);
+  book.Close();
+  SayOfCard(head, changes ? Done(call, "replaced") : "unchanged", call);
+  return CodeOfChange(call, changes);
 }
 
 int Remove(Call const &call) {
   Book book(call, Book::Access::write);
   std::vector<uint32_t> ids;
-  for (std::string_view const operand : call.operands)
-    for (uint32_t const id : book.Find(operand)) ids.push_back(id);
+  for (std::string_view const operand : call.operands) {
+    for (uint32_t const id : book.Find(operand))
+      if (std::ranges::find(ids, id) == ids.end()) ids.push_back(id);
+  }
   if (ids.size() > 1) Confirm("remove " + std::to_string(ids.size()) + " cards", call.settings);
   for (uint32_t const id : ids) {
-    SayOfCard(&book, id, call.settings.dryRun ? "would be removed" : "removed", call);
+    CardHead const head = book.Head(id);
     if (!call.settings.dryRun && book.rolodex().DeleteCard(id) == 0) throw BookFailure(book.path());
+    SayOfCard(head, Done(call, "removed"), call);
   }
-  return call.settings.dryRun && call.settings.exitCode && !ids.empty() ? kNo : kDone;
+  book.Close();
+  return CodeOfChange(call, true);
 }
 
 int Rename(Call const &call) {
@@ -103,16 +121,41 @@ int Rename(Call const &call) {
     Refuse(std::string(call.operands[1]), "a name in a book has at most 31 bytes");
   }
   Book book(call, Book::Access::write);
-  uint32_t const id = book.FindOne(call.operands[0]);
-  if (!call.settings.dryRun) book.rolodex().SetCardName(id, name.c_str(), nullptr, nullptr);
-  SayOfCard(&book, id, "renamed", call);
-  return kDone;
+  CardHead head = book.Head(book.FindOne(call.operands[0]));
+  bool const changes = head.names[0] != name;
+  if (changes && !call.settings.dryRun) {
+    book.rolodex().SetCardName(head.id, name.c_str(), nullptr, nullptr);
+    book.CheckDone();
+  }
+  book.Close();
+  if (!call.settings.dryRun) head.names[0] = name;
+  SayOfCard(head, changes ? Done(call, "renamed") : "unchanged", call);
+  if (call.settings.json) call.out.Write(HeadDocument(head, nullptr) + "\n");
+  return CodeOfChange(call, changes);
 }
 
 // "+3" or "-3".
 bool IsTag(std::string_view operand) {
   return operand.size() > 1 && (operand[0] == '+' || operand[0] == '-') && operand[1] >= '0' &&
          operand[1] <= '9';
+}
+
+// Gives whether that changes the card.
+bool TagCard(Book *book, uint32_t id, std::vector<uint8_t> const &add,
+             std::vector<uint8_t> const &remove, Call const &call) {
+  CardHead const head = book->Head(id);
+  std::set<uint8_t> set(head.categories.begin(), head.categories.end());
+  for (uint8_t const category : remove) set.erase(category);
+  set.insert(add.begin(), add.end());
+  std::vector<uint8_t> const categories(set.begin(), set.end());
+  bool const changes = categories != head.categories;
+  if (changes && !call.settings.dryRun) {
+    book->rolodex().SetCardCategories(id, CategoryListOf(categories).data());
+    book->CheckDone();
+  }
+  std::string const now = categories.empty() ? "no category" : CategoriesText(categories);
+  SayOfCard(head, changes ? Done(call, "in " + now) : "unchanged", call);
+  return changes;
 }
 
 int Tag(Call const &call) {
@@ -132,26 +175,11 @@ int Tag(Call const &call) {
            "usage: zolt rolodex tag CARD... [+N] [-N]");
   }
   Book book(call, Book::Access::write);
-  for (std::string_view const card : cards) {
-    for (uint32_t const id : book.Find(card)) {
-      std::vector<uint8_t> categories = book.Head(id).categories;
-      std::erase_if(categories,
-                    [&](uint8_t each) { return std::ranges::find(remove, each) != remove.end(); });
-      categories.insert(categories.end(), add.begin(), add.end());
-      std::ranges::sort(categories);
-      categories.erase(std::unique(categories.begin(), categories.end()), categories.end());
-      if (categories == book.Head(id).categories) {
-        SayOfCard(&book, id, "unchanged", call);
-        continue;
-      }
-      if (!call.settings.dryRun) {
-        book.rolodex().SetCardCategories(id, CategoryListOf(categories).data());
-      }
-      SayOfCard(&book, id,
-                "in " + (categories.empty() ? "no category" : CategoriesText(categories)), call);
-    }
-  }
-  return kDone;
+  bool changes = false;
+  for (std::string_view const card : cards)
+    for (uint32_t const id : book.Find(card)) changes |= TagCard(&book, id, add, remove, call);
+  book.Close();
+  return CodeOfChange(call, changes);
 }
 
 int Category(Call const &call) {
@@ -170,48 +198,19 @@ int Category(Call const &call) {
   if (name.size() >= sizeof info.text) {
     Refuse(std::string(call.operands[1]), "a category's name has at most 63 bytes");
   }
+  bool const changes = name != std::string_view(info.text, strnlen(info.text, sizeof info.text));
   std::memset(info.text, 0, sizeof info.text);
   name.copy(info.text, name.size());
-  if (!call.settings.dryRun) book.rolodex().SetCategoryInfo(numbers[0], &info);
-  return kDone;
-}
-
-int EditCard(Call const &call) {
-  NeedSectionNames(call);
-  EditedText text("card.txt");
-  uint32_t id = 0;
-  std::vector<CardProperty> before;
-  {
-    // Others may use the book while the editor is open.
-    Book book(call, Book::Access::read);
-    id = book.FindOne(call.operands[0]);
-    before = book.Properties(id);
-    std::unique_ptr<CallCard> const card = CardFromBook(&book, id);
-    SaveCardAs(card.get(), CardFormatText, text.file());
+  if (changes && !call.settings.dryRun) {
+    book.rolodex().SetCategoryInfo(numbers[0], &info);
+    book.CheckDone();
   }
-  text.Edit();
-  return text.Apply([&] {
-    std::unique_ptr<CallCard> const edited = LoadCard(call, text.file());
-    Book book(call, Book::Access::write);
-    if (book.Properties(id) != before) {
-      throw ToolError(kNo, "expectation", std::string(call.operands[0]),
-                      "was changed by another program meanwhile", "nothing is written");
-    }
-    for (CardProperty const &property : before)
-      if (property.name == kKeyProperty) edited->SetKey(property.value.c_str());
-    SaveInBook(&book, id, CardForBook(edited.get(), ToUtf8(book.Head(id).names[0])));
-    SayOfCard(&book, id, "changed", call);
-    return kDone;
-  });
-}
-
-int Compact(Call const &call) {
-  Book book(call, Book::Access::write);
-  bool const done = !call.settings.dryRun && book.rolodex().Compact(1) != 0;
+  book.Close();
   if (!call.settings.quiet && !call.settings.json) {
-    WriteError("zolt: " + Escape(book.path()) + (done ? ": compacted" : ": no gaps"));
+    WriteError("category " + std::to_string(numbers[0]) + ": " +
+               (changes ? Done(call, "named") : "unchanged"));
   }
-  return kDone;
+  return CodeOfChange(call, changes);
 }
 
 }  // namespace
@@ -258,21 +257,6 @@ Verb const kRolodexNew = {
     .run = New,
     .description = "Makes a card with that name, and addresses and numbers; prints its number.",
     .examples = "  zolt rolodex new 'Anna Bell' --email anna@example.org --tel 5551234\n",
-};
-
-Verb const kRolodexEdit = {
-    .group = "rolodex",
-    .name = "edit",
-    .operands = "CARD",
-    .summary = "change a card in an editor",
-    .options = {OptionId::file, OptionId::first},
-    .least = 1,
-    .most = 1,
-    .run = EditCard,
-    .description =
-        "Opens the card as card text in VISUAL or EDITOR, and saves what comes out. Text makes\n"
-        "every string 16-bit; see docs/formats/card_text.md.",
-    .examples = "  zolt rolodex edit 'Anna Bell'\n",
 };
 
 Verb const kRolodexReplace = {
@@ -339,19 +323,6 @@ Verb const kRolodexCategory = {
     .run = Category,
     .description = "Prints the name of a category, or sets it; an empty one takes it away.",
     .examples = "  zolt rolodex category 3 Friends\n",
-};
-
-Verb const kRolodexCompact = {
-    .group = "rolodex",
-    .name = "compact",
-    .operands = "",
-    .summary = "close the gaps of a book",
-    .options = {OptionId::file},
-    .least = 0,
-    .most = 0,
-    .run = Compact,
-    .description = "Makes the file as small as its cards allow.",
-    .examples = "  zolt rolodex compact\n",
 };
 
 }  // namespace zolt::tool
