@@ -1,5 +1,7 @@
 // Hears changes in a program whose main loop is a plain epoll.
 //
+// The loop stands in epoll_loop.h, beside this file.
+//
 //   g++ -std=c++20 epoll_listener.cpp $(pkg-config --cflags --libs zolt41)
 
 #include "epoll_loop.h"

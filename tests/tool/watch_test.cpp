@@ -7,6 +7,7 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 
+#include "tests/support/raw_hive.h"
 #include "tests/tool/background_tool.h"
 #include "tests/tool/tool_fixture.h"
 
@@ -142,6 +143,28 @@ TEST_F(WatchTest, ADoctorNamesWhatIsWrong) {
   ASSERT_EQ(problems.size(), 2u) << wrong.out;
   EXPECT_EQ(problems[0]["subject"], home_.path());
   EXPECT_EQ(problems[1]["subject"], home_.UserHive());
+}
+
+TEST_F(WatchTest, ADoctorReadsAllOfAHive) {
+  Line values = {"Audio"};
+  for (int i = 0; i < 300; i++) {
+    values.push_back("V" + std::to_string(i));
+    values.emplace_back(100, 'v');
+  }
+  Set(values);
+  std::string const root = RawHive(home_.UserHive())
+                               .Run(
+                                   "PRAGMA wal_checkpoint(TRUNCATE); SELECT rootpage FROM "
+                                   "sqlite_master WHERE name = 'value'");
+  EXPECT_EQ(Run("doctor").code, 0);
+  // The first pages, which opening looks at, stay.
+  std::fstream(home_.UserHive(), std::ios::in | std::ios::out | std::ios::binary)
+          .seekp((std::stol(root) - 1) * 4096)
+      << std::string(64, 'x');
+  ToolResult const wrong = Run("doctor");
+  EXPECT_EQ(wrong.code, 1);
+  EXPECT_NE(wrong.out.find("problem\t" + home_.UserHive() + "\tdamaged"), std::string::npos)
+      << wrong.out;
 }
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace zolt::tool {
 namespace {
 
 int32_t FormatFrom(Arguments const &arguments) {
+  if (!arguments.Has(OptionId::to)) Refuse("card convert", "needs --to card or --to text");
   std::string_view const word = arguments.Value(OptionId::to);
   if (word == "card") return CardFormatBinary;
   if (word == "text") return CardFormatText;

@@ -144,6 +144,10 @@ Candidates Operands(Verb const &verb, Call const &call, std::string_view begin) 
   }
   bool const ofCard = verb.name == "prefs" && call.operands.size() == 2;
   if (name == "SECTION" || ofCard) return Sections();
+  if (name == "SHELL") {
+    constexpr std::string_view kShells[] = {"bash", "zsh", "fish"};
+    return FromWords(kShells);
+  }
   if (name == "LIST") return ValueNames(call, true);
   if (name == "NAME" && verb.group == "prefs") return ValueNames(call, false);
   if (name == "NAME" && verb.group == "card") return PropertyNames(call);

@@ -6,6 +6,7 @@
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
 #include "tools/zolt/registration.h"
+#include "tools/zolt/store_snapshot.h"
 #include "tools/zolt/table.h"
 #include "tools/zolt/verbs.h"
 
@@ -56,10 +57,25 @@ void WriteProblems(std::vector<Problem> const &problems, Call const &call) {
   table.Finish();
 }
 
+// Damage deep in a hive shows only where all of it is read.
+void ReadAll(ZOLTState *state) {
+  for (std::string_view const name : {"user", "system", "shared-user", "shared-system"}) {
+    Level const &level = LevelNamed(name);
+    ZOLTHiveState &hive = level.root == HKEY_CURRENT_USER ? state->user : state->machine;
+    if (hive.failure != 0 || hive.file.present == 0) continue;
+    try {
+      VisitStore(level, {}, Exclusions({}), [](TextSection &&) {});
+    } catch (ToolError const &error) {
+      if (error.code == kDamaged) hive.failure = ZOLTLastFailure(nullptr, 0);
+    }
+  }
+}
+
 int Doctor(Call const &call) {
   PrepareLibrary(call.arguments, call.settings);
   auto const state = std::make_unique<ZOLTState>();
   ZOLTInspect(state.get());
+  ReadAll(state.get());
   Registration const registration = FindRegistration();
   std::vector<Problem> problems = Diagnose(*state, geteuid());
   if (auto const problem = ProblemOf(registration)) problems.push_back(*problem);

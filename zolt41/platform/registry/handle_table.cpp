@@ -27,6 +27,8 @@ HKEY HandleTable::Add(OpenKey const &open, std::string path) {
   std::lock_guard const guard(lock_);
   if (free_.empty()) {
     if (next_ == 1u << kIndexBits) return 0;
+    // So that none needs memory to be closed.
+    if (free_.capacity() <= next_) free_.reserve(size_t{2} * next_ + 16);
     free_.push_back(next_++);
   }
   uint32_t const index = free_.back();
