@@ -112,6 +112,11 @@ TEST_F(CheckTest, WhatIsSoundCutAndLost) {
                false,
                " 1sound 3sound 4sound 5cut!",
                {1, 3, 4}},
+           Row{"a file cut in a head",
+               dirty_.substr(0, kArea + 4 * kRecord + 60),
+               false,
+               " 1sound 3sound 4sound 5cut!",
+               {1, 3, 4}},
        }) {
     SCOPED_TRACE(row.what);
     EXPECT_EQ(Check(row.content), row.told);

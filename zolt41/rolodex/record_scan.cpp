@@ -60,9 +60,12 @@ class Scan {
       if (head.size() < kEndMarkSize) break;
       if (chained && LoadLittle32(head.data()) == kEndMark) break;
       bool swapped = order;
-      if (head.size() == kEntrySize && IsOwn(head.data(), position, &swapped)) {
-        CardEntry const entry(swapped ? SwappedHead(head).data() : head.data());
-        bool const stands = StandsAt(entry, position, size_);
+      if (IsOwn(head.data(), position, &swapped)) {
+        // The file may end in it.
+        std::string whole(head);
+        whole.resize(kEntrySize);
+        CardEntry const entry(swapped ? SwappedHead(whole).data() : whole.data());
+        bool const stands = head.size() == kEntrySize && StandsAt(entry, position, size_);
         chained = chained && stands && swapped == bigEndian;
         order = swapped;
         Tell(entry, !stands ? CardState::cut : chained ? CardState::sound : CardState::lost);
