@@ -11,15 +11,19 @@ struct IVisitor : public IUnknown {
 class CVisitor : public IVisitor, public IPropertyNotifySink {
  public:
   STDMETHOD(QueryInterface)(REFIID iid, LPVOID *out) override;
-  STDMETHOD_(ULONG, AddRef)() override { return ++references_; }
-  STDMETHOD_(ULONG, Release)() override { return --references_; }
+  STDMETHOD_(ULONG, AddRef)() override {
+    return static_cast<ULONG>(InterlockedIncrement(&references_));
+  }
+  STDMETHOD_(ULONG, Release)() override {
+    return static_cast<ULONG>(InterlockedDecrement(&references_));
+  }
   STDMETHOD(Visit)(LPSTORAGE storage, LPCOLESTR name) override;
   STDMETHOD_(ULONG, Count)() override { return count_; }
-  STDMETHOD(OnChanged)(DISPID) override { return S_OK; }
+  STDMETHOD(OnChanged)(DISPID) override { return NOERROR; }
   STDMETHOD(OnRequestEdit)(DISPID) override { return E_HANDLE; }
 
  private:
-  ULONG references_ = 0;
+  LONG references_ = 0;
   ULONG count_ = 0;
 };
 
@@ -45,5 +49,14 @@ static_assert((CLSCTX_SERVER | CLSCTX_INPROC_HANDLER) == CLSCTX_ALL);
 static_assert((CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER) == CLSCTX_SERVER);
 
 [[maybe_unused]] CVisitor visitor;
+[[maybe_unused]] BOOL const connects = TRUE;
+[[maybe_unused]] LPCONNECTIONPOINT point = nullptr;
+[[maybe_unused]] LPENUMSTATSTG elements = nullptr;
+[[maybe_unused]] LPCWSTR const section = u"Audio";
+static_assert(ResultFromScode(E_FAIL) == E_FAIL && IID_NULL == GUID_NULL);
+
+[[maybe_unused]] VARTYPE TypeOf(VARIANTARG const *argument) {
+  return V_VT(argument);
+}
 
 }  // namespace

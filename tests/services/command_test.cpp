@@ -62,6 +62,7 @@ TEST(CommandTest, TheProgramHasItsInputAndNothingElseOfTheClient) {
     if (Shell(nowhere + "[ /proc/self/fd/2 -ef /dev/null ]") != 0) return 1;
     if (Shell(nowhere + "[ ! /proc/self/fd/2 -ef /dev/null ]", "", true) != 0) return 2;
     for (int standard = 0; standard < 3; standard++) close(standard);
+    if (Shell("[ /proc/self/fd/2 -ef /dev/null ]", "", true) != 0) return 3;
     return Shell(nowhere + "read line && [ $line = in ]", "in\n");
   });
   EXPECT_EQ(child.Wait(), 0);

@@ -12,6 +12,17 @@ constexpr char kTree[] = "SOFTWARE:Veltrane:Tessaly:5.0";
 
 constinit std::atomic<int32_t> references = 0;
 
+// Either the whole, or nothing of it.
+void Start() {
+  InitZOLT();
+  try {
+    InitPrefs(kTree);
+  } catch (...) {
+    DisposeZOLT();
+    throw;
+  }
+}
+
 std::recursive_mutex *MakeServerLock() {
   CallBeforeHivesAroundForks([] { ServerLock().lock(); }, [] { ServerLock().unlock(); },
                              [] { RenewInChild(&ServerLock()); });
@@ -28,12 +39,8 @@ std::recursive_mutex &ServerLock() {
 
 int32_t TakeServerReference() {
   std::lock_guard const guard(ServerLock());
-  int32_t const count = ++references;
-  if (count == 1) {
-    InitZOLT();
-    InitPrefs(kTree);
-  }
-  return count;
+  if (references == 0) Start();
+  return ++references;
 }
 
 int32_t ReleaseServerReference() {

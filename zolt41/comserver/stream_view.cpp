@@ -12,6 +12,7 @@
 #include "zolt41/platform/com/guarded.h"
 #include "zolt41/platform/com/stream_count.h"
 #include "zolt41/platform/registry/registry.h"
+#include "zolt41/platform/system/with_memory.h"
 #include "zolt41/prefs/text_argument.h"
 
 namespace zolt {
@@ -43,10 +44,11 @@ HRESULT ValueStream::OpenAt(TYPrefs *store, uint32_t section, std::string_view n
 
 bool ValueStream::Load() {
   std::lock_guard const guard(ServerLock());
-  _DisposeMem(data_);
+  _DisposeMem(std::exchange(data_, nullptr));
   size_ = 0;
   position_ = 0;
-  data_ = ReadWholeValue(store_, section_, name_, &size_);
+  data_ = WithMemory<char *>(nullptr,
+                             [this] { return ReadWholeValue(store_, section_, name_, &size_); });
   return data_ != nullptr;
 }
 

@@ -8,8 +8,9 @@
 namespace zolt {
 
 // Reads a value of any type along the chain of `store` into a new memory block, which the caller
-// disposes of, and gives its size; null if no store has it, or without memory. Unlike two calls of
-// ReadFree it is not overrun by a process that makes the value larger between them.
+// disposes of, and gives its size; null if no store has it. Throws std::bad_alloc without memory: a
+// parent's value must not stand for one that is there. Unlike two calls of ReadFree it is not
+// overrun by a process that makes the value larger between them.
 char *ReadWholeValue(TYPrefs *store, uint32_t section, char const *name, uint32_t *size);
 
 }  // namespace zolt

@@ -104,8 +104,9 @@ int32_t InitZOLT() {
   return 1;
 }
 
-void InitPrefs(char const *path) {
-  if (initialised) return;
+namespace {
+
+void StartPrefs(char const *path) {
   FollowHome();
   zolt::ChannelGuard guard;
   zolt::FirstFailure failure;
@@ -116,11 +117,25 @@ void InitPrefs(char const *path) {
     Build(path);
   }
   zolt::StartNotificationThread();
-  initialised = true;
   for (HKEY const root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
     zolt::ReportHiveFailure(root);
     failure.Note();
   }
+}
+
+}  // namespace
+
+void InitPrefs(char const *path) {
+  if (initialised) return;
+  try {
+    StartPrefs(path);
+  } catch (...) {
+    // Nothing of it stands where memory ran out.
+    zolt::StopNotificationThread();
+    TearDown();
+    throw;
+  }
+  initialised = true;
 }
 
 void DisposeZOLT() {

@@ -10,6 +10,7 @@
 #include "zolt41/platform/system/codepage.h"
 #include "zolt41/platform/system/late_module.h"
 #include "zolt41/platform/system/string_table.h"
+#include "zolt41/platform/system/with_memory.h"
 #include "zolt41/services/mail_state.h"
 
 namespace {
@@ -31,25 +32,30 @@ Mail Test() {
 }
 
 // What this process has found: the words that all share may be another's. Two threads that make
-// the first call at the same moment both test, so that nobody waits, not even after a fork.
-std::atomic<bool> tested = false;
-std::atomic<MapiSendMail> sender = nullptr;  // null if mail cannot be sent
+// the first call at the same moment both test, so that nobody waits, not even after a fork, and
+// none is told "no" while the other one is at it; the result that comes first stands.
+constexpr uintptr_t kNotTested = 0;
+constexpr uintptr_t kCannot = 1;
+std::atomic<uintptr_t> outcome = kNotTested;  // or the function that sends
 
 MapiSendMail Tested() {
-  if (!tested.load(std::memory_order_acquire)) {
+  uintptr_t now = outcome.load(std::memory_order_acquire);
+  if (now == kNotTested) {
     Mail const found = Test();
-    zolt::ShareMailState(reinterpret_cast<uintptr_t>(found.send), found.module,
-                         found.send != nullptr);
-    sender.store(found.send, std::memory_order_relaxed);
-    tested.store(true, std::memory_order_release);
+    auto const sender = reinterpret_cast<uintptr_t>(found.send);
+    uintptr_t const result = sender == 0 ? kCannot : sender;
+    if (outcome.compare_exchange_strong(now, result, std::memory_order_acq_rel)) {
+      zolt::ShareMailState(sender, found.module, sender != 0);
+      now = result;
+    }
   }
-  return sender.load(std::memory_order_relaxed);
+  return now == kCannot ? nullptr : reinterpret_cast<MapiSendMail>(now);  // NOLINT(*-int-to-ptr)
 }
 
 void TellOfFailure() {
   char text[260] = "";
   LoadStringA(zolt::LibraryInstance(), kFailedMessage, text, sizeof text);
-  MessageBoxA(0, text, nullptr, 0);
+  zolt::WithMemory(0, [&text] { return MessageBoxA(0, text, nullptr, 0); });
 }
 
 uint32_t Send(MapiSendMail send, char *recipient, char *subject, char *text, int32_t silent) {
@@ -76,19 +82,18 @@ std::string Utf8(char const *local) {
 namespace zolt {
 
 void ForgetMailTest() {
-  tested = false;
+  outcome = kNotTested;
 }
 
 }  // namespace zolt
 
 int32_t CanMail() {
-  return Tested() != nullptr;
+  return zolt::WithMemory(0, [] { return Tested() != nullptr ? 1 : 0; });
 }
 
 uint32_t SendMail(char *, char *recipient, char *subject, char *text, char *, int32_t silent) {
-  MapiSendMail const send = Tested();
-  if (send == nullptr) return 0;
-  uint32_t const result = Send(send, recipient, subject, text, silent);
+  if (CanMail() == 0) return 0;
+  uint32_t const result = ZOLTSendMail(recipient, subject, text, silent);
   bool const quiet =
       result == SUCCESS_SUCCESS || result == MAPI_USER_ABORT || result == MAPI_E_LOGIN_FAILURE;
   if (!quiet) TellOfFailure();
@@ -96,14 +101,17 @@ uint32_t SendMail(char *, char *recipient, char *subject, char *text, char *, in
 }
 
 uint32_t ZOLTSendMail(char *recipient, char *subject, char *text, int32_t silent) {
-  MapiSendMail const send = Tested();
-  return send == nullptr ? 0 : Send(send, recipient, subject, text, silent);
+  return zolt::WithMemory(MAPI_E_FAILURE, [&] {
+    MapiSendMail const send = Tested();
+    return send == nullptr ? 0 : Send(send, recipient, subject, text, silent);
+  });
 }
 
 uint32_t ZOLTCheckMail(char const *recipient, char const *subject) {
-  return zolt::MailRefusal(Utf8(recipient), Utf8(subject));
+  return zolt::WithMemory(MAPI_E_FAILURE,
+                          [&] { return zolt::MailRefusal(Utf8(recipient), Utf8(subject)); });
 }
 
 int32_t ZOLTCanShowMail() {
-  return zolt::CanShowMail() ? 1 : 0;
+  return zolt::WithMemory(0, [] { return zolt::CanShowMail() ? 1 : 0; });
 }

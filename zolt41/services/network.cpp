@@ -7,6 +7,7 @@
 
 #include "zolt41/platform/desktop/net_state.h"
 #include "zolt41/platform/system/late_module.h"
+#include "zolt41/platform/system/with_memory.h"
 #include "zolt41/services/network_state.h"
 
 namespace {
@@ -82,17 +83,22 @@ void ForgetNetwork() {
 
 }  // namespace zolt
 
+// A state that cannot be asked counts as connected.
 int32_t IsNetworkOn() {
-  InternetGetConnectedState const connected = Connected();
-  uint32_t flags = 0;
-  if (connected == nullptr || connected(&flags, 0) != 0) return 1;
-  return IsDialledUp() ? 1 : 0;
+  bool const on = zolt::WithMemory(true, [] {
+    InternetGetConnectedState const connected = Connected();
+    uint32_t flags = 0;
+    return connected == nullptr || connected(&flags, 0) != 0;
+  });
+  return on || zolt::WithMemory(false, [] { return IsDialledUp(); }) ? 1 : 0;
 }
 
 int32_t GetMyIP(char *destination) {
   char name[256];
   std::array<uint8_t, 4> address{};
-  bool const known = zolt::HostName(name) && zolt::LookUpHost(name, &address);
+  bool const known = zolt::WithMemory(
+      false, [&] { return zolt::HostName(name) && zolt::LookUpHost(name, &address); });
+  if (!known) address = {};
   if (destination != nullptr) {
     std::snprintf(destination, 16, "%d.%d.%d.%d", address[0], address[1], address[2], address[3]);
   }

@@ -6,6 +6,7 @@
 #include "zolt41/platform/registry/registry.h"
 #include "zolt41/platform/system/late_module.h"
 #include "zolt41/platform/system/string_table.h"
+#include "zolt41/platform/system/with_memory.h"
 #include "zolt41/services/network_state.h"
 
 namespace {
@@ -61,12 +62,14 @@ int32_t URLEnabled() {
     return 1;
   }
   // Here the machine says so by having the program.
-  return zolt::HasLinkOpener() ? 1 : 0;
+  return zolt::WithMemory(0, [] { return zolt::HasLinkOpener() ? 1 : 0; });
 }
 
 int32_t URLLaunchFromString(char const *url) {
   if (url == nullptr || *url == '\0') return 0;
-  ShellExecute const execute = shell.Execute();
-  if (execute == nullptr) return 0;
-  return execute(0, "open", url, nullptr, nullptr, SW_SHOWNORMAL) > kLastFailure ? 1 : 0;
+  return zolt::WithMemory(0, [url] {
+    ShellExecute const execute = shell.Execute();
+    if (execute == nullptr) return 0;
+    return execute(0, "open", url, nullptr, nullptr, SW_SHOWNORMAL) > kLastFailure ? 1 : 0;
+  });
 }

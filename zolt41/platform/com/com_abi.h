@@ -2,6 +2,7 @@
 #define ZOLT41_PLATFORM_COM_COM_ABI_H_
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 
 #include "zolt41/platform/system/api.h"
@@ -22,6 +23,13 @@
 #define PURE = 0
 #define THIS void
 #define THIS_
+// Other headers may have them.
+#ifndef TRUE
+#define TRUE 1
+#endif
+#ifndef FALSE
+#define FALSE 0
+#endif
 
 using HRESULT = int32_t;
 using SCODE = int32_t;
@@ -39,8 +47,12 @@ using WCHAR = char16_t;
 using OLECHAR = char16_t;
 using LPOLESTR = char16_t *;
 using LPCOLESTR = char16_t const *;
+using LPWSTR = char16_t *;
+using LPCWSTR = char16_t const *;
 using BSTR = char16_t *;
 using LPVOID = void *;
+using LPDWORD = DWORD *;
+using SIZE_T = size_t;
 using HGLOBAL = void *;
 
 struct GUID {
@@ -70,6 +82,7 @@ constexpr bool IsEqualCLSID(REFCLSID a, REFCLSID b) {
   return a == b;
 }
 inline constexpr GUID GUID_NULL = {};
+inline constexpr IID IID_NULL = {};
 
 constexpr bool SUCCEEDED(HRESULT result) {
   return result >= 0;
@@ -79,6 +92,7 @@ constexpr bool FAILED(HRESULT result) {
 }
 
 inline constexpr HRESULT S_OK = 0;
+inline constexpr HRESULT NOERROR = S_OK;
 inline constexpr HRESULT S_FALSE = 1;
 inline constexpr HRESULT E_NOTIMPL = static_cast<HRESULT>(0x80004001);
 inline constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002);
@@ -101,6 +115,18 @@ inline constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154);
 inline constexpr HRESULT CO_E_CLASSSTRING = static_cast<HRESULT>(0x800401F3);
 inline constexpr HRESULT CO_E_DLLNOTFOUND = static_cast<HRESULT>(0x800401F8);
 inline constexpr HRESULT CO_E_ERRORINDLL = static_cast<HRESULT>(0x800401F9);
+
+constexpr HRESULT ResultFromScode(SCODE code) {
+  return code;
+}
+
+// Change a number that threads share, and give what it is then.
+inline LONG InterlockedIncrement(LONG volatile *number) {
+  return __atomic_add_fetch(number, 1, __ATOMIC_SEQ_CST);
+}
+inline LONG InterlockedDecrement(LONG volatile *number) {
+  return __atomic_sub_fetch(number, 1, __ATOMIC_SEQ_CST);
+}
 
 inline constexpr DISPID DISPID_UNKNOWN = -1;
 
@@ -171,5 +197,10 @@ struct ZOLT_API IPropertyNotifySink : IUnknown {
   virtual HRESULT OnChanged(DISPID id) = 0;
   virtual HRESULT OnRequestEdit(DISPID id) = 0;
 };
+
+using LPENUMCONNECTIONS = IEnumConnections *;
+using LPCONNECTIONPOINT = IConnectionPoint *;
+using LPCONNECTIONPOINTCONTAINER = IConnectionPointContainer *;
+using LPPROPERTYNOTIFYSINK = IPropertyNotifySink *;
 
 #endif  // ZOLT41_PLATFORM_COM_COM_ABI_H_

@@ -151,6 +151,7 @@ struct ZOLT_API IEnumSTATSTG : IUnknown {
   virtual HRESULT Reset() = 0;
   virtual HRESULT Clone(IEnumSTATSTG **out) = 0;
 };
+using LPENUMSTATSTG = IEnumSTATSTG *;
 
 struct ZOLT_API IStorage : IUnknown {
   virtual HRESULT CreateStream(OLECHAR const *name, DWORD mode, DWORD reserved1, DWORD reserved2,

@@ -131,6 +131,8 @@ struct VARIANT {
   };
 };
 static_assert(sizeof(VARIANT) == 24);
+using VARIANTARG = VARIANT;
+#define V_VT(variant) ((variant)->vt)
 
 struct BLOB {
   ULONG cbSize;

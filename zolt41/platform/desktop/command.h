@@ -36,7 +36,7 @@ inline constexpr int kStillRuns = -2;
 // Starts a program, never through a shell, and waits for its end. What it writes to standard output
 // goes nowhere. Gives its exit code, 127 if the file is no program, or one of the numbers above;
 // one that still runs is left to itself. How the client treats its own children makes no
-// difference, and it never meets this one.
+// difference, and it does not meet this one, unless it adopts orphans and the program still runs.
 int RunCommand(Command const &command);
 
 }  // namespace zolt

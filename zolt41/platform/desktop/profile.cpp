@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -27,7 +28,11 @@ std::string_view Trimmed(std::string_view text) {
 }
 
 std::optional<uint32_t> InProfile(std::string_view section, std::string_view key) {
-  std::ifstream profile(zolt::ResolveHomes().user + "/profile.ini");
+  std::string const path = zolt::ResolveHomes().user + "/profile.ini";
+  std::error_code none;
+  // A pipe or a device might never end.
+  if (!std::filesystem::is_regular_file(path, none)) return std::nullopt;
+  std::ifstream profile(path);
   bool inSection = false;
   for (std::string whole; std::getline(profile, whole);) {
     std::string_view line = whole;

@@ -82,7 +82,9 @@ void UseDefaultSignals() {
 [[noreturn]] void BecomeProgram(Prepared const &prepared) {
   dup2(prepared.input, STDIN_FILENO);
   dup2(prepared.nowhere, STDOUT_FILENO);
-  if (!prepared.tellsErrors) dup2(prepared.nowhere, STDERR_FILENO);
+  // Without one the first file that the program opens would take its place.
+  bool const tells = prepared.tellsErrors && fcntl(STDERR_FILENO, F_GETFD) >= 0;
+  if (!tells) dup2(prepared.nowhere, STDERR_FILENO);
   close_range(STDERR_FILENO + 1, UINT_MAX, CLOSE_RANGE_CLOEXEC);
   // What the client blocks is its own business.
   sigset_t none;

@@ -42,7 +42,7 @@ Failure NameLists::Load(Connection &connection, List &list, uint32_t index) {
   while ((more = walk.Row())) {
     std::string const &name = stretch->names.emplace_back(LocalNameOf(walk.Text(1)));
     list.lastPlace = walk.Number(0);
-    bytes += name.size() + sizeof name;
+    bytes += name.size() + sizeof(std::string);
     if (bytes > kMostBytes) break;
   }
   stretch->last = !more && stretch->names.size() < static_cast<size_t>(kMostNames);
