@@ -123,7 +123,7 @@ std::vector<uint32_t> Book::Ids(std::vector<uint8_t> const &required) {
       rolodex_.SelectByCategory(required.empty() ? nullptr : list.data(), nullptr, nullptr, &block);
   int const failure = ZOLTLastFailure(nullptr, 0);
   std::vector<uint32_t> ids(count);
-  std::memcpy(ids.data(), block, count * sizeof(uint32_t));
+  if (count > 0) std::memcpy(ids.data(), block, count * sizeof(uint32_t));
   _DisposeMem(block);
   if (failure != 0) throw BookFailure(path_);
   return ids;
