@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -49,12 +50,14 @@ void RemoveFolder() {
 }
 
 void End(int number) {
+  int const before = errno;
   if (folderIsThere) RemoveFolder();
   constexpr char kClear[] = "\r\033[K";
   if (lineIsDrawn) {
     [[maybe_unused]] ssize_t const written = write(STDERR_FILENO, kClear, sizeof kClear - 1);
   }
   signal(number, SIG_DFL);
+  errno = before;
   raise(number);
 }
 
