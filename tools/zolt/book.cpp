@@ -238,8 +238,9 @@ std::vector<uint8_t> CategoriesFrom(std::string_view text) {
 
 std::vector<unsigned char> CategoryListOf(std::vector<uint8_t> const &categories) {
   std::set<uint8_t> const each(categories.begin(), categories.end());
-  std::vector<unsigned char> list = {static_cast<unsigned char>(each.size())};
-  list.insert(list.end(), each.begin(), each.end());
+  std::vector<unsigned char> list(each.size() + 1);
+  list[0] = static_cast<unsigned char>(each.size());
+  std::ranges::copy(each, list.begin() + 1);
   return list;
 }
 
