@@ -5,18 +5,11 @@
 #include <string>
 
 #include "tests/prefs/prefs_fixture.h"
+#include "tests/support/blob.h"
 #include "tests/support/format_page.h"
-#include "zolt41/foundation/mem_block.h"
 
 namespace zolt::testing {
 namespace {
-
-std::string BlobOf(TYUserPrefs *store) {
-  char *const block = store->GetData();
-  std::string bytes(block, GetMemSize(block));
-  _DisposeMem(block);
-  return bytes;
-}
 
 // Name, in 32 bytes, of a slot.
 std::string Padded(std::string name) {

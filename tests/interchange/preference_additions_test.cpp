@@ -5,17 +5,10 @@
 #include <random>
 #include <string>
 
-#include "zolt41/foundation/mem_block.h"
+#include "tests/support/blob.h"
 
 namespace zolt::testing {
 namespace {
-
-std::string BlobOf(TYUserPrefs *store) {
-  char *const block = store->GetData();
-  std::string bytes(block, GetMemSize(block));
-  _DisposeMem(block);
-  return bytes;
-}
 
 // Names around the longest that is stored whole, so that many are stored as the same.
 TEST(PreferenceAdditionsTest, GiveWhatOneAfterTheOtherGives) {

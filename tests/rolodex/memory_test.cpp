@@ -1,60 +1,9 @@
 // Memory that runs out, at every allocation in turn.
 
-#include <cstdlib>
-#include <new>
-
 #include "tests/rolodex/random_steps.h"
+#include "tests/support/failing_memory.h"
 #include "tests/support/file_shim.h"
 #include "tests/support/key.h"
-
-namespace {
-
-// How many more allocations there is memory for; below 0 there is no end.
-thread_local int allocationsLeft = -1;
-
-void *Allocate(std::size_t size) noexcept {
-  if (allocationsLeft == 0) return nullptr;
-  if (allocationsLeft > 0) allocationsLeft--;
-  return std::malloc(size);
-}
-
-void *AllocateOrThrow(std::size_t size) {
-  void *const memory = Allocate(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-
-// Not inlined: the compiler takes the pair of them for a mismatch.
-[[gnu::noinline]] void Free(void *memory) {
-  std::free(memory);
-}
-
-}  // namespace
-
-void *operator new(std::size_t size) {
-  return AllocateOrThrow(size);
-}
-void *operator new[](std::size_t size) {
-  return AllocateOrThrow(size);
-}
-void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
-  return Allocate(size);
-}
-void *operator new[](std::size_t size, std::nothrow_t const &) noexcept {
-  return Allocate(size);
-}
-void operator delete(void *memory) noexcept {
-  Free(memory);
-}
-void operator delete[](void *memory) noexcept {
-  Free(memory);
-}
-void operator delete(void *memory, std::size_t) noexcept {
-  Free(memory);
-}
-void operator delete[](void *memory, std::size_t) noexcept {
-  Free(memory);
-}
 
 namespace zolt::testing {
 namespace {
@@ -73,9 +22,7 @@ class MemoryTest : public BookTest {
       Cards after = before;
       expect(&after);
       Reopen();
-      allocationsLeft = number;
-      bool const done = work();
-      allocationsLeft = -1;
+      bool const done = WithMemoryFor(number, work);
       if (!done) {
         EXPECT_EQ(LastFailure(), 3);
       }
