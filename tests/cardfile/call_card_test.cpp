@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 #include "tests/support/child.h"
 #include "tests/support/files.h"
 #include "tests/support/format_page.h"
+#include "tests/support/full_disk.h"
 #include "zolt41/cardfile/card_key.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/afs_file.h"
@@ -261,9 +261,7 @@ TEST_F(CallCardTest, AFullDiskLeavesTheOldFile) {
       ASSERT_EQ(link(path.c_str(), Path(name).c_str()), 0);
     }
     Child full([&](Child::Pipe &) {
-      signal(SIGXFSZ, SIG_IGN);
-      rlimit const limit{4096, 4096};
-      setrlimit(RLIMIT_FSIZE, &limit);
+      FullDisk const limit;
       bool const failed = card.SaveCard() == 0 && card.Modified() == 1;
       return failed && ZOLTLastFailure(nullptr, 0) == 3 ? 0 : 1;
     });

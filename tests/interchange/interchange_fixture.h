@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <stdlib.h>
-#include <sys/resource.h>
 
 #include <filesystem>
 #include <functional>
@@ -14,6 +13,7 @@
 #include "tests/support/child.h"
 #include "tests/support/files.h"
 #include "tests/support/format_page.h"
+#include "tests/support/full_disk.h"
 #include "zolt41/cards/card_prefs.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/cards/property_storage.h"
@@ -81,9 +81,7 @@ class InterchangeTest : public FileTest {
   // Whether all of `run` holds in a process whose files have no room for more than 4,096 bytes.
   static bool HoldsOnAFullDisk(std::function<bool()> const &run) {
     Child full([&](Child::Pipe &) {
-      signal(SIGXFSZ, SIG_IGN);
-      rlimit const limit{4096, 4096};
-      setrlimit(RLIMIT_FSIZE, &limit);
+      FullDisk const limit;
       return run() ? 0 : 1;
     });
     return full.Wait() == 0;

@@ -1,7 +1,6 @@
 #include "zolt41/library/library.h"
 
 #include <signal.h>
-#include <sys/resource.h>
 
 #include <filesystem>
 #include <fstream>
@@ -9,6 +8,7 @@
 
 #include "tests/prefs/prefs_fixture.h"
 #include "tests/support/child.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/raw_hive.h"
 #include "zolt41/notify/channel_objects.h"
 #include "zolt41/platform/registry/hive_status.h"
@@ -62,13 +62,11 @@ TEST(Library, StopsAtExactlyZeroAndStartsAgain) {
 TEST(Library, AFullDiskAtTheFirstStartLeavesNoBadKeys) {
   TempHome home;
   Child child([&home](Child::Pipe &) {
-    signal(SIGXFSZ, SIG_IGN);
     for (rlim_t size = 0; size <= 262144; size += 4096) {
-      rlimit limit = {size, RLIM_INFINITY};
-      setrlimit(RLIMIT_FSIZE, &limit);
-      StartLibrary();
-      limit.rlim_cur = RLIM_INFINITY;
-      setrlimit(RLIMIT_FSIZE, &limit);
+      {
+        FullDisk const limit(size);
+        StartLibrary();
+      }
       // With room again, whoever says that it can write does.
       for (TYPrefs *store : {UserPrefs(), SystemPrefs(), SharedUserPrefs(), SharedSystemPrefs()}) {
         store->SetStr(kSection, "n", "v");

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -11,6 +9,7 @@
 
 #include "tests/support/child.h"
 #include "tests/support/files.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/key.h"
 #include "tests/support/raw_hive.h"
 #include "tests/support/temp_home.h"
@@ -24,6 +23,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::Child;
 using testing::ContentOf;
+using testing::FullDisk;
 using testing::Key;
 using testing::LastFailure;
 using testing::RawHive;
@@ -271,10 +271,7 @@ TEST_F(HiveFileTest, ALinkedHiveIsOneHiveWithItsTarget) {
 TEST_F(HiveFileTest, AFullDiskLosesNothingThatWasKept) {
   Prepare();
   Child writer([&](Child::Pipe &pipe) {
-    // No file may grow beyond this: for the library the same as a full disk.
-    signal(SIGXFSZ, SIG_IGN);
-    rlimit const limit{200 * 1024, 200 * 1024};
-    setrlimit(RLIMIT_FSIZE, &limit);
+    FullDisk const limit(200 * 1024);
     Key const key(HKEY_CURRENT_USER);
     int kept = 0;
     while (key.Set("n" + std::to_string(kept), std::string(500, 'x')) == ERROR_SUCCESS) kept++;
@@ -303,9 +300,7 @@ TEST_F(HiveFileTest, AFullDiskAtTheFirstStartIsFullAndLeavesNothingInTheWay) {
   // Whichever file meets the end of the space first.
   for (rlim_t const size : {0u, 1000u, 8192u, 20000u, 33600u, 40000u, 60000u, 80000u}) {
     Child first([&](Child::Pipe &) {
-      signal(SIGXFSZ, SIG_IGN);
-      rlimit const limit{size, size};
-      setrlimit(RLIMIT_FSIZE, &limit);
+      FullDisk const limit(size);
       Key const key(HKEY_CURRENT_USER);
       bool const full = key.opened == ERROR_DISK_FULL && LastFailure() == 3;
       return full || key.Set("v", "1") == ERROR_SUCCESS ? 0 : key.opened + 1;

@@ -1,15 +1,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <csignal>
 #include <filesystem>
 #include <string>
 #include <thread>
 
 #include "tests/rolodex/book.h"
+#include "tests/support/full_disk.h"
 #include "tests/tool/background_tool.h"
 #include "tests/tool/tool_fixture.h"
 
@@ -19,26 +18,6 @@ namespace {
 // Where a record's size and first name stand in its head.
 constexpr size_t kSize = 8;
 constexpr size_t kName = 28;
-
-// The most that a file may be long for this process and those that it starts.
-class FileLimit {
- public:
-  explicit FileLimit(rlim_t size) : handler_(signal(SIGXFSZ, SIG_IGN)) {
-    getrlimit(RLIMIT_FSIZE, &before_);
-    rlimit const limit{size, before_.rlim_max};
-    setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileLimit() {
-    setrlimit(RLIMIT_FSIZE, &before_);
-    signal(SIGXFSZ, handler_);
-  }
-  FileLimit(FileLimit const &) = delete;
-  FileLimit &operator=(FileLimit const &) = delete;
-
- private:
-  rlimit before_{};
-  void (*handler_)(int);
-};
 
 bool IsLocked(std::string const &path) {
   int const file = open(path.c_str(), O_RDWR | O_CLOEXEC);
@@ -275,7 +254,7 @@ TEST_F(RolodexToolTest, AWriteThatFailsIsTold) {
   for (std::string const &line : lines) {
     WriteContent(Path("contacts.rolodex"), whole);
     SCOPED_TRACE(line);
-    FileLimit const limit(4096);
+    FullDisk const full;
     ToolResult const result = Run("rolodex " + line);
     EXPECT_EQ(result.code, 3);
     EXPECT_EQ(result.err.find("zolt: "), 0U) << result.err;
