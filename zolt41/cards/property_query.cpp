@@ -11,6 +11,7 @@
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/foundation/u_convert.h"
 #include "zolt41/foundation/u_string.h"
+#include "zolt41/platform/system/ascii_case.h"
 
 namespace {
 
@@ -32,14 +33,10 @@ char Narrow(char16_t c) {
   return c <= 0x80 ? static_cast<char>(c) : '?';
 }
 
-char FoldAscii(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-}
-
 template <typename Unit>
 bool SameText(std::basic_string_view<Unit> text, std::string_view value) {
-  return std::ranges::equal(text, value,
-                            [](Unit a, char b) { return FoldAscii(Narrow(a)) == FoldAscii(b); });
+  return std::ranges::equal(
+      text, value, [](Unit a, char b) { return zolt::FoldAscii(Narrow(a)) == zolt::FoldAscii(b); });
 }
 
 template <typename Unit>

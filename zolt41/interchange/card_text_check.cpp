@@ -15,6 +15,7 @@
 #include "zolt41/interchange/card_text_import.h"
 #include "zolt41/interchange/card_text_reader.h"
 #include "zolt41/interchange/legacy_names.h"
+#include "zolt41/platform/system/ascii_case.h"
 #include "zolt41/prefs/stores.h"
 
 namespace zolt {
@@ -237,9 +238,7 @@ void CardTextCheck::CheckValue(PropertyHead const &head, CardValue kind, std::st
 
 void CardTextCheck::CheckName(PropertyHead const &head, bool isText) {
   std::string key = head.name + '=' + std::to_string(head.flags);
-  std::ranges::transform(key, key.begin(), [](char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-  });
+  std::ranges::transform(key, key.begin(), FoldAscii);
   bool const isNew = names_.insert(std::move(key)).second;
   if (isText && !isNew) Tell("takes the place of the one of its name and flags before it", true);
 }

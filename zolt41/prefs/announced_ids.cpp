@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "zolt41/prefs/ascii_case.h"
+#include "zolt41/platform/system/ascii_case.h"
 #include "zolt41/prefs/section_list.h"
 #include "zolt41/prefs/section_name_hash.h"
 #include "zolt41/prefs/standard_sections.h"

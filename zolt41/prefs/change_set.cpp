@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "zolt41/platform/registry/hive_status.h"
-#include "zolt41/prefs/ascii_case.h"
+#include "zolt41/platform/system/ascii_case.h"
 
 namespace zolt {
 namespace {

@@ -3,7 +3,7 @@
 #include <new>
 
 #include "zolt41/foundation/a_string.h"
-#include "zolt41/prefs/ascii_case.h"
+#include "zolt41/platform/system/ascii_case.h"
 
 namespace zolt {
 

@@ -2,7 +2,7 @@
 
 #include <bit>
 
-#include "zolt41/prefs/ascii_case.h"
+#include "zolt41/platform/system/ascii_case.h"
 #include "zolt41/rolodex/rolodex_format.h"
 
 #if defined(__SSE2__)

@@ -38,4 +38,9 @@ RecordChain WalkRecords(DatabaseFile const &file, uint32_t size, bool swapped) {
   return chain;
 }
 
+bool EndFile(DatabaseFile *file, RecordChain const &chain) {
+  if (chain.marked && file->Cut(chain.end + kEndMarkSize)) return true;
+  return file->Cut(chain.end) && file->Write(chain.end, kStoredEndMark);
+}
+
 }  // namespace zolt

@@ -22,6 +22,9 @@ struct RecordChain {
 // The heads are given in this byte order; in the file they are in the other one if `swapped`.
 RecordChain WalkRecords(DatabaseFile const &file, uint32_t size, bool swapped);
 
+// Makes the end mark behind a chain the end of the file.
+bool EndFile(DatabaseFile *file, RecordChain const &chain);
+
 // Whether a head is that of a record that stands at `position` in a file of `size` bytes.
 inline bool StandsAt(CardEntry const &entry, uint32_t position, uint32_t size) {
   return entry.position() == position && entry.size() >= kEntrySize && entry.end() <= size;

@@ -67,8 +67,7 @@ bool ConvertIntoNewFile(DatabaseFile *file, std::string const &front, RecordChai
 
 // Through a redo block that has all numbers, and is itself in this byte order.
 bool ConvertInPlace(DatabaseFile *file, std::string const &front, RecordChain const &chain) {
-  bool const marked = chain.marked && file->Cut(chain.end + kEndMarkSize);
-  if (!marked && !(file->Cut(chain.end) && file->Write(chain.end, kStoredEndMark))) return false;
+  if (!EndFile(file, chain)) return false;
   std::vector<Piece> pieces;
   pieces.reserve(chain.entries.size() + 2);
   for (CardEntry const &entry : chain.entries)

@@ -1,8 +1,6 @@
 #include <algorithm>
-#include <filesystem>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -33,13 +31,6 @@ bool CopyFrom(DatabaseFile const &file, uint32_t from, uint32_t size, uint32_t t
   return CopyBytes(&window, from, size, &writer) && writer.Finish() && FlushFileBuffers(to) != 0;
 }
 
-// A new name is on the disk, too, before what it keeps goes elsewhere.
-void SyncFolderOf(uint32_t file) {
-  std::error_code failed;
-  auto const link = "/proc/self/fd/" + std::to_string(DescriptorOf(file));
-  SyncDirectoryOf(std::filesystem::read_symlink(link, failed).string());
-}
-
 }  // namespace
 
 bool KeepLost(DatabaseFile const &file, uint32_t from, uint32_t size) {
@@ -50,7 +41,8 @@ bool KeepLost(DatabaseFile const &file, uint32_t from, uint32_t size) {
     if (exists) continue;
     if (made == INVALID_HANDLE_VALUE) return false;
     bool const kept = CopyFrom(file, from, size, made);
-    if (kept) SyncFolderOf(made);
+    // The name is on the disk, too, before what it keeps goes elsewhere.
+    if (kept) SyncDirectoryOf(PathOf(DescriptorOf(made)));
     CloseHandle(made);
     if (!kept) RemoveFileBeside(file.handle(), ending);
     if (kept) ClearFailure();
@@ -77,10 +69,7 @@ bool Rolodex::IndexRecords() {
   if (chain.broken && !KeepLost(file, chain.end, size)) return false;
   // What was known of the file does not hold for one that was cut.
   state_->index.reset();
-  bool const marked = chain.marked && file.Cut(chain.end + kEndMarkSize);
-  if (!marked && !(file.Cut(chain.end) && file.Write(chain.end, kStoredEndMark))) {
-    return file.Break();
-  }
+  if (!EndFile(&file, chain)) return file.Break();
   uint32_t lastId = 0;
   for (CardEntry const &entry : chain.entries) lastId = std::max(lastId, entry.id());
   state_->end = chain.end;

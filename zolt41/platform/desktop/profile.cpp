@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "zolt41/platform/desktop/mail_client.h"
+#include "zolt41/platform/system/ascii_case.h"
 #include "zolt41/platform/system/home.h"
 
 namespace {
@@ -16,9 +17,7 @@ namespace {
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 bool SameWord(std::string_view a, std::string_view b) {
-  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-           return (x >= 'A' && x <= 'Z' ? x | 0x20 : x) == (y >= 'A' && y <= 'Z' ? y | 0x20 : y);
-         });
+  return std::ranges::equal(a, b, {}, zolt::FoldAscii, zolt::FoldAscii);
 }
 
 std::string_view Trimmed(std::string_view text) {

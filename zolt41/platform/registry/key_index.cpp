@@ -1,13 +1,12 @@
 #include "zolt41/platform/registry/key_index.h"
 
+#include "zolt41/platform/system/ascii_case.h"
+
 namespace zolt {
 
 std::string KeyIndex::Folded(int64_t parent, std::string_view name) {
   std::string folded(reinterpret_cast<char const *>(&parent), sizeof parent);
-  folded += name;
-  for (size_t i = sizeof parent; i < folded.size(); i++) {
-    if (folded[i] >= 'A' && folded[i] <= 'Z') folded[i] = static_cast<char>(folded[i] | 0x20);
-  }
+  for (char const c : name) folded += FoldAscii(c);
   return folded;
 }
 

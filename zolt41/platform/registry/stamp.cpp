@@ -1,5 +1,7 @@
 #include "zolt41/platform/registry/stamp.h"
 
+#include "zolt41/platform/system/ascii_case.h"
+
 namespace zolt {
 namespace {
 
@@ -15,11 +17,7 @@ uint32_t Finish(uint64_t hash) {
 
 uint32_t ValueWord(int64_t key, std::string_view name) {
   uint64_t hash = (0xCBF29CE484222325 ^ static_cast<uint64_t>(key)) * kPrime;
-  for (char const c : name) {
-    auto byte = static_cast<uint8_t>(c);
-    if (byte >= 'A' && byte <= 'Z') byte = static_cast<uint8_t>(byte | 0x20);
-    hash = (hash ^ byte) * kPrime;
-  }
+  for (char const c : name) hash = (hash ^ static_cast<uint8_t>(FoldAscii(c))) * kPrime;
   return Finish(hash);
 }
 

@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <climits>
 
 #include "zolt41/platform/system/file.h"
 #include "zolt41/platform/system/file_calls.h"
@@ -16,14 +15,6 @@ namespace {
 
 constexpr uint32_t kNoFile = INVALID_HANDLE_VALUE;
 constexpr char kEnding[] = ".zolt-new";
-
-// Where an open file lies; empty if that cannot be told.
-std::string PathOf(int descriptor) {
-  char path[PATH_MAX];
-  std::string const link = "/proc/self/fd/" + std::to_string(descriptor);
-  ssize_t const length = readlink(link.c_str(), path, sizeof path);
-  return length <= 0 ? "" : std::string(path, static_cast<size_t>(length));
-}
 
 std::string NewNameOf(std::string const &path) {
   return HiddenBeside(path, kEnding);

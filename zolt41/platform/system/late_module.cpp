@@ -6,6 +6,8 @@
 #include <mutex>
 #include <string_view>
 
+#include "zolt41/platform/system/ascii_case.h"
+
 namespace {
 
 using zolt::LateModule;
@@ -27,13 +29,9 @@ Modules &TheModules() {
   return *modules;
 }
 
-char Fold(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
-}
-
 std::string Stem(std::string_view name) {
   std::string stem(name);
-  std::ranges::transform(stem, stem.begin(), Fold);
+  std::ranges::transform(stem, stem.begin(), zolt::FoldAscii);
   if (stem.ends_with(".dll")) stem.resize(stem.size() - 4);
   return stem;
 }

@@ -9,6 +9,13 @@
 
 namespace zolt {
 
+std::string PathOf(int descriptor) {
+  char path[PATH_MAX];
+  std::string const link = "/proc/self/fd/" + std::to_string(descriptor);
+  ssize_t const length = readlink(link.c_str(), path, sizeof path);
+  return length <= 0 ? "" : std::string(path, static_cast<size_t>(length));
+}
+
 std::string DirectoryOf(std::string const &path) {
   size_t const slash = path.rfind('/');
   return slash == std::string::npos ? "./" : path.substr(0, slash + 1);

@@ -9,6 +9,8 @@ namespace zolt {
 
 // What is needed where a new file takes the place of another one.
 
+// Where an open file lies; empty if that cannot be told.
+std::string PathOf(int descriptor);
 // Of a path: the directory with its slash, and the name in it.
 std::string DirectoryOf(std::string const &path);
 std::string NameOf(std::string const &path);

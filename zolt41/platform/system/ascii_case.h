@@ -1,9 +1,10 @@
-#ifndef ZOLT41_PREFS_ASCII_CASE_H_
-#define ZOLT41_PREFS_ASCII_CASE_H_
+#ifndef ZOLT41_PLATFORM_SYSTEM_ASCII_CASE_H_
+#define ZOLT41_PLATFORM_SYSTEM_ASCII_CASE_H_
 
 namespace zolt {
 
-// The names of sections and values are equal without regard to the case of ASCII letters alone.
+// Names of keys, sections, values and modules are equal without regard to the case of ASCII letters
+// alone.
 
 constexpr char FoldAscii(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c;
@@ -19,4 +20,4 @@ constexpr bool EqualButForAsciiCase(char const *a, char const *b) {
 
 }  // namespace zolt
 
-#endif  // ZOLT41_PREFS_ASCII_CASE_H_
+#endif  // ZOLT41_PLATFORM_SYSTEM_ASCII_CASE_H_
