@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <iterator>
 #include <string>
@@ -18,6 +19,7 @@
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/interchange/card_text_import.h"
+#include "zolt41/platform/system/file_calls.h"
 #include "zolt41/platform/system/last_failure.h"
 
 namespace zolt::testing {
@@ -283,12 +285,50 @@ TEST_F(CallCardTest, WhatCannotBeReadWholeIsNotSavedOver) {
   EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 6);
   EXPECT_EQ(card.Format(), CardFormatNone);
   AddName(&card);
-  card.SaveCard();
+  EXPECT_EQ(card.SaveCard(), 0);
+  EXPECT_EQ(card.Modified(), 1);
   EXPECT_EQ(std::filesystem::file_size(path), 0x80000000U);
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   CallCard pipe(Path("pipe").c_str());
   EXPECT_NE(ZOLTLastFailure(nullptr, 0), 0);
   EXPECT_EQ(pipe.SaveCard(), 0);
+}
+
+// Reads of files until one fails, and all after it work again.
+int readsLeft = 0;
+
+ssize_t ReadOrFail(int descriptor, void *bytes, size_t count) {
+  if (readsLeft-- != 0) return read(descriptor, bytes, count);
+  errno = EIO;
+  return -1;
+}
+
+TEST_F(CallCardTest, AReadThatFailsLeavesTheCardAndItsFile) {
+  for (int32_t const format : {CardFormatBinary, CardFormatText}) {
+    std::string const path = Path("c");
+    CallCard whole(format);
+    for (int i = 0; i < 300; i++) AddName(&whole);
+    ASSERT_EQ(whole.SaveCardAs(format, path.c_str()), 1);
+    std::string const bytes = ContentOf(path);
+    FileCalls const usual = TheFileCalls();
+    int failures = 0;
+    for (bool failed = true; failed; failures += failed) {
+      readsLeft = failures;
+      TheFileCalls().read = ReadOrFail;
+      CallCard card(path.c_str());
+      TheFileCalls() = usual;
+      failed = readsLeft < 0;
+      EXPECT_EQ(card.PropCount(), failed ? 0U : CallCard(path.c_str()).PropCount());
+      if (!failed) break;
+      EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 6) << failures;
+      AddName(&card);
+      EXPECT_EQ(card.SaveCard(), 0) << failures;
+      EXPECT_EQ(card.Modified(), 1);
+      EXPECT_EQ(ContentOf(path), bytes) << format << " " << failures;
+      EXPECT_EQ(card.SaveCardAs(format, Path("other").c_str()), 1);
+    }
+    EXPECT_GT(failures, 1);
+  }
 }
 
 TEST_F(CallCardTest, TheLongestNamesCanBeSaved) {

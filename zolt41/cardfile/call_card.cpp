@@ -90,6 +90,7 @@ int32_t CallCard::SaveCardAs(int32_t format, char const *name) {
   std::string const keptName = GetName();
   bool const named = name_ != nullptr;
   int32_t const keptFormat = format_;
+  bool const keptUnread = unread_;
   SetName(name);
   format_ = format;
   if (SaveCard() != 0) return 1;
@@ -99,6 +100,7 @@ int32_t CallCard::SaveCardAs(int32_t format, char const *name) {
   } else {
     name_.reset();
   }
+  unread_ = keptUnread;
   return 0;
 }
 
@@ -114,6 +116,7 @@ char const *CallCard::GetName() const {
 void CallCard::SetName(char const *name) {
   // The name given may be a part of the present one.
   std::string const kept = name == nullptr ? "" : std::string(name).substr(0, kNameSize - 1);
+  unread_ = false;
   if (name_ == nullptr) name_ = std::make_unique<char[]>(kNameSize);
   AZStrCopy(kept.c_str(), name_.get(), kNameSize - 1);
 }

@@ -16,6 +16,10 @@ enum CardFormat : int32_t {
   CardFormatHost = 3,    // by the function that SetSaveCallCardProc was given
 };
 
+namespace zolt {
+enum class Failure : int32_t;
+}  // namespace zolt
+
 // A card as a user holds it: a property list, a preference store of its own, and what ties it to a
 // file: a name, a format, a key that stays with the card, and a version that counts saves.
 //
@@ -39,10 +43,11 @@ class ZOLT_API CallCard final : public PCardStorage {
   // Reads the file that the card is named for. A card file makes the format CardFormatBinary and
   // replaces all that the file holds; any other is taken for card text: then the format is
   // CardFormatText, and the list is replaced by what the text holds, or stays if it cannot be read.
-  // A file that cannot be opened changes nothing but the format. A card file that cannot be read
-  // whole changes nothing either, and the format is CardFormatNone, so that a save does not write
-  // over it. ZOLTLastFailure has the reason. Of text, the first two lines make no property where
-  // they only repeat one, or say that there is none.
+  // A file that cannot be opened changes nothing but the format. One that is opened and cannot be
+  // read whole, or not without more memory, changes nothing either, and SaveCard gives 0 until it
+  // is loaded, or the card is given a name or a format; the format is CardFormatNone till then if
+  // it is a card file. ZOLTLastFailure has the reason. Of text, the first two lines make no
+  // property where they only repeat one, or say that there is none.
   void Load();
 
   // Saves the card as its format says. The file is written as a whole beside the old one and put in
@@ -61,7 +66,10 @@ class ZOLT_API CallCard final : public PCardStorage {
 
   // The form of the file, of the CardFormat numbers, that SaveCard writes.
   int32_t Format() const { return format_; }
-  void SetFormat(int32_t format) { format_ = format; }
+  void SetFormat(int32_t format) {
+    format_ = format;
+    unread_ = false;
+  }
   // A number for the host program, which is stored nowhere.
   int32_t Private() const { return private_; }
   void SetPrivate(int32_t value) { private_ = value; }
@@ -88,9 +96,11 @@ class ZOLT_API CallCard final : public PCardStorage {
   ZOLT_HIDDEN bool SaveBinary();
   ZOLT_HIDDEN void LoadBinary(uint32_t file, char const *head);
   ZOLT_HIDDEN void LoadText();
-  ZOLT_HIDDEN void TakeList(char const *list, int32_t size);
+  ZOLT_HIDDEN bool TakeList(char const *list, int32_t size);
+  ZOLT_HIDDEN void LeaveUnread(zolt::Failure failure);
 
   int32_t format_;
+  bool unread_ = false;  // the file could not be read, and is not saved over
   std::unique_ptr<char[]> name_;
   int32_t private_ = 0;
   std::unique_ptr<TYUserPrefs> prefs_;

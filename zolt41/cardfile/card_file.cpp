@@ -8,6 +8,7 @@
 #include "zolt41/cardfile/card_key.h"
 #include "zolt41/cardfile/host_save.h"
 #include "zolt41/foundation/afs_file.h"
+#include "zolt41/foundation/afs_results.h"
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/endian.h"
 #include "zolt41/foundation/mem_block.h"
@@ -21,19 +22,23 @@ namespace {
 using Head = std::array<char, zolt::kCardHead>;
 using Block = std::unique_ptr<char, decltype(&_DisposeMem)>;
 
-// Reads the head of a file; false if that is not one of a card file.
-bool ReadHead(uint32_t file, Head *head) {
+enum class Content { card, text, unread };
+
+// Reads the head of a file, if it is one of a card file.
+Content ReadHead(uint32_t file, Head *head) {
   auto size = static_cast<uint32_t>(head->size());
-  if (AFS_Read(file, &size, head->data()) != 0) return false;
+  int32_t const result = AFS_Read(file, &size, head->data());
+  if (result != 0) return result == zolt::kAfsEndedEarly ? Content::text : Content::unread;
   // As text of its own, which the bytes behind it do not belong to.
   std::array<char, zolt::kCardMagicSize + 1> magic{};
   std::memcpy(magic.data(), head->data(), zolt::kCardMagicSize);
-  return AZStrCompare(magic.data(), zolt::kCardMagic) == 0;
+  return AZStrCompare(magic.data(), zolt::kCardMagic) == 0 ? Content::card : Content::text;
 }
 
 }  // namespace
 
 bool CallCard::SaveAsFormatSays() {
+  if (unread_) return false;
   switch (format_) {
     case CardFormatBinary:
       return SaveBinary();
@@ -71,41 +76,54 @@ bool CallCard::SaveBinary() {
 
 void CallCard::Load() {
   format_ = CardFormatText;
+  unread_ = false;
   if (name_ == nullptr) return;
   uint32_t file = 0;
   if (AFS_LZOpenFile(GetName(), 1, &file) != 0) return;
   Head head{};
-  bool const isText = !ReadHead(file, &head);
-  if (!isText) LoadBinary(file, head.data());
+  Content const content = ReadHead(file, &head);
+  if (content == Content::card) LoadBinary(file, head.data());
   AFS_CloseFile(file);
-  if (isText) LoadText();
+  if (content == Content::text) LoadText();
+  if (content == Content::unread) LeaveUnread(zolt::Failure::io);
+}
+
+// What cannot be read whole leaves the card as it was, and must not be saved over its file.
+void CallCard::LeaveUnread(zolt::Failure failure) {
+  unread_ = true;
+  zolt::SetFailure(failure, GetName());
 }
 
 void CallCard::LoadBinary(uint32_t file, char const *head) {
-  // What cannot be read whole leaves the card as it was, and must not be saved over its file.
   format_ = CardFormatNone;
   auto size = static_cast<uint32_t>(AFS_GetEOF(file)) - zolt::kCardHead;
   Block const list(size > zolt::kLargestCardList ? nullptr : NewMem(size), _DisposeMem);
   if (list == nullptr || AFS_Read(file, &size, list.get()) != 0) {
-    zolt::SetFailure(zolt::Failure::io, GetName());
-    return;
+    return LeaveUnread(zolt::Failure::io);
   }
+  if (!TakeList(list.get(), static_cast<int32_t>(size))) return;
   format_ = CardFormatBinary;
   parentalControl_ = static_cast<int32_t>(zolt::LoadLittle32(head + zolt::kCardParentalControl));
   SetKey(head + zolt::kCardKey);
   version_ = static_cast<int32_t>(zolt::LoadLittle32(head + zolt::kCardVersion));
-  TakeList(list.get(), static_cast<int32_t>(size));
 }
 
 // The store's own changes go with the content that they were made to.
-void CallCard::TakeList(char const *list, int32_t size) {
-  Set(list, size);
+bool CallCard::TakeList(char const *list, int32_t size) {
+  if (!TakeCopy(list, size)) {
+    LeaveUnread(zolt::Failure::full);
+    return false;
+  }
   prefs_->SetModified(0);
+  return true;
 }
 
 void CallCard::LoadText() {
   PCardStorage text;
-  if (zolt::LoadCardText(&text, GetName()) == 0) return;
+  int32_t const loaded = zolt::LoadCardText(&text, GetName());
+  if (loaded == zolt::kCardTextUnread) LeaveUnread(zolt::Failure::io);
+  if (loaded != 1) return;
   Block const list(text.Get(), _DisposeMem);
-  if (list != nullptr) TakeList(list.get(), static_cast<int32_t>(GetMemSize(list.get())));
+  if (list == nullptr) return LeaveUnread(zolt::Failure::full);
+  TakeList(list.get(), static_cast<int32_t>(GetMemSize(list.get())));
 }

@@ -1,5 +1,6 @@
 #include "zolt41/cards/property_storage.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -174,15 +175,28 @@ char *PCardStorage::GetHeader() {
 }
 
 void PCardStorage::Set(char const *data, int32_t size) {
+  TakeCopy(data, size);
+}
+
+bool PCardStorage::TakeCopy(char const *data, int32_t size) {
   auto const wanted = static_cast<uint32_t>(size);
   bool const whole = data != nullptr && size >= static_cast<int32_t>(zolt::kListHead);
   char *const copy = whole ? NewMem(wanted) : NewMemClear(zolt::kListHead);
-  if (copy == nullptr) return;
+  if (copy == nullptr) return false;
   if (whole) std::memcpy(copy, data, wanted);
+  // What FindRecords will ask for is had by then: a sound list is not emptied for want of memory.
+  uint32_t const count = LoadLittle32(copy);
+  bool const fits = whole && count <= (wanted - zolt::kListHead) / zolt::kSmallestRecord;
+  uint32_t const offsets = fits ? std::max(count * kOffset, GetMemSize(offsets_)) : 0;
+  if (fits && SetMemSize(&offsets_, offsets) != 0) {
+    _DisposeMem(copy);
+    return false;
+  }
   _DisposeMem(list_);
   list_ = copy;
   Recalculate();
   modified_ = 0;
+  return true;
 }
 
 // Makes the record at `index`, or at the count for a new one, `newSize` bytes long, with what lies

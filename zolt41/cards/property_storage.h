@@ -81,6 +81,8 @@ class ZOLT_API PCardStorage {
   char *ExportToVCard();
 
  private:
+  friend class CallCard;
+  friend class Rolodex;
   struct Record;
 
   ZOLT_HIDDEN Record RecordAt(uint32_t index) const;
@@ -89,6 +91,8 @@ class ZOLT_API PCardStorage {
   ZOLT_HIDDEN uint32_t EndOf(uint32_t index) const;
   ZOLT_HIDDEN bool FindRecords();
   ZOLT_HIDDEN void Empty();
+  // As Set. False, with all as it was, without memory.
+  ZOLT_HIDDEN bool TakeCopy(char const *data, int32_t size);
   ZOLT_HIDDEN bool Resize(uint32_t index, uint64_t newSize);
 
   char *offsets_;  // a memory block of a number of 32 bits for each property

@@ -1,5 +1,6 @@
 #include "zolt41/foundation/afs_file.h"
 
+#include "zolt41/foundation/afs_results.h"
 #include "zolt41/platform/system/file.h"
 
 namespace {
@@ -11,7 +12,6 @@ constexpr int32_t kRefused = -1;
 constexpr int32_t kNotCreated = -8990;
 constexpr int32_t kNotOpened = -8991;
 constexpr int32_t kNothingToClose = -8993;
-constexpr int32_t kEndedEarly = -8995;
 constexpr int32_t kNotTold = -8996;
 constexpr int32_t kBadOrigin = -8997;
 constexpr int32_t kNotAFile = -8999;
@@ -56,7 +56,7 @@ int32_t AFS_Read(uint32_t file, uint32_t *count, void *buffer) {
   if (file == kNoFile) return kNotAFile;
   uint32_t const wanted = *count;
   if (ReadFile(file, buffer, wanted, count, nullptr) == 0) return kRefused;
-  return *count < wanted ? kEndedEarly : 0;
+  return *count < wanted ? zolt::kAfsEndedEarly : 0;
 }
 
 int32_t AFS_Write(uint32_t file, uint32_t *count, void const *buffer) {

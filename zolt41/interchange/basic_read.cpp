@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "zolt41/foundation/afs_file.h"
+#include "zolt41/foundation/afs_results.h"
 
 FBasicRead::~FBasicRead() = default;
 
@@ -47,7 +48,8 @@ int32_t FFileRead::AtEnd() {
 
 void FFileRead::Fill(uint32_t file, int32_t *size, char *buffer) {
   auto count = static_cast<uint32_t>(*size);
-  AFS_Read(file, &count, buffer);
+  int32_t const result = AFS_Read(file, &count, buffer);
+  failed_ = failed_ || (result != 0 && result != zolt::kAfsEndedEarly);
   *size = static_cast<int32_t>(count);
 }
 

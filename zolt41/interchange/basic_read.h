@@ -46,6 +46,11 @@ class ZOLT_API FFileRead final : public FBasicRead {
 
   int32_t AtEnd() override;
   void Fill(uint32_t file, int32_t *size, char *buffer) override;
+  // The file was opened, and ended before its end because it could not be read.
+  bool failed() const { return failed_; }
+
+ private:
+  bool failed_ = false;
 };
 
 // Reads `size` bytes at `data`, which stay the caller's and must live as long as the reader. Null,

@@ -147,7 +147,8 @@ namespace zolt {
 
 int32_t LoadCardText(PCardStorage *card, char const *path) {
   FFileRead reader(path);
-  return Import(card, &reader, HeadLines::droppedIfRepeated);
+  int32_t const imported = Import(card, &reader, HeadLines::droppedIfRepeated);
+  return reader.failed() ? kCardTextUnread : imported;
 }
 
 }  // namespace zolt
@@ -158,7 +159,8 @@ int32_t ImportCard(PCardStorage *card, FBasicRead &reader) {
 
 int32_t ImportCard(PCardStorage *card, char const *path) {
   FFileRead reader(path);
-  return ImportCard(card, reader);
+  int32_t const imported = ImportCard(card, reader);
+  return reader.failed() ? 0 : imported;
 }
 
 int32_t ImportCard(PCardStorage *card, void const *data, int32_t size) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "zolt41/foundation/afs_file.h"
+#include "zolt41/foundation/afs_results.h"
 #include "zolt41/platform/system/file.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/rolodex/redo_block.h"
@@ -14,7 +15,6 @@ namespace zolt {
 namespace {
 
 constexpr int32_t kRefused = -1;
-constexpr int32_t kEndedEarly = -8995;
 
 // Bytes of one such unit are written as a whole, or not at all.
 bool WrittenAsOne(uint32_t position, size_t count, uint32_t unit) {
@@ -31,7 +31,7 @@ int32_t DatabaseFile::Read(uint32_t position, void *bytes, uint32_t count) const
   uint32_t done = 0;
   if (copy_.Read(position, bytes, count)) return 0;
   if (ReadFileAt(handle_, position, bytes, count, &done) == 0) return kRefused;
-  return done < count ? kEndedEarly : 0;
+  return done < count ? kAfsEndedEarly : 0;
 }
 
 int32_t DatabaseFile::ReadBody(uint32_t position, void *bytes, uint32_t count) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <new>
 #include <string_view>
 #include <vector>
 
@@ -10,21 +11,6 @@
 #include "zolt41/rolodex/with_memory.h"
 
 using namespace zolt;
-
-namespace {
-
-// False, and the card keeps its list, without memory.
-bool SetList(PCardStorage *card, std::vector<char> const &buffer, uint32_t size) {
-  int32_t const modified = card->PCardStorage::Modified();
-  card->SetModified(1);
-  card->Set(buffer.data(), static_cast<int32_t>(size));
-  if (card->PCardStorage::Modified() == 0) return true;
-  card->SetModified(modified);
-  SetFailure(Failure::full, "");
-  return false;
-}
-
-}  // namespace
 
 bool Rolodex::AddRecord(CardEntry *entry, std::string_view body) {
   Place const place = state_->index->FindPlace(entry->size());
@@ -66,7 +52,9 @@ int32_t Rolodex::LoadCard(uint32_t id, PCardStorage *card) {
   bool const loaded = WithMemory(false, [&] {
     std::vector<char> &buffer = state_->reading;
     if (buffer.size() < size) buffer.resize(size);
-    return state_->file.ReadBody(from, buffer.data(), size) == 0 && SetList(card, buffer, size);
+    if (state_->file.ReadBody(from, buffer.data(), size) != 0) return false;
+    if (!card->TakeCopy(buffer.data(), static_cast<int32_t>(size))) throw std::bad_alloc();
+    return true;
   });
   DropLargeBuffers(state_.get());
   return loaded ? 1 : 0;

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <cstdint>
+
+namespace zolt {
+
+// What AFS_Read gives where the file ends before all is read.
+inline constexpr int32_t kAfsEndedEarly = -8995;
+
+}  // namespace zolt
