@@ -1,6 +1,5 @@
 #include "tools/zolt/book_file.h"
 
-#include <dirent.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -39,31 +38,31 @@ std::string WithProgram(std::string const &process) {
   return process + " (" + program + ")";
 }
 
+bool HasOpen(std::string const &process, struct stat const &book) {
+  std::error_code error;
+  for (auto file = fs::directory_iterator("/proc/" + process + "/fd", error);
+       file != fs::directory_iterator(); file.increment(error)) {
+    struct stat opened {};
+    if (stat(file->path().c_str(), &opened) == 0 && opened.st_ino == book.st_ino &&
+        opened.st_dev == book.st_dev) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // A process of ours that has the file open, as "123 (name)"; "" if none is found.
 std::string HolderOf(std::string const &path) {
   struct stat book {};
   if (stat(path.c_str(), &book) != 0) return "";
-  DIR *const processes = opendir("/proc");
-  if (processes == nullptr) return "";
-  std::string holder;
-  while (dirent const *const process = readdir(processes)) {
-    std::string const name = process->d_name;
-    if (!IsNumber(name) || name == std::to_string(getpid()) || !holder.empty()) continue;
-    std::string const folder = "/proc/" + name + "/fd";
-    DIR *const files = opendir(folder.c_str());
-    if (files == nullptr) continue;
-    while (dirent const *const file = readdir(files)) {
-      struct stat opened {};
-      bool const same = stat((folder + "/" + file->d_name).c_str(), &opened) == 0 &&
-                        opened.st_ino == book.st_ino && opened.st_dev == book.st_dev;
-      if (!same) continue;
-      holder = WithProgram(name);
-      break;
-    }
-    closedir(files);
+  std::string const self = std::to_string(getpid());
+  std::error_code error;
+  for (auto process = fs::directory_iterator("/proc", error); process != fs::directory_iterator();
+       process.increment(error)) {
+    std::string const name = process->path().filename();
+    if (IsNumber(name) && name != self && HasOpen(name, book)) return WithProgram(name);
   }
-  closedir(processes);
-  return holder;
+  return "";
 }
 
 }  // namespace
