@@ -8,30 +8,37 @@
 #include "zolt41/platform/com/com_ptr.h"
 #include "zolt41/platform/com/guarded.h"
 #include "zolt41/platform/com/ref_counted.h"
+#include "zolt41/platform/registry/name_walk.h"
 #include "zolt41/platform/registry/registry.h"
 
 namespace zolt {
 
 // What a walk over a key knows of it: counts and longest names of the moment when it was made, and
-// room for a name.
+// its ways through the names.
 struct WalkedKey {
   HKEY key = 0;
   uint32_t subkeyCount = 0;
   uint32_t valueCount = 0;
-  uint32_t subkeyNameSize = 0;
-  uint32_t valueNameSize = 0;
-  std::string nameBuffer = {};
+  uint32_t longestSubkey = 0;
+  uint32_t longestValue = 0;
+  NameWalk subkeys{NameLists::Kind::keys};
+  NameWalk values{NameLists::Kind::values};
 
   // False if the key cannot be asked.
   bool Measure() {
-    if (RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &subkeyCount, &subkeyNameSize, nullptr,
-                         &valueCount, &valueNameSize, nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
-      return false;
-    }
-    subkeyNameSize++;
-    valueNameSize++;
-    nameBuffer.resize(std::max(subkeyNameSize, valueNameSize));
-    return true;
+    return RegQueryInfoKeyA(key, nullptr, nullptr, nullptr, &subkeyCount, &longestSubkey, nullptr,
+                            &valueCount, &longestValue, nullptr, nullptr, nullptr) == ERROR_SUCCESS;
+  }
+
+  // The name at a position; null if there is none, or one that is longer than any was.
+  std::string const *Subkey(uint32_t index) { return Name(&subkeys, index, longestSubkey); }
+  std::string const *Value(uint32_t index) { return Name(&values, index, longestValue); }
+
+ private:
+  std::string const *Name(NameWalk *names, uint32_t index, uint32_t longest) const {
+    std::string const *name = nullptr;
+    bool const found = names->At(key, index, &name) == ERROR_SUCCESS && name->size() <= longest;
+    return found ? name : nullptr;
   }
 };
 

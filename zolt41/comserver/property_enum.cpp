@@ -15,15 +15,11 @@ struct Properties {
   static uint64_t Total(WalkedKey const &walked) { return walked.valueCount; }
 
   static bool Fill(WalkedKey *walked, uint32_t index, STATPROPSTG *record) {
-    uint32_t length = walked->valueNameSize;
-    char *const name = walked->nameBuffer.data();
-    if (RegEnumValueA(walked->key, index, name, &length, nullptr, nullptr, nullptr, nullptr) !=
-        ERROR_SUCCESS) {
-      return false;
-    }
-    LPOLESTR const wide = NameForClient(std::string_view(name, length));
+    std::string const *const name = walked->Value(index);
+    if (name == nullptr) return false;
+    LPOLESTR const wide = NameForClient(std::string_view(*name));
     if (wide == nullptr) return false;
-    *record = {wide, static_cast<PROPID>(SectionNameHash(name)), VT_EMPTY};
+    *record = {wide, static_cast<PROPID>(SectionNameHash(name->c_str())), VT_EMPTY};
     return true;
   }
 };

@@ -6,29 +6,25 @@
 namespace zolt {
 namespace {
 
-bool NameRecord(WalkedKey const &walked, uint32_t length, STATSTG *record) {
-  record->pwcsName = NameForClient(std::string_view(walked.nameBuffer).substr(0, length));
+bool NameRecord(std::string const *name, STATSTG *record) {
+  if (name != nullptr) record->pwcsName = NameForClient(std::string_view(*name));
   return record->pwcsName != nullptr;
 }
 
 bool FillStorage(WalkedKey *walked, uint32_t index, STATSTG *record) {
-  uint32_t length = walked->subkeyNameSize;
-  if (RegEnumKeyExA(walked->key, index, walked->nameBuffer.data(), &length, nullptr, nullptr,
-                    nullptr, nullptr) != ERROR_SUCCESS ||
-      !NameRecord(*walked, length, record)) {
-    return false;
-  }
+  if (!NameRecord(walked->Subkey(index), record)) return false;
   record->type = STGTY_STORAGE;
   return true;
 }
 
 bool FillValue(WalkedKey *walked, uint32_t index, STATSTG *record) {
-  uint32_t length = walked->valueNameSize;
+  std::string const *const name = walked->Value(index);
   uint32_t type = 0;
   uint32_t size = 0;
-  if (RegEnumValueA(walked->key, index, walked->nameBuffer.data(), &length, nullptr, &type, nullptr,
-                    &size) != ERROR_SUCCESS ||
-      !NameRecord(*walked, length, record)) {
+  if (name == nullptr ||
+      RegQueryValueExA(walked->key, name->c_str(), nullptr, &type, nullptr, &size) !=
+          ERROR_SUCCESS ||
+      !NameRecord(name, record)) {
     return false;
   }
   record->type = type == REG_BINARY ? STGTY_STREAM : STGTY_PROPERTY;

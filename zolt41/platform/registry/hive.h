@@ -39,6 +39,7 @@ struct HiveKey {
 struct HeldNames {
   std::shared_ptr<NameStretch const> names;
   StampSource const *source = nullptr;  // null where nothing vouches for them
+  uint32_t word = 0;                    // the one that does
   Stamp stamp{};
   HiveKey key{};
 };

@@ -141,19 +141,19 @@ bool Hive::ListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNa
   std::lock_guard const read(readLock_);
   if (Stale(key)) return false;
   StampSource const *source = source_.load(std::memory_order_acquire);
+  uint32_t const word = ShapeWord(key.id);
   Stamp now{};
-  if (!Vouched(ShapeWord(key.id), &now)) return false;
+  if (!Vouched(word, &now)) return false;
   NameLists::List const &list = lists_.Get(key.id, kind, now);
   if (!list.Tells(index)) return false;
-  *held = {list.names, source, now, key};
+  *held = {list.names, source, word, now, key};
   return true;
 }
 
 bool Hive::StillGood(HeldNames const &held) const {
-  Stamp now{};
+  // The stamp vouched for them, so it does as long as it stands.
   return held.source != nullptr && held.source == source_.load(std::memory_order_acquire) &&
-         Vouched(ShapeWord(held.key.id), &now) && now == held.stamp && !Stale(held.key) &&
-         !OwnTransaction();
+         held.source->Read(held.word) == held.stamp && !Stale(held.key) && !OwnTransaction();
 }
 
 int32_t Hive::NamesAt(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNames *held) {
@@ -166,9 +166,10 @@ int32_t Hive::NamesAt(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNam
   if (Stale(key)) return kStaleKey;
   bool const own = OwnTransaction();
   StampSource const *source = own ? nullptr : source_.load(std::memory_order_acquire);
+  uint32_t const word = ShapeWord(key.id);
   Stamp before{};
   // In a transaction a list is good until the transaction's next change.
-  bool const vouched = own || Vouched(ShapeWord(key.id), &before);
+  bool const vouched = own || Vouched(word, &before);
   if (own) before = {~uint64_t{0}, changeSerial_};
   NameLists::List &list = (own ? ownLists_ : lists_).Get(key.id, kind, before);
   if (!list.Tells(index)) {
@@ -177,9 +178,8 @@ int32_t Hive::NamesAt(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNam
   }
   NoticeForeignEdit();
   Stamp after{};
-  if (!own && !(vouched && Vouched(ShapeWord(key.id), &after) && after == before))
-    list.good = false;
-  *held = {list.names, list.good ? source : nullptr, before, key};
+  if (!own && !(vouched && Vouched(word, &after) && after == before)) list.good = false;
+  *held = {list.names, list.good ? source : nullptr, word, before, key};
   return ERROR_SUCCESS;
 }
 

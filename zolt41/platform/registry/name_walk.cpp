@@ -14,15 +14,20 @@ bool NameWalk::StillGood(HKEY key) const {
   return hives.handles.Find(key, &open) && open.key == held_.key && &hives.At(open.hive) == hive_;
 }
 
-int32_t NameWalk::At(HKEY key, uint32_t index, char *name, uint32_t *length) {
+int32_t NameWalk::At(HKEY key, uint32_t index, std::string const **name) {
   if (StillGood(key) && held_.names->Tells(index)) {
     ClearFailure();
   } else if (int32_t const result = NamesAt(key, index); result != ERROR_SUCCESS) {
     held_ = {};
     return result;
   }
-  std::string const *const found = held_.names->At(index);
-  if (found == nullptr) return ERROR_NO_MORE_ITEMS;
+  *name = held_.names->At(index);
+  return *name == nullptr ? ERROR_NO_MORE_ITEMS : ERROR_SUCCESS;
+}
+
+int32_t NameWalk::At(HKEY key, uint32_t index, char *name, uint32_t *length) {
+  std::string const *found = nullptr;
+  if (int32_t const result = At(key, index, &found); result != ERROR_SUCCESS) return result;
   if (name == nullptr || length == nullptr) return ERROR_INVALID_PARAMETER;
   if (found->size() + 1 > *length) return ERROR_MORE_DATA;
   std::memcpy(name, found->c_str(), found->size() + 1);

@@ -2,6 +2,7 @@
 #define ZOLT41_PLATFORM_REGISTRY_NAME_WALK_H_
 
 #include <cstdint>
+#include <string>
 
 #include "zolt41/platform/registry/hive.h"
 
@@ -14,6 +15,9 @@ class NameWalk {
  public:
   explicit NameWalk(NameLists::Kind kind) : kind_(kind) {}
 
+  // The name at a position, good until the next call; else what RegEnumValueA and RegEnumKeyExA
+  // give.
+  int32_t At(HKEY key, uint32_t index, std::string const **name);
   // As RegEnumValueA and RegEnumKeyExA.
   int32_t At(HKEY key, uint32_t index, char *name, uint32_t *length);
 
