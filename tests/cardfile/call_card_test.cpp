@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <iterator>
 #include <string>
+#include <tuple>
 
 #include "tests/support/child.h"
 #include "tests/support/files.h"
@@ -173,6 +174,18 @@ TEST_F(CallCardTest, WhatIsNoCardFileIsTakenForText) {
                "X-BRNDL-CONFID=UNICODE::b-7\r\n");
   CallCard lines(Path("lines").c_str());
   EXPECT_EQ(lines.PropCount(), 3U) << "another text than that of the property stays";
+  std::string const home = "X-BRNDL-IP=ASCII:HOME:1.1.1.1\r\n";
+  std::string const work = "X-BRNDL-IP=ASCII:WORK:2.2.2.2\r\n";
+  for (auto const &[line, others, address, count] :
+       {std::tuple("1.1.1.1", home + work, "1.1.1.1", 2U),
+        {"2.2.2.2", home + work, "2.2.2.2", 3U},
+        {"2.2.2.2", "X-BRNDL-IP=ASCII:HOME:2.2.2.2\r\n" + home, "2.2.2.2", 2U},
+        {"0.0.0.0", home + work, "1.1.1.1", 2U}}) {
+    WriteContent(Path("two"), std::string(line) + "\r\n0\r\n\r\n[Card Infos]\r\n" + others);
+    CallCard two(Path("two").c_str());
+    EXPECT_EQ(two.PropCount(), count) << line << others;
+    EXPECT_EQ(Text(&two, "X-BRNDL-IP"), address) << line << others;
+  }
   WriteContent(Path("bad"), "1\n2\n[Card Infos]\nFN=ASCII::Ben\nP=BITMAP::x\n");
   text.SetName(Path("bad").c_str());
   text.Load();

@@ -33,7 +33,6 @@ class CardTextImport {
   bool Run() {
     ReadHead();
     bool const read = ReadSections();
-    if (headLines_ == HeadLines::droppedIfRepeated) DropHeadLines();
     additions_.PutInto(card_);
     if (read) PutPreferences();
     return read;
@@ -41,7 +40,6 @@ class CardTextImport {
 
  private:
   void ReadHead();
-  void DropHeadLines();
   bool ReadSections();
   bool ReadProperties();
   bool ReadPreferences(std::string const &section);
@@ -62,12 +60,9 @@ void CardTextImport::ReadHead() {
   reader_->GetByte();
   std::string const conference = zolt::ReadUpTo(reader_, kLastOfConference, zolt::kLongestHeadLine);
   additions_.SetText(zolt::kConferenceProperty, 0, conference.c_str());
-}
-
-// They were added first.
-void CardTextImport::DropHeadLines() {
-  additions_.DropHeadLine(0, zolt::kNoAddress, kLastOfAddress);
-  additions_.DropHeadLine(1, zolt::kNoConference, kLastOfConference);
+  if (headLines_ == HeadLines::kept) return;
+  additions_.MarkHeadLine(0, zolt::kNoAddress, kLastOfAddress);
+  additions_.MarkHeadLine(1, zolt::kNoConference, kLastOfConference);
 }
 
 bool CardTextImport::ReadSections() {

@@ -74,16 +74,21 @@ std::string PropertyAdditions::TextOf(Entry const &entry) const {
   return LocalText({"", entry.type, entry.flags, {pool_.data() + entry.value, entry.size}});
 }
 
-void PropertyAdditions::DropHeadLine(uint32_t index, std::string_view absent, int last) {
-  Entry &head = entries_[index];
-  std::string const text = TextOf(head);
-  bool const repeats =
-      text == absent ||
-      std::any_of(entries_.begin() + index + 1, entries_.end(), [&](Entry const &other) {
-        return AZStrEqual(pool_.data() + other.name, pool_.data() + head.name) != 0 &&
-               InHeadLine(TextOf(other), last) == text;
+void PropertyAdditions::MarkHeadLine(uint32_t index, std::string_view absent, int last) {
+  headLines_.push_back({index, std::string(absent), last});
+}
+
+// Without the line the card answers with the first of the name that stays.
+void PropertyAdditions::DropRepeated(HeadLine const &line) {
+  std::string const text = TextOf(entries_[line.entry]);
+  auto const other =
+      std::find_if(entries_.begin() + line.entry + 1, entries_.end(), [&](Entry const &entry) {
+        return entry.stays && AZStrEqual(pool_.data() + entry.name, NameOf(line.entry)) != 0;
       });
-  if (repeats) head.stays = false;
+  if (text == line.absent ||
+      (other != entries_.end() && InHeadLine(TextOf(*other), line.last) == text)) {
+    entries_[line.entry].stays = false;
+  }
 }
 
 std::vector<uint32_t> PropertyAdditions::GroupedByName() const {
@@ -129,12 +134,14 @@ void PropertyAdditions::PutInto(PCardStorage *card) {
     for (uint32_t const flags : DropReplaced({first, last})) RemoveAll(card, name, flags);
     first = last;
   }
+  for (HeadLine const &line : headLines_) DropRepeated(line);
   for (Entry const &entry : entries_) {
     if (!entry.stays) continue;
     card->AddProp(pool_.data() + entry.name, entry.type, entry.flags, pool_.data() + entry.value,
                   static_cast<int32_t>(entry.size));
   }
   entries_.clear();
+  headLines_.clear();
   pool_.clear();
 }
 

@@ -19,10 +19,11 @@ class PropertyAdditions {
   void SetText(std::string_view name, uint32_t flags, char const *text);
   // As AddProp.
   void AddBytes(std::string_view name, uint32_t type, uint32_t flags, std::string_view bytes);
-  // Takes back the first text of a card, the one at `index`, if it is `absent` or what such a line
-  // has of a text that was added under its name later: that ends before the first byte which,
-  // signed, is not above `last`.
-  void DropHeadLine(uint32_t index, std::string_view absent, int last);
+  // The text at `index` is one of the first two lines of a card that is empty: PutInto leaves it
+  // out where it says that there is none, which is `absent`, or no more than the card says without
+  // it, of which such a line has what stands before the first byte that, signed, is not above
+  // `last`.
+  void MarkHeadLine(uint32_t index, std::string_view absent, int last);
   // Does to the card what was asked for, as if it had been done then.
   void PutInto(PCardStorage *card);
 
@@ -37,14 +38,22 @@ class PropertyAdditions {
     bool stays;
   };
 
+  struct HeadLine {
+    uint32_t entry;
+    std::string absent;
+    int last;
+  };
+
   char const *NameOf(uint32_t entry) const { return pool_.data() + entries_[entry].name; }
   std::string TextOf(Entry const &entry) const;
   void Add(std::string_view name, std::string_view value, Entry entry);
   // Equal names one behind the other, each in the order in which they were added.
   std::vector<uint32_t> GroupedByName() const;
   std::vector<uint32_t> DropReplaced(std::span<uint32_t const> sameName);
+  void DropRepeated(HeadLine const &line);
 
   std::vector<Entry> entries_;
+  std::vector<HeadLine> headLines_;
   std::string pool_;
 };
 
