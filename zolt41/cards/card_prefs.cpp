@@ -72,15 +72,21 @@ char const *TYUserPrefs::GetIndexedName(int32_t index, uint32_t *section) const 
   return slot + zolt::kSlotName;
 }
 
+int32_t TYUserPrefs::OrderAt(int32_t position, uint32_t section, char const *name) const {
+  char const *const slot = SlotAt(static_cast<uint32_t>(position));
+  uint32_t const other = LoadLittle32(slot + zolt::kSlotSection);
+  if (section != other) return section < other ? 1 : -1;
+  return AZStrCompare(name, slot + zolt::kSlotName);
+}
+
 int32_t TYUserPrefs::FindPos(uint32_t section, char const *name, uint32_t *position) const {
   int32_t low = -1;
   int32_t high = Count();
+  // A store that is filled is mostly filled in its own order.
+  if (high > 0 && OrderAt(high - 1, section, name) > 0) low = high - 1;
   while (low < high - 1) {
     int32_t const middle = (low + high) / 2;
-    char const *const slot = SlotAt(static_cast<uint32_t>(middle));
-    uint32_t const other = LoadLittle32(slot + zolt::kSlotSection);
-    int32_t order = section < other ? 1 : -1;
-    if (section == other) order = AZStrCompare(name, slot + zolt::kSlotName);
+    int32_t const order = OrderAt(middle, section, name);
     if (order == 0) {
       *position = static_cast<uint32_t>(middle);
       return 1;

@@ -65,6 +65,8 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
 
  private:
   ZOLT_HIDDEN char *SlotAt(uint32_t index) const;
+  // Below 0 if the value would stand before the one at a position, above 0 if behind it.
+  ZOLT_HIDDEN int32_t OrderAt(int32_t position, uint32_t section, char const *name) const;
   ZOLT_HIDDEN char *OutsideAt(char const *slot) const;
   ZOLT_HIDDEN char *ValueAt(char const *slot, uint32_t *size) const;
   ZOLT_HIDDEN bool TakeTable(char const *data, uint32_t size);

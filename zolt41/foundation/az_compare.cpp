@@ -37,6 +37,7 @@ int32_t AZStrEqual(char const *a, char const *b) {
 int32_t AZStrCompare(char const *a, char const *b) {
   if (a == nullptr || b == nullptr) return 0;
   for (; *a != '\0' && *b != '\0'; a++, b++) {
+    if (*a == *b) continue;
     if (Fold(*a) != Fold(*b)) return Fold(*a) < Fold(*b) ? -1 : 1;
   }
   if (*a != '\0') return 1;
