@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <utility>
 
 #include "tests/rolodex/book.h"
@@ -147,6 +148,10 @@ class Selection {
     for (uint32_t i = 0; i < count; i++) ids.push_back(NumberAt({block_, 4 * count}, 4 * i));
     return ids;
   }
+  void Take(Ids const &ids) {
+    SetMemSize(&block_, static_cast<uint32_t>(4 * ids.size()));
+    std::memcpy(block_, ids.data(), 4 * ids.size());
+  }
   uint32_t Mark(char const *property, int oper, char const *value, uint32_t category) {
     return book_->Select(block_, property, static_cast<CSOper>(oper), value, category);
   }
@@ -205,6 +210,8 @@ TEST_F(RolodexTest, SelectingByProperty) {
     EXPECT_EQ(found.By(marked, nullptr, nullptr), row.ids) << row.property << row.value;
   }
   EXPECT_EQ(cards.Mark("_Label", CSContains, "", 128), 0U);
+  cards.Take({1, 0, 3, 4});
+  EXPECT_EQ(cards.Mark("_Label", CSContains, "", 77), 3U) << "0 is no card, nor the deleted one";
 }
 
 TEST_F(RolodexTest, CompactingWhenItPays) {

@@ -1,6 +1,7 @@
 #include "zolt41/rolodex/label_condition.h"
 
 #include <bit>
+#include <cstring>
 
 #include "zolt41/platform/system/ascii_case.h"
 #include "zolt41/rolodex/rolodex_format.h"
@@ -14,82 +15,80 @@ namespace {
 
 #if defined(__SSE2__)
 
-__m128i Folded(__m128i bytes) {
-  __m128i const above = _mm_cmpgt_epi8(bytes, _mm_set1_epi8('A' - 1));
-  __m128i const below = _mm_cmplt_epi8(bytes, _mm_set1_epi8('Z' + 1));
-  __m128i const bit = _mm_and_si128(_mm_and_si128(above, below), _mm_set1_epi8(0x20));
-  return _mm_or_si128(bytes, bit);
-}
-
-// The bytes of a name's field, folded; bit i of a mask stands for byte i.
-class Field {
+// A byte to look for, and where in a label it stands: bit i stands for byte i.
+class WantedByte {
  public:
-  explicit Field(char const *field)
-      : low_(Folded(_mm_loadu_si128(reinterpret_cast<__m128i const *>(field)))),
-        high_(Folded(_mm_loadu_si128(reinterpret_cast<__m128i const *>(field) + 1))) {}
+  explicit WantedByte(char byte) : bytes_(_mm_set1_epi8(byte)) {}
 
-  uint32_t PlacesOf(char c) const {
-    __m128i const wanted = _mm_set1_epi8(c);
-    auto const low = static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(low_, wanted)));
-    auto const high = static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(high_, wanted)));
-    return low | high << 16;
+  uint32_t PlacesIn(FoldedLabel const &label) const {
+    auto const *const half = reinterpret_cast<__m128i const *>(label.bytes);
+    return PlacesIn(_mm_load_si128(half)) | PlacesIn(_mm_load_si128(half + 1)) << 16;
   }
 
  private:
-  __m128i low_;
-  __m128i high_;
+  uint32_t PlacesIn(__m128i bytes) const {
+    return static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(bytes, bytes_)));
+  }
+
+  __m128i bytes_;
 };
 
 #else
 
-class Field {
+class WantedByte {
  public:
-  explicit Field(char const *field) : field_(field) {}
+  explicit WantedByte(char byte) : byte_(byte) {}
 
-  uint32_t PlacesOf(char c) const {
+  uint32_t PlacesIn(FoldedLabel const &label) const {
     uint32_t places = 0;
     for (uint32_t i = 0; i < kCardNameSize; i++)
-      places |= (FoldAscii(field_[i]) == c ? uint32_t{1} : 0) << i;
+      places |= (label.bytes[i] == byte_ ? uint32_t{1} : 0) << i;
     return places;
   }
 
  private:
-  char const *field_;
+  char byte_;
 };
 
 #endif
 
 }  // namespace
 
-LabelCondition::LabelCondition(CSOper oper, char const *value) : oper_(oper), value_(value) {
+LabelCondition::LabelCondition(CSOper oper, char const *value)
+    : value_(value),
+      fromTheBeginning_(oper == CSBeginsWith || oper == CSEquals),
+      toTheEnd_(oper == CSEndsWith || oper == CSEquals) {
+  never_ =
+      (oper != CSContains && !fromTheBeginning_ && !toTheEnd_) || value_.size() >= kCardNameSize;
   for (char &c : value_) c = FoldAscii(c);
 }
 
-bool LabelCondition::StandsAt(char const *place) const {
-  for (size_t i = 0; i < value_.size(); i++)
-    if (FoldAscii(place[i]) != value_[i]) return false;
-  return true;
+// A value holds no NUL, so it never stands over the end of a label.
+bool LabelCondition::StandsIn(FoldedLabel const &label, uint32_t places) const {
+  if (fromTheBeginning_) places &= 1;
+  for (; places != 0; places &= places - 1) {
+    char const *const place = label.bytes + std::countr_zero(places);
+    if (std::memcmp(place, value_.data(), value_.size()) == 0 && EndsRight(place[value_.size()]))
+      return true;
+  }
+  return false;
 }
 
-bool LabelCondition::Matches(CardEntry const &entry) const {
-  char const *const label = entry.field(0);
-  Field const field(label);
-  // The last byte of a field ends the name, also where it is no NUL.
-  uint32_t const length = static_cast<uint32_t>(
-      std::countr_zero(field.PlacesOf('\0') | uint32_t{1} << (kCardNameSize - 1)));
-  auto const size = static_cast<uint32_t>(value_.size());
-  if (value_.size() > length) return false;
-  uint32_t const last = length - size;
-  // Where the operator lets the value stand.
-  uint32_t places = 0;
-  if (oper_ == CSContains) places = (uint32_t{2} << last) - 1;
-  if (oper_ == CSBeginsWith || (oper_ == CSEquals && last == 0)) places = 1;
-  if (oper_ == CSEndsWith) places = uint32_t{1} << last;
-  if (size == 0) return places != 0;
-  places &= field.PlacesOf(value_.front()) & field.PlacesOf(value_.back()) >> (size - 1);
-  for (; places != 0; places &= places - 1)
-    if (StandsAt(label + std::countr_zero(places))) return true;
-  return false;
+uint32_t LabelCondition::FirstMatch(FoldedLabel const *labels, uint32_t count) const {
+  if (never_) return count;
+  uint32_t at = 0;
+  if (value_.empty()) {
+    while (at < count && fromTheBeginning_ && !EndsRight(labels[at].bytes[0])) at++;
+    return at;
+  }
+  WantedByte const first(value_.front());
+  WantedByte const last(value_.back());
+  size_t const distance = value_.size() - 1;
+  for (; at < count; at++) {
+    uint32_t const places = first.PlacesIn(labels[at]) & last.PlacesIn(labels[at]) >> distance;
+    if (places != 0 && StandsIn(labels[at], places)) break;
+  }
+  return at;
 }
 
 }  // namespace zolt

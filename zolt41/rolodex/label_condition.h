@@ -5,7 +5,7 @@
 #include <string>
 
 #include "zolt41/cards/property_storage.h"
-#include "zolt41/rolodex/card_entry.h"
+#include "zolt41/rolodex/label_column.h"
 
 namespace zolt {
 
@@ -14,13 +14,17 @@ class LabelCondition {
  public:
   LabelCondition(CSOper oper, char const *value);
 
-  bool Matches(CardEntry const &entry) const;
+  // The place of the first label that matches, or `count`.
+  uint32_t FirstMatch(FoldedLabel const *labels, uint32_t count) const;
 
  private:
-  bool StandsAt(char const *place) const;
+  bool StandsIn(FoldedLabel const &label, uint32_t places) const;
+  bool EndsRight(char behind) const { return !toTheEnd_ || behind == '\0'; }
 
-  CSOper oper_;
   std::string value_;  // folded
+  bool never_;
+  bool fromTheBeginning_;
+  bool toTheEnd_;
 };
 
 }  // namespace zolt

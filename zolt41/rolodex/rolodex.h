@@ -160,8 +160,6 @@ class ZOLT_API Rolodex {
   ZOLT_HIDDEN bool FreeRecord(uint32_t slot, zolt::FreedRecord const &freed);
   ZOLT_HIDDEN bool ChangeHead(uint32_t slot, zolt::CardEntry const &entry, uint32_t offset,
                               uint32_t count);
-  ZOLT_HIDDEN bool Matches(uint32_t slot, PCardStorage *card, char const *property, CSOper oper,
-                           char const *value);
   ZOLT_HIDDEN bool PaysToCompact(int32_t force);
   ZOLT_HIDDEN std::vector<zolt::CardEntry> CompactedEntries();
   ZOLT_HIDDEN bool CompactIntoNewFile();

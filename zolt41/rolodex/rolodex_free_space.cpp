@@ -66,19 +66,20 @@ CardEntry const &RolodexIndex::FreeAt(Place const &place) {
 }
 
 uint32_t RolodexIndex::NewSlot(CardEntry const &entry) {
+  auto slot = static_cast<uint32_t>(entries_.size());
   if (unused_.empty()) {
-    entries_.push_back(entry);
-    return static_cast<uint32_t>(entries_.size()) - 1;
+    entries_.emplace_back();
+  } else {
+    slot = unused_.back();
+    unused_.pop_back();
   }
-  uint32_t const slot = unused_.back();
-  unused_.pop_back();
-  entries_[slot] = entry;
+  SetEntry(slot, entry);
   return slot;
 }
 
 void RolodexIndex::DropSlot(uint32_t slot) {
   // Whoever walks the slots takes it for a free record.
-  entries_[slot] = CardEntry::Cleared();
+  SetEntry(slot, CardEntry::Cleared());
   unused_.push_back(slot);
 }
 
@@ -97,10 +98,11 @@ void RolodexIndex::Free(uint32_t slot, FreedRecord const &freed) {
     order.Erase(NumberSet::Of(entry.position(), swallowed));
     DropSlot(swallowed);
   }
-  CardEntry &head = entries_[freed.head];
+  CardEntry head = entries_[freed.head];
   if (freed.head != slot) free_.Erase(NumberSet::Of(head.size(), head.position()));
   head.set_id(0);
   head.set_size(freed.size);
+  SetEntry(freed.head, head);
   free_.Insert(NumberSet::Of(freed.size, freed.position));
   std::erase(doubles_, slot);
 }
@@ -120,7 +122,7 @@ void RolodexIndex::Enter(Place const &place, CardEntry const &entry) {
     order.Insert(NumberSet::Of(rest.position(), NewSlot(rest)));
     free_.Insert(NumberSet::Of(rest.size(), rest.position()));
   }
-  entries_[slot] = entry;
+  SetEntry(slot, entry);
   ids_.Insert(entry.id(), slot);
   EnterNames(entry);
 }

@@ -1,6 +1,7 @@
 #include "zolt41/rolodex/rolodex_index.h"
 
 #include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "zolt41/foundation/az_compare.h"
@@ -154,8 +155,30 @@ void RolodexIndex::ForgetNames(CardEntry const &entry) {
 
 void RolodexIndex::Replace(uint32_t slot, CardEntry const &entry) {
   ForgetNames(entries_[slot]);
-  entries_[slot] = entry;
+  SetEntry(slot, entry);
   EnterNames(entry);
+}
+
+// Takes no memory for a slot that is there.
+void RolodexIndex::SetEntry(uint32_t slot, CardEntry const &entry) {
+  entries_[slot] = entry;
+  labels_.Note(slot, entry);
+  CategorySet const set = entry.categories();
+  for (uint32_t word = 0; word < set.size(); word++)
+    for (uint32_t left = set[word]; left != 0; left &= left - 1)
+      marks_.Note(slot, 32 * word + static_cast<uint32_t>(std::countr_zero(left)));
+}
+
+void RolodexIndex::PrepareLabels() {
+  // Most slots are covered as long as the number of cards did not grow by much.
+  if (labelWalks_++ > 0 && labels_.size() < entries_.size() - entries_.size() / 4)
+    labels_.Build(entries_);
+}
+
+void RolodexIndex::ClearMarks(uint32_t category) {
+  marks_.Clear(category, slots(), [&](uint32_t slot) {
+    if (!entries_[slot].free()) entries_[slot].Mark(category, false);
+  });
 }
 
 }  // namespace zolt

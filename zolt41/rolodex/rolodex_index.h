@@ -4,10 +4,13 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 #include "zolt41/rolodex/card_entry.h"
+#include "zolt41/rolodex/category_marks.h"
 #include "zolt41/rolodex/id_table.h"
+#include "zolt41/rolodex/label_column.h"
 #include "zolt41/rolodex/name_table.h"
 #include "zolt41/rolodex/number_set.h"
 
@@ -72,6 +75,17 @@ class RolodexIndex {
   // to; kNone if there is none.
   uint32_t FindNames(std::array<char const *, kCardNames> const &names, uint32_t number);
 
+  // To be called before a walk over the labels: from the second one on it reads less for each card.
+  void PrepareLabels();
+  // The labels of the slots from `slot` on, as long as the slots have the ids that stand at `ids`
+  // one behind the other, and at most `most`; none where there is no more than the entry itself. A
+  // free record may be among them.
+  std::span<FoldedLabel const> Labels(char const *ids, uint32_t slot, uint32_t most) const {
+    if (!doubles_.empty()) return {};
+    uint32_t const run = labels_.RunOf(ids, slot, most);
+    return {run == 0 ? nullptr : labels_.labels(slot), run};
+  }
+
   // Calls with each slot, in file order, the free records' too.
   template <typename Visit>
   void ForEach(Visit const &visit) const {
@@ -99,7 +113,12 @@ class RolodexIndex {
   void Enter(Place const &place, CardEntry const &entry);
   // Another head for the same record.
   void Replace(uint32_t slot, CardEntry const &entry);
-  void Mark(uint32_t slot, uint32_t category, bool on) { entries_[slot].Mark(category, on); }
+  void Mark(uint32_t slot, uint32_t category) {
+    entries_[slot].Mark(category, true);
+    marks_.Note(slot, category);
+  }
+  // Takes a category from all cards.
+  void ClearMarks(uint32_t category);
 
  private:
   static constexpr uint32_t kTrust = 16;
@@ -110,6 +129,7 @@ class RolodexIndex {
   bool HasNames(uint32_t slot, std::array<char const *, kCardNames> const &names) const;
   uint32_t NewSlot(CardEntry const &entry);
   void DropSlot(uint32_t slot);
+  void SetEntry(uint32_t slot, CardEntry const &entry);
   void EnterNames(CardEntry const &entry);
   void ForgetNames(CardEntry const &entry);
 
@@ -126,6 +146,9 @@ class RolodexIndex {
   std::optional<NumberSet> order_;  // position and slot; made at the first change of the order
   std::array<std::optional<NameTable>, kCardNames> names_;  // made when names are looked for
   uint32_t searches_ = 0;
+  LabelColumn labels_;
+  uint32_t labelWalks_ = 0;
+  CategoryMarks marks_;
   bool unordered_ = false;
 };
 

@@ -17,23 +17,42 @@ namespace {
 constexpr char kLabelProperty[] = "_Label";
 constexpr uint32_t kListItem = 4;
 
-// Clears a category of all cards on the way through a list, which mostly has them in their order:
-// so they are looked at once.
-class Unmarking {
- public:
-  Unmarking(RolodexIndex *index, uint32_t category) : index_(index), category_(category) {}
+uint32_t IdAt(char const *cards, uint32_t place) {
+  uint32_t id = 0;
+  std::memcpy(&id, cards + size_t{place} * kListItem, kListItem);
+  return id;
+}
 
-  void UpTo(uint32_t slot) {
-    for (; done_ < slot; done_++)
-      if (index_->at(done_).Has(category_) && !index_->at(done_).free())
-        index_->Mark(done_, category_, false);
+// A list mostly has the cards in their order, so most of them come in long runs.
+uint32_t MarkByLabel(RolodexIndex *index, char const *cards, LabelCondition const &condition,
+                     uint32_t category) {
+  index->PrepareLabels();
+  uint32_t const size = GetMemSize(cards) / kListItem;
+  uint32_t count = 0;
+  uint32_t slot = RolodexIndex::kNone;
+  for (uint32_t i = 0; i < size;) {
+    uint32_t const id = IdAt(cards, i);
+    uint32_t const found = id == 0 ? RolodexIndex::kNone : index->FindNear(id, slot);
+    if (found == RolodexIndex::kNone) {
+      i++;
+      continue;
+    }
+    FoldedLabel const single(index->at(found));
+    std::span<FoldedLabel const> labels =
+        index->Labels(cards + size_t{i} * kListItem, found, size - i);
+    if (labels.empty()) labels = {&single, 1};
+    auto const run = static_cast<uint32_t>(labels.size());
+    for (uint32_t at = 0; at < run; at++) {
+      at += condition.FirstMatch(&labels[at], run - at);
+      if (at == run || index->at(found + at).free()) continue;
+      index->Mark(found + at, category);
+      count++;
+    }
+    slot = found + run - 1;
+    i += run;
   }
-
- private:
-  RolodexIndex *index_;
-  uint32_t category_;
-  uint32_t done_ = 0;
-};
+  return count;
+}
 
 }  // namespace
 
@@ -59,12 +78,6 @@ uint32_t Rolodex::SelectByCategory(unsigned char const *required, unsigned char 
   return count;
 }
 
-bool Rolodex::Matches(uint32_t slot, PCardStorage *card, char const *property, CSOper oper,
-                      char const *value) {
-  uint32_t const id = state_->index->at(slot).id();
-  return LoadCard(id, card) != 0 && card->Selected(property, oper, value) != 0;
-}
-
 uint32_t Rolodex::Select(char const *cards, char const *property, CSOper oper, char const *value,
                          uint32_t category) {
   ClearFailure();
@@ -72,27 +85,22 @@ uint32_t Rolodex::Select(char const *cards, char const *property, CSOper oper, c
   return WithMemory(uint32_t{0}, [&] {
     RolodexIndex &index = *state_->index;
     char const *const text = value == nullptr ? "" : value;
-    bool const isLabel = AZStrEqual(property, kLabelProperty) != 0;
-    LabelCondition const condition(oper, text);
+    index.ClearMarks(category);
+    if (AZStrEqual(property, kLabelProperty) != 0) {
+      return MarkByLabel(&index, cards, LabelCondition(oper, text), category);
+    }
     PCardStorage card;
-    Unmarking unmarking(&index, category);
     uint32_t count = 0;
-    uint32_t slot = RolodexIndex::kNone;
-    uint32_t const size = GetMemSize(cards) / kListItem;
-    for (uint32_t i = 0; i < size; i++) {
-      uint32_t id = 0;
-      std::memcpy(&id, cards + size_t{i} * kListItem, kListItem);
-      uint32_t const found = id == 0 ? RolodexIndex::kNone : index.FindNear(id, slot);
-      if (found == RolodexIndex::kNone) continue;
-      slot = found;
-      bool const matches =
-          isLabel ? condition.Matches(index.at(slot)) : Matches(slot, &card, property, oper, text);
-      unmarking.UpTo(slot + 1);
-      if (!matches) continue;
-      index.Mark(slot, category, true);
+    for (uint32_t i = 0; i < GetMemSize(cards) / kListItem; i++) {
+      uint32_t const id = IdAt(cards, i);
+      uint32_t const slot = id == 0 ? RolodexIndex::kNone : index.Find(id);
+      if (slot == RolodexIndex::kNone || LoadCard(id, &card) == 0 ||
+          card.Selected(property, oper, text) == 0) {
+        continue;
+      }
+      index.Mark(slot, category);
       count++;
     }
-    unmarking.UpTo(index.slots());
     return count;
   });
 }
