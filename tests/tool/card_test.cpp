@@ -29,11 +29,14 @@ class CardTest : public ToolTest {
     return Path("a");
   }
 
-  // A card file whose preferences have a head, a slot with the place of its value, and a byte.
-  std::string WithPreferences(std::string const &head, std::string const &place) {
-    std::string name("n");
+  static std::string Slot(std::string const &section, std::string name, std::string const &place) {
     name.resize(32);
-    std::string const blob = FromHex(head) + FromHex("00000000") + name + FromHex(place) + "x";
+    return FromHex(section) + name + FromHex(place);
+  }
+
+  // A card file whose preferences have a head, slots, and a byte.
+  std::string WithPreferences(std::string const &head, std::string const &slots) {
+    std::string const blob = FromHex(head) + slots + "x";
     CallCard card(CardFormatBinary);
     card.AddProp("L-BRNDL-TYPREFS", PropertyData, PropertyLocal, blob.data(),
                  static_cast<int32_t>(blob.size()));
@@ -244,10 +247,24 @@ TEST_F(CardTest, DamageIsNamedWithItsPlace) {
            Row{"1\n2\n[Card Infos]\nA=ASCII::x\nP=BITMAP::x\n", 4,
                "line 5: bytes do not begin with <; nothing of the text is read"},
            Row{"1\n2\n\n[Card Infos]\nA=ASCII::x", 1, "line 5: has no line end: it may be cut"},
-           Row{WithPreferences("00000000 00000001", "00000002 00000000"), 4,
+           Row{WithPreferences("00000000 00000001", Slot("00000000", "n", "00000002 00000000")), 4,
                "byte 96: the preference n lies outside of them"},
-           Row{WithPreferences("01000000 01000000", "02000000 00000000"), 4,
+           Row{WithPreferences("01000000 01000000", Slot("00000000", "n", "02000000 00000000")), 4,
                "byte 96: the preference n lies outside of them"},
+           Row{WithPreferences("01000000 01000000",
+                               Slot("00000000", std::string(32, 'n'), "01000000 00000000")),
+               1,
+               "byte 100: the name of the preference nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn has no end"},
+           // Names in the order of the folding table, where _ comes behind the letters.
+           Row{WithPreferences("01000000 02000000", Slot("00000000", "_", "00000000 00000000") +
+                                                        Slot("00000000", "b", "00000000 00000000")),
+               1, "byte 140: the preference b does not stand in its order"},
+           Row{WithPreferences("01000000 02000000", Slot("00000001", "b", "00000000 00000000") +
+                                                        Slot("00000080", "a", "00000000 00000000")),
+               1, "byte 140: the preference a does not stand in its order"},
+           Row{WithPreferences("00000000 00000002", Slot("00000001", "b", "00000000 00000000") +
+                                                        Slot("80000000", "a", "00000000 00000000")),
+               1, "byte 140: the preference a does not stand in its order"},
        }) {
     WriteContent(Path("bad"), row.content);
     EXPECT_EQ(Card({"check", Path("bad")}, row.code), Path("bad") + ": " + row.says + "\n");

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <optional>
 
 #include "tools/zolt/text.h"
 #include "zolt41/zolt41.h"
@@ -27,6 +28,22 @@ uint32_t Number(std::string_view bytes, size_t at, bool bigEndian = false) {
     number |= uint32_t{static_cast<unsigned char>(bytes[at + place])} << (8 * i);
   }
   return number;
+}
+
+// What the slots of preferences are sorted by.
+struct SlotKey {
+  uint32_t section;
+  std::string name;  // as much as is read
+};
+
+std::string SlotNameOf(std::string_view blob, size_t slot) {
+  std::string_view const name = blob.substr(slot + kSlotName, kSlotNameSize - 1);
+  return std::string(name.substr(0, name.find('\0')));
+}
+
+bool Precedes(SlotKey const &a, SlotKey const &b) {
+  if (a.section != b.section) return a.section > b.section;
+  return AZStrCompare(a.name.c_str(), b.name.c_str()) < 0;
 }
 
 class CardFileCheck {
@@ -91,8 +108,20 @@ class CardFileCheck {
     }
     size_t const pool = blob.size() - kBlobHead - count * kSlotSize;
     size_t rest = pool;
+    std::optional<SlotKey> before;
+    bool sorted = true;
     for (uint32_t i = 0; i < count; i++) {
       size_t const slot = kBlobHead + i * kSlotSize;
+      SlotKey const key = {Number(blob, slot, bigEndian), SlotNameOf(blob, slot)};
+      std::string const preference = "the preference " + key.name;
+      if (blob.substr(slot + kSlotName, kSlotNameSize).find('\0') == std::string_view::npos) {
+        Add(at + slot + kSlotName, "the name of " + preference + " has no end", false);
+      }
+      if (sorted && before && Precedes(key, *before)) {
+        Add(at + slot, preference + " does not stand in its order", false);
+        sorted = false;
+      }
+      before = key;
       uint32_t const size = Number(blob, slot + kSlotValueSize, bigEndian);
       uint32_t const offset = Number(blob, slot + kSlotValueOffset, bigEndian);
       bool const inside = size <= pool && offset <= pool - size;
@@ -100,11 +129,8 @@ class CardFileCheck {
         rest -= size;
         continue;
       }
-      std::string_view const name = blob.substr(slot + kSlotName, kSlotNameSize);
       Add(at + slot,
-          "the preference " + std::string(name.substr(0, name.find('\0'))) +
-              (inside ? " shares the bytes of others" : " lies outside of them"),
-          true);
+          preference + (inside ? " shares the bytes of others" : " lies outside of them"), true);
     }
   }
 
