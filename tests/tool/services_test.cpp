@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -6,6 +7,8 @@
 #include "tests/prefs/prefs_fixture.h"
 #include "tests/services/stand_in.h"
 #include "tests/support/run_tool.h"
+#include "tools/zolt/verbs.h"
+#include "zolt41/platform/system/late_module.h"
 
 namespace zolt::testing {
 namespace {
@@ -88,6 +91,36 @@ TEST_F(ServicesTest, TheDoctorSaysWhatIsMissing) {
   EXPECT_NE(RunTool({"doctor"}).out.find("service\tlinks\tnative\n"), std::string::npos);
   ToolResult const status = RunTool({"net", "status"});
   EXPECT_EQ(status.out, status.code == 0 ? "connected\n" : "not connected\n");
+}
+
+// By a trial in the same process, as the doctor says of itself.
+TEST_F(ServicesTest, TheDoctorNamesADoorThatIsReplaced) {
+  LateModule const fake = {"Shell32", {}, [] { return true; }};
+  LateModuleSwap const swap(&fake);
+  for (auto const &[option, line] : {std::pair("-q", "\nservice\tlinks\treplaced\n"),
+                                     {"--json", R"({"service":"links","state":"replaced"})"}}) {
+    char const *const words[] = {"doctor", option};
+    tool::Arguments const arguments(words);
+    tool::Settings const settings(arguments);
+    int const file = open(Path("said").c_str(), O_RDWR | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+    tool::Output out(file, "said");
+    EXPECT_EQ(tool::FindVerb("doctor", "")->run({arguments, settings, {}, out}), 0);
+    out.Finish();
+    EXPECT_NE(ContentOf(Path("said")).find(line), std::string::npos) << ContentOf(Path("said"));
+  }
+}
+
+TEST_F(ServicesTest, TheDoctorTellsOfAnotherCodePage) {
+  EXPECT_EQ(RunTool(Words("-q prefs set Audio V 1"), {.environment = {"ZOLT_CODEPAGE=1251"}}).code,
+            0);
+  EXPECT_EQ(RunTool({"doctor"}, {.environment = {"ZOLT_CODEPAGE=1251"}}).code, 0);
+  ToolResult const other = RunTool({"doctor"}, {.environment = {"ZOLT_CODEPAGE=1252"}});
+  EXPECT_EQ(other.code, 1);
+  EXPECT_NE(other.out.find("problem\t" + home_.UserHive() +
+                           "\tholds texts in code page 1251, which are read and written "
+                           "in 1252\tset ZOLT_CODEPAGE=1251 for all programs\n"),
+            std::string::npos)
+      << other.out;
 }
 
 class RegisterTest : public ::testing::Test {

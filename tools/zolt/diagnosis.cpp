@@ -52,6 +52,15 @@ void CheckWritable(ZOLTHiveState const &hive, std::vector<Problem> *problems) {
                        "look at the rights of the file and its directory, and at the file system"});
 }
 
+void CheckCodePage(ZOLTHiveState const &hive, std::vector<Problem> *problems) {
+  if (hive.codePage == 0 || hive.codePage == ZOLTCodePage()) return;
+  std::string const page = std::to_string(hive.codePage);
+  problems->push_back({hive.file.path,
+                       "holds texts in code page " + page + ", which are read and written in " +
+                           std::to_string(ZOLTCodePage()),
+                       "set ZOLT_CODEPAGE=" + page + " for all programs"});
+}
+
 void CheckChannel(ZOLTState const &state, uint32_t user, std::vector<Problem> *problems) {
   ZOLTChannelState const &channel = state.channel;
   CheckOwner(channel.file, user, problems);
@@ -85,6 +94,7 @@ Json HiveObject(ZOLTHiveState const &hive) {
   object["failure"] = hive.failure == 0 ? Json() : Json(WordsOf(hive.failure).kind);
   object["layout"] = hive.layout == 0 ? Json() : Json(hive.layout);
   object["writable"] = hive.writable != 0;
+  object["codePage"] = hive.codePage == 0 ? Json() : Json(hive.codePage);
   return object;
 }
 
@@ -133,6 +143,8 @@ std::vector<Problem> Diagnose(ZOLTState const &state, uint32_t user) {
   CheckReadable(state.user, &problems);
   CheckWritable(state.user, &problems);
   CheckReadable(state.machine, &problems);
+  CheckCodePage(state.user, &problems);
+  CheckCodePage(state.machine, &problems);
   CheckChannel(state, user, &problems);
   return problems;
 }

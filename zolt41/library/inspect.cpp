@@ -30,6 +30,7 @@ void Fill(HKEY root, std::string const &home, char const *name, ZOLTHiveState *s
   state->failure = static_cast<int32_t>(found.failure);
   state->layout = found.layout;
   state->writable = found.writable ? 1 : 0;
+  state->codePage = found.codePage;
 }
 
 ZOLTProcessKind KindOf(zolt::ListenerStatus const &listener) {

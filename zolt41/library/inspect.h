@@ -20,9 +20,10 @@ struct ZOLTFileState {
 struct ZOLTHiveState {
   ZOLTFileState directory;
   ZOLTFileState file;
-  int32_t failure;   // why it cannot be read; 0 also where there is no file yet
-  uint32_t layout;   // 0 where there is no file, or it could not be read
-  int32_t writable;  // as far as can be told without writing
+  int32_t failure;    // why it cannot be read; 0 also where there is no file yet
+  uint32_t layout;    // 0 where there is no file, or it could not be read
+  int32_t writable;   // as far as can be told without writing
+  uint32_t codePage;  // of the texts in it; 0 where there is no file, or it could not be read
 };
 
 // A process that has started the library (InitPrefs).

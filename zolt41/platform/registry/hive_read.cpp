@@ -70,7 +70,10 @@ HiveStatus Hive::Inspect() {
   if (!status.present) return status;
   status.writable = writable_.load(std::memory_order_relaxed);
   Use layout(Readable(), Sql::get_layout);
-  if (layout.Row()) status.layout = static_cast<uint32_t>(layout.Number(0));
+  if (layout.Row()) {
+    status.layout = static_cast<uint32_t>(layout.Number(0));
+    status.codePage = static_cast<uint32_t>(layout.Number(1));
+  }
   status.failure = layout.failure();
   return status;
 }

@@ -15,6 +15,7 @@ struct HiveStatus {
   bool present = false;
   bool writable = false;
   uint32_t layout = 0;              // 0 where there is none, or it could not be read
+  uint32_t codePage = 0;            // of its texts; 0 likewise
   Failure failure = Failure::none;  // why it cannot be read
 };
 HiveStatus InspectHive(HKEY root);
