@@ -92,12 +92,21 @@ TEST_F(WatchTest, CommandsMakeTheSameChangesAgain) {
 }
 
 TEST_F(WatchTest, ItEndsAsItIsAskedTo) {
-  Expect({{"prefs watch Audio --timeout 0.01", 5, "",
-           "zolt: watching Conferencing:Audio\n"
-           "zolt: Conferencing:Audio: the time to watch is over\n"},
-          {"prefs watch --initial", 2, "", "zolt: --initial needs a SECTION\n"},
-          {"prefs watch --count 0", 2, "", "zolt: --count 0: is no number above 0\n"},
-          {"prefs watch --as-commands --json", 2, "", ""}});
+  Expect(
+      {{"prefs watch Audio --timeout 0.01", 5, "",
+        "zolt: watching Conferencing:Audio\n"
+        "zolt: Conferencing:Audio: the time to watch is over\n"},
+       {"prefs watch Audio Audoi Nowhere --timeout 0.01", 5, "",
+        "zolt: Audoi does not exist yet; did you mean Conferencing:Audio?\n"
+        "zolt: watching Conferencing:Audio, Audoi, Nowhere\n"
+        "zolt: Conferencing:Audio, Audoi, Nowhere: the time to watch is over\n"},
+       {"prefs wait Audoi V 1 --timeout 0.01", 5, "",
+        "zolt: Audoi does not exist yet; did you mean Conferencing:Audio?\n"
+        "zolt: Audoi V: is not 1 in time\n"},
+       {"-q prefs watch Audoi --timeout 0.01", 5, "", "zolt: Audoi: the time to watch is over\n"},
+       {"prefs watch --initial", 2, "", "zolt: --initial needs a SECTION\n"},
+       {"prefs watch --count 0", 2, "", "zolt: --count 0: is no number above 0\n"},
+       {"prefs watch --as-commands --json", 2, "", ""}});
   Set({"Audio", "V", "1"});
   std::string const initial = "-q prefs watch Audio --initial";
   EXPECT_EQ(Run(initial, {.output = ToolOutput::fullDevice}).code, 3);

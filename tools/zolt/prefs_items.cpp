@@ -166,7 +166,7 @@ int Items(Call const &call) {
   if (!call.settings.dryRun && !update.sections.empty()) {
     SayWhoseStore(call.settings, level);
     SectionPath const *const paths[] = {&list.path};
-    SayNewSections(paths, call.settings);
+    SayMissingSections(paths, kIsNew, call.settings);
     update = WriteUpdate(level, paths, look);
   }
   return ReportUpdate(update, level, call);

@@ -126,7 +126,7 @@ int LoadText(PreferenceText text, Call const &call) {
     if (call.settings.dryRun || !update.any()) return ReportUpdate(update, level, call);
     agreement.Ask(update);
     if (!said) SayWhoseStore(call.settings, level);
-    if (!said) SayNewSections(PathsOf(update), call.settings);
+    if (!said) SayMissingSections(PathsOf(update), kIsNew, call.settings);
     try {
       Progress progress(call.settings, "writing");
       update = Write(&text, std::move(update), agreement, &progress);

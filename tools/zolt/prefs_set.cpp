@@ -129,7 +129,7 @@ int Set(Call const &call) {
   if (!call.settings.dryRun && std::ranges::any_of(changes, &Change::changes)) {
     SayWhoseStore(call.settings, level);
     SectionPath const *const paths[] = {&plan.path};
-    SayNewSections(paths, call.settings);
+    SayMissingSections(paths, kIsNew, call.settings);
     changes = ChangeAtOnce(level, plan.path, plan.names, decide);
   }
   return ReportChanges(plan.path, changes, call.settings, call.out);

@@ -73,6 +73,8 @@ int Wait(Call const &call) {
                            type, ParseValue(type, call.operands[2]), ReadLevels(call.settings)};
   Deadline const deadline = DeadlineFrom(arguments);
   PrepareLibrary(arguments, call.settings);
+  SectionPath const *const paths[] = {&awaited.path};
+  SayMissingSections(paths, kIsMissing, call.settings);
   WaitUntilItHolds(awaited, deadline);
   return kDone;
 }

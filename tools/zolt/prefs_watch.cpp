@@ -62,6 +62,7 @@ class Watch {
     Deadline const deadline = DeadlineFrom(arguments);
     PrepareLibrary(arguments, call_.settings);
     Listener listener;
+    SayMissing();
     Say("watching " + Subjects());
     if (initial) WriteInitial();
     while (!Done()) {
@@ -84,6 +85,16 @@ class Watch {
   void Say(std::string const &text) const {
     bool const chatter = !call_.settings.quiet && !call_.settings.json;
     if (chatter) WriteError("zolt: " + Escape(text));
+  }
+
+  void SayMissing() const {
+    std::vector<SectionPath const *> paths;
+    for (SectionPath const &path : paths_) paths.push_back(&path);
+    try {
+      SayMissingSections(paths, kIsMissing, call_.settings);
+    } catch (ToolError const &) {
+      // It is only a hint: what cannot be read now can be heard of all the same.
+    }
   }
 
   [[noreturn]] void EndWithout(Deadline deadline) const {

@@ -132,13 +132,15 @@ void FailWithoutSection(std::vector<Level const *> const &levels, SectionPath co
   throw ToolError(kNo, "absent", path.Text(), "no such section", NearSection(levels, path));
 }
 
-void SayNewSections(std::span<SectionPath const *const> paths, Settings const &settings) {
+void SayMissingSections(std::span<SectionPath const *const> paths, char const *is,
+                        Settings const &settings) {
   if (settings.quiet || settings.json) return;
   std::vector<Level const *> const levels = Chain(*settings.level);
   for (SectionPath const *const path : paths) {
     if (Exists(*path, OpenAlong(levels, *path))) continue;
     std::string const near = NearSection(levels, *path);
-    if (!near.empty()) WriteError("zolt: " + Escape(path->Text() + " is a new section; " + near));
+    if (near.empty()) continue;
+    WriteError("zolt: " + Escape(path->Text() + " " + is + "; " + near));
   }
 }
 

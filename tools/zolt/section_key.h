@@ -58,8 +58,11 @@ bool Exists(SectionPath const &path, std::vector<SectionKey> const &keys);
                                      SectionPath const &path);
 
 // Says, unless it is to be quiet, of each section that does not exist yet and has a name near to
-// one that does, that it is new: it may be a slip.
-void SayNewSections(std::span<SectionPath const *const> paths, Settings const &settings);
+// one that does, that it `is`, "is a new section" for instance: it may be a slip.
+void SayMissingSections(std::span<SectionPath const *const> paths, char const *is,
+                        Settings const &settings);
+inline constexpr char kIsNew[] = "is a new section";
+inline constexpr char kIsMissing[] = "does not exist yet";
 
 }  // namespace zolt::tool
 
