@@ -103,6 +103,25 @@ TEST_F(RolodexToolTest, CardsAreMadeNamedTaggedAndFound) {
   });
 }
 
+TEST_F(RolodexToolTest, VCardsOfEveryProfileAreExported) {
+  New({"Anna"});
+  struct {
+    char const *options;
+    int code;
+    char const *version;
+  } const rows[] = {{"--format vcard", 0, "VERSION:3.0"},
+                    {"--format vcard --profile 4.0", 0, "VERSION:4.0"},
+                    {"--format vcard --profile classic", 0, "FN;ENCODING"},
+                    {"--format vcard --profile 2.1", 2, ""},
+                    {"--profile 4.0", 2, ""}};
+  for (auto const &row : rows) {
+    SCOPED_TRACE(row.options);
+    EXPECT_EQ(Run("-q rolodex export " + Path("out") + " " + row.options).code, row.code);
+    if (row.code != 0) continue;
+    EXPECT_EQ(ContentOf(Path("out/id-1.vcf")).substr(13).find(row.version), 0U);
+  }
+}
+
 TEST_F(RolodexToolTest, ASecondImportAddsNothingAndAnExportTouchesNothingThatIsTheSame) {
   std::filesystem::create_directory(Path("in"));
   for (char const *name : {"a", "b"}) {

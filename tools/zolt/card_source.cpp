@@ -84,6 +84,15 @@ void SaveCardAs(CallCard *card, int32_t format, std::string const &path, uint32_
   if (failed != 0) throw FileFailure(path);
 }
 
+VCardProfile ProfileOption(Arguments const &arguments) {
+  if (!arguments.Has(OptionId::profile)) return VCard3;
+  std::string_view const word = arguments.Value(OptionId::profile);
+  if (word == "classic") return VCardClassic;
+  if (word == "3.0") return VCard3;
+  if (word == "4.0") return VCard4;
+  Refuse("--profile " + std::string(word), "no such profile", "it is classic, 3.0 or 4.0");
+}
+
 void SaveVCard(CallCard *card, VCardProfile profile, std::string const &path, uint32_t wait) {
   int32_t const failed = TryWithin(wait, [&] {
     return ExportVCardAs(card, path.c_str(), profile, card->GetKey()) == 0 ? -1 : 0;

@@ -38,6 +38,8 @@ void NeedSectionNames(Call const &call);
 // Saves a card under another name; an old file there goes, with what it has. One that another
 // program has open is waited for, `wait` milliseconds.
 void SaveCardAs(CallCard *card, int32_t format, std::string const &path, uint32_t wait = 0);
+// What --profile says; 3.0 if it is not given. Throws a usage error.
+VCardProfile ProfileOption(Arguments const &arguments);
 // Writes it as a vCard, in the same way.
 void SaveVCard(CallCard *card, VCardProfile profile, std::string const &path, uint32_t wait = 0);
 

@@ -10,15 +10,6 @@ namespace zolt::tool {
 
 namespace {
 
-VCardProfile ProfileFrom(Arguments const &arguments) {
-  if (!arguments.Has(OptionId::profile)) return VCard3;
-  std::string_view const word = arguments.Value(OptionId::profile);
-  if (word == "classic") return VCardClassic;
-  if (word == "3.0") return VCard3;
-  if (word == "4.0") return VCard4;
-  Refuse("--profile " + std::string(word), "no such profile", "it is classic, 3.0 or 4.0");
-}
-
 // Nothing of it is left in the file system, whatever becomes of the one who reads it.
 std::string TextOf(CallCard *card, VCardProfile profile) {
   ScratchFolder const scratch;
@@ -27,7 +18,7 @@ std::string TextOf(CallCard *card, VCardProfile profile) {
 }
 
 int VCard(Call const &call) {
-  VCardProfile const profile = ProfileFrom(call.arguments);
+  VCardProfile const profile = ProfileOption(call.arguments);
   std::string const file(call.arguments.Value(OptionId::output));
   if (call.arguments.Has(OptionId::output) && file.empty()) Refuse("-o", "names no file");
   std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);

@@ -64,9 +64,10 @@ void ConfirmLosses(Book *book, Settings const &settings) {
 }
 
 // The bytes that the library writes for a card.
-std::string BytesOf(CallCard *card, Form const &form, std::string const &scratch) {
+std::string BytesOf(CallCard *card, Form const &form, VCardProfile profile,
+                    std::string const &scratch) {
   if (form.format == CardFormatNone) {
-    SaveVCard(card, VCard3, scratch);
+    SaveVCard(card, profile, scratch);
   } else {
     SaveCardAs(card, form.format, scratch);
   }
@@ -75,6 +76,10 @@ std::string BytesOf(CallCard *card, Form const &form, std::string const &scratch
 
 int Export(Call const &call) {
   Form const &form = FormFrom(call.arguments);
+  VCardProfile const profile = ProfileOption(call.arguments);
+  if (call.arguments.Has(OptionId::profile) && form.format != CardFormatNone) {
+    Refuse("", "--profile goes with --format vcard");
+  }
   std::string const folder(call.operands[0]);
   if (form.format == CardFormatText) NeedSectionNames(call);
   Book book(call, Book::Access::read);
@@ -93,7 +98,7 @@ int Export(Call const &call) {
     if (KeyOf(*card).empty() && form.format == CardFormatBinary) card->SetKey(none);
     std::string const name = NameOfFile(*card, id, form.ending, kept);
     std::string const path = fs::path(folder) / name;
-    std::string const bytes = BytesOf(card.get(), form, scratch.File("card"));
+    std::string const bytes = BytesOf(card.get(), form, profile, scratch.File("card"));
     kept.insert(name);
     if (IsThere(path) && ReadInput(path) == bytes) {
       same++;
@@ -137,17 +142,18 @@ Verb const kRolodexExport = {
     .name = "export",
     .operands = "DIR",
     .summary = "a file for each card",
-    .options = {OptionId::file, OptionId::format, OptionId::prune},
+    .options = {OptionId::file, OptionId::format, OptionId::profile, OptionId::prune},
     .least = 1,
     .most = 1,
     .run = Export,
     .description =
         "Writes a file for each card into a folder, named for its key or else its number: card\n"
-        "files, or with --format text or vcard; cards that share a key are numbered. A file that "
-        "would be the same is not touched.\n"
-        "With --prune files of that form which no card has are removed, which needs a yes.",
+        "files, or with --format text or vcard, of which --profile says the version; cards that\n"
+        "share a key are numbered. A file that would be the same is not touched. With --prune\n"
+        "files of that form which no card has are removed, which needs a yes.",
     .examples =
-        "  zolt rolodex export cards/\n  zolt rolodex export vcards/ --format vcard --prune\n",
+        "  zolt rolodex export cards/\n"
+        "  zolt rolodex export vcards/ --format vcard --profile 4.0 --prune\n",
 };
 
 }  // namespace zolt::tool
