@@ -12,6 +12,7 @@ zolt -q card new anna.card
 zolt -q card set anna.card FN "Anna Bell" ORG Northwind
 zolt -q rolodex create
 zolt -q rolodex add anna.card > /dev/null
+zolt -q prefs set Conferencing:Mine 'a"b$c' 1 "it's" 2
 
 in_bash() {
   bash --norc -c 'source <(zolt completion bash); COMP_LINE=$1; COMP_POINT=${#1}; _zolt; printf "%s\n" "${COMPREPLY[@]}"' bash "$1"
@@ -33,10 +34,18 @@ expect 'shared-user|shared-system' in_bash 'zolt -L sh'
 expect '--default' in_bash 'zolt prefs get --de'
 expect 'FN' in_bash 'zolt card get anna.card F'
 expect 'Anna\ Bell' in_bash 'zolt rolodex get A'
+expect 'Ring tone' in_bash 'zolt prefs get Audio "Ring t'
+expect 'Conferencing:Mine|Conferencing:Mine:Below' in_bash 'zolt prefs list "Conferencing:Mi'
+expect 'Conferencing:Mine|Conferencing:Mine:Below' in_bash "zolt prefs list 'Conferencing:Mi"
+expect 'a\"b\$c' in_bash 'zolt prefs get "Conferencing:Mine" "a'
+expect "it'\\''s" in_bash "zolt prefs get 'Conferencing:Mine' 'it"
 expect '' in_bash 'zolt card show an'
 expect '' in_bash 'zolt no such thing'
 expect 'Ring tone|Volume' in_fish 'zolt prefs get Audio '
 expect 'Conferencing:Mine|Conferencing:Mine:Below' in_fish 'zolt prefs list Conferencing:Mi'
+expect 'Ring tone' in_fish 'zolt prefs get Audio "Ring t'
+expect 'Ring tone' in_fish 'zolt prefs get Audio Ring\ t'
+expect 'Conferencing:Mine|Conferencing:Mine:Below' in_fish "zolt prefs list 'Conferencing:Mi"
 expect 'anna.card' in_fish 'zolt card show an'
 expect 'Anna Bell' in_fish 'zolt rolodex get An'
 exit $failed

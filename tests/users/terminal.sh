@@ -9,6 +9,7 @@ trap 'close; rm -rf "$work"' EXIT
 export ZOLT_HOME=$work/home HOME=$work
 unset TMUX
 zolt -q prefs set Audio Volume 70 "Ring tone" classic
+zolt -q prefs set "Mine: Sub" Volume 71
 
 terminal() { tmux -S "$socket" "$@"; }
 shows() { terminal capture-pane -p "${@}"; }
@@ -32,6 +33,8 @@ type_until 'Volume     70       text  user' 'zolt prefs list Audio' Enter
 type_until 'Ring tone  classic  text  user' ''
 type_until '70' 'zolt prefs get Aud' Tab 'V' Tab Enter
 type_until 'classic' 'zolt prefs get Audio Ri' Tab Enter
+# Within quotes that are still open.
+type_until '71' 'clear; zolt prefs get "Mine: S' Tab "'V" Tab Enter
 
 # A question, and both answers.
 zolt prefs dump Audio > "$work/settings"
@@ -71,4 +74,5 @@ type_until 'ended with 130' C-c
 open_shell zsh -f
 type_until 'ready' "PS1=; autoload compinit; compinit -D -u; source <(zolt completion zsh); clear; echo re''ady" Enter
 type_until '75' 'zolt prefs get Aud' Tab 'V' Tab Enter
+type_until '71' 'clear; zolt prefs get "Mine: S' Tab "'V" Tab Enter
 type_until 'watch  each change as it comes, from any program' 'zolt prefs wa' Tab

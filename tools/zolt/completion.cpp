@@ -15,21 +15,41 @@ struct Shell {
   std::string_view script;
 };
 
-// bash parts words at colons, of which sections are full: so the line is parted again, and what
-// stands before the last colon is left out of what is offered.
+// bash parts words at colons, of which sections are full, and does not take its quotes off: so the
+// line is parted again. Outside of quotes what stands before the last colon is left out of what is
+// offered; within them it is all offered, as those quotes need it.
 constexpr Shell kShells[] = {
     {"bash", R"script(# Completions of zolt for bash: source <(zolt completion bash)
 _zolt() {
   local -a words found
-  local IFS=$' \t\n' line=${COMP_LINE:0:COMP_POINT} cut= word
-  read -a words <<< "$line"
-  [[ $line == *[[:space:]] ]] && words+=("")
-  [[ ${words[-1]} == *:* && $COMP_WORDBREAKS == *:* ]] && cut=${words[-1]%:*}:
+  local line=${COMP_LINE:0:COMP_POINT} quote= word= begun= cut= c i
+  for ((i = 0; i < ${#line}; i++)); do
+    c=${line:i:1}
+    if [[ $c == "$quote" ]]; then
+      quote=
+    elif [[ $c == \\ && $quote != \' && ( -z $quote || ${line:i+1:1} == [\"\\\$\`] ) ]]; then
+      word+=${line:++i:1} begun=1
+    elif [[ -z $quote && $c == [\"\'] ]]; then
+      quote=$c begun=1
+    elif [[ -z $quote && $c == [[:space:]] ]]; then
+      [[ $begun ]] && words+=("$word")
+      word= begun=
+    else
+      word+=$c begun=1
+    fi
+  done
+  words+=("$word")
+  [[ -z $quote && $word == *:* && $COMP_WORDBREAKS == *:* ]] && cut=${word%:*}:
   mapfile -t found < <(zolt completion words -- "${words[@]:1}" 2> /dev/null)
   COMPREPLY=()
   for word in "${found[@]}"; do
     word=${word%%$'\t'*}
-    COMPREPLY+=("$(printf %q "${word#"$cut"}")")
+    case $quote in
+      \') word=${word//\'/\'\\\'\'} ;;
+      \") [[ $word != *[\\\"\$\`]* ]] || word=$(sed 's/[\\"$`]/\\&/g' <<< "$word") ;;
+      *) printf -v word %q "${word#"$cut"}" ;;
+    esac
+    COMPREPLY+=("$word")
   done
 }
 complete -o default -F _zolt zolt
@@ -39,7 +59,7 @@ complete -o default -F _zolt zolt
 _zolt() {
   local -a found names notes
   local each tab=$'\t'
-  found=(${(f)"$(zolt completion words -- "${(@Q)words[2,CURRENT]}" 2> /dev/null)"})
+  found=(${(f)"$(zolt completion words -- "${(@Q)words[2,CURRENT-1]}" "${(Q)PREFIX}" 2> /dev/null)"})
   (( $#found )) || { _files; return }
   for each in $found; do
     names+=("${each%%$tab*}")
@@ -51,8 +71,14 @@ compdef _zolt zolt
 )script"},
     {"fish", R"script(# Completions of zolt for fish: zolt completion fish | source
 function __zolt_complete
-    set -l words (commandline -opc) (commandline -ct)
-    set -l found (zolt completion words -- $words[2..] 2> /dev/null)
+    set -l words (commandline -opc)
+    set -l word (commandline -ct)
+    if string match -qr '^["\']' -- $word
+        set word (string sub -s 2 -- $word) # a quote that is still open
+    else
+        set word (string unescape -- $word)
+    end
+    set -l found (zolt completion words -- $words[2..] "$word" 2> /dev/null)
     if test (count $found) -gt 0
         printf '%s\n' $found
     else
