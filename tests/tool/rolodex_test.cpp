@@ -103,6 +103,32 @@ TEST_F(RolodexToolTest, CardsAreMadeNamedTaggedAndFound) {
   });
 }
 
+TEST_F(RolodexToolTest, ACategoryIsTakenByItsName) {
+  for (char const *name : {"Anna", "Ben"}) New({name});
+  for (char const *words :
+       {"3 Friends", "4 friends", "5 Family", "6 Old,New", "7 Team", "8 TEAM", "9 12", "10 n"}) {
+    EXPECT_EQ(Run(std::string("-q rolodex category ") + words).code, 0) << words;
+  }
+  Expect({
+      {"rolodex tag 1 +Friends,family,7", 0, "", "card 1 Anna: in 3,5,7\n"},
+      {"rolodex tag 1 -Family -Friends", 0, "", "card 1 Anna: in 7\n"},
+      {"rolodex tag 2 +Old,New +12 +n", 0, "", "card 2 Ben: in 6,10,12\n"},
+      {"rolodex tag 2 -friends -- -n", 0, "", "card 2 Ben: in 6,12\n"},
+      {"rolodex tag -fnone 2 +3", 1, "",
+       "zolt: fnone: no such category; zolt rolodex info lists those with a name\n"},
+      {"rolodex list --category old,new", 0, "2\tBen\t\t\t6,12\n", ""},
+      {"rolodex list --category Old,New,Team", 1, "",
+       "zolt: Old: no such category; zolt rolodex info lists those with a name\n"},
+      {"rolodex list --category Famly", 1, "",
+       "zolt: Famly: no such category; did you mean Family?\n"},
+      {"rolodex list --category team", 1, "",
+       "zolt: team: 2 categories are so named; say which one by its number: 7,8\n"},
+      {"rolodex tag 1 +128", 2, "",
+       "zolt: 128: is no number of a category; they are from 0 to 127\n"},
+      {"rolodex list --category 3,", 0, "", ""},
+  });
+}
+
 TEST_F(RolodexToolTest, VCardsOfEveryProfileAreExported) {
   New({"Anna"});
   struct {

@@ -12,6 +12,7 @@ zolt -q card new anna.card
 zolt -q card set anna.card FN "Anna Bell" ORG Northwind
 zolt -q rolodex create
 zolt -q rolodex add anna.card > /dev/null
+zolt -q rolodex category 3 Friends
 zolt -q prefs set Conferencing:Mine 'a"b$c' 1 "it's" 2
 
 in_bash() {
@@ -34,6 +35,8 @@ expect 'shared-user|shared-system' in_bash 'zolt -L sh'
 expect '--default' in_bash 'zolt prefs get --de'
 expect 'FN' in_bash 'zolt card get anna.card F'
 expect 'Anna\ Bell' in_bash 'zolt rolodex get A'
+expect '+Friends' in_bash 'zolt rolodex tag 1 +F'
+expect '-Friends' in_bash 'zolt rolodex tag 1 -F'
 expect 'Ring tone' in_bash 'zolt prefs get Audio "Ring t'
 expect 'Conferencing:Mine|Conferencing:Mine:Below' in_bash 'zolt prefs list "Conferencing:Mi'
 expect 'Conferencing:Mine|Conferencing:Mine:Below' in_bash "zolt prefs list 'Conferencing:Mi"
@@ -46,6 +49,7 @@ expect 'Conferencing:Mine|Conferencing:Mine:Below' in_fish 'zolt prefs list Conf
 expect 'Ring tone' in_fish 'zolt prefs get Audio "Ring t'
 expect 'Ring tone' in_fish 'zolt prefs get Audio Ring\ t'
 expect 'Conferencing:Mine|Conferencing:Mine:Below' in_fish "zolt prefs list 'Conferencing:Mi"
+expect 'Friends' in_fish 'zolt rolodex list --category F'
 expect 'anna.card' in_fish 'zolt card show an'
 expect 'Anna Bell' in_fish 'zolt rolodex get An'
 exit $failed

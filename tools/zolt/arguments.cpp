@@ -5,6 +5,7 @@
 #include "tools/zolt/errors.h"
 #include "tools/zolt/near_name.h"
 #include "tools/zolt/utf8.h"
+#include "tools/zolt/verbs.h"
 
 namespace zolt::tool {
 
@@ -42,7 +43,8 @@ Arguments::Arguments(std::span<char const *const> words) {
                        words.end());
       return;
     }
-    if (IsOperand(word)) {
+    bool const signedName = word.size() > 2 && word[1] != '-' && TakesSignedNames();
+    if (IsOperand(word) || signedName) {
       operands_.push_back(word);
       at++;
     } else {
@@ -50,6 +52,11 @@ Arguments::Arguments(std::span<char const *const> words) {
       at += word.starts_with("--") ? TakeLong(rest) : TakeShort(rest);
     }
   }
+}
+
+bool Arguments::TakesSignedNames() const {
+  Verb const *const verb = operands_.size() < 2 ? nullptr : FindVerb(operands_[0], operands_[1]);
+  return verb != nullptr && verb->signedNames;
 }
 
 void Arguments::Take(Option const &option, std::string_view value) {

@@ -15,9 +15,9 @@ namespace zolt::tool {
 // The words of a command line, parted into options and operands.
 //
 // Options may stand anywhere before "--": -L user, -Luser, -qL user, --wait=3, --wait 3. A lone
-// dash, and a dash followed by a digit, begin an operand. Of an option that is given twice the
-// last one counts, but for those of which a verb takes several. The words must live as long as
-// this.
+// dash, and a dash followed by a digit, begin an operand; so does a dash before several letters
+// where the verb takes names behind a sign. Of an option that is given twice the last one counts,
+// but for those of which a verb takes several. The words must live as long as this.
 class Arguments {
  public:
   // `words` without the program's name. Throws a usage error.
@@ -31,6 +31,7 @@ class Arguments {
   std::span<std::string_view const> operands() const { return operands_; }
 
  private:
+  bool TakesSignedNames() const;
   void Take(Option const &option, std::string_view value);
   size_t TakeLong(std::span<char const *const> rest);
   size_t TakeShort(std::span<char const *const> rest);

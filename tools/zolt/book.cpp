@@ -12,6 +12,7 @@
 #include <system_error>
 
 #include "tools/zolt/errors.h"
+#include "tools/zolt/near_name.h"
 #include "tools/zolt/progress.h"
 #include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/text.h"
@@ -26,6 +27,7 @@ constexpr int kDeniedFailure = 1;
 constexpr int kDamagedFailure = 4;
 constexpr size_t kNameSize = 32;
 constexpr size_t kListSize = 129;
+constexpr uint8_t kCategories = 128;
 
 std::optional<uint32_t> Number(std::string_view text) {
   uint32_t number = 0;
@@ -136,8 +138,8 @@ CardHead Book::Head(uint32_t id) {
   rolodex_.GetCardCategories(id, list);
   CardHead head{id, {names[0], names[1], names[2]}, {}};
   if (list[0] == 255) {
-    for (int category = 0; category < 128; category++)
-      head.categories.push_back(static_cast<uint8_t>(category));
+    for (uint8_t category = 0; category < kCategories; category++)
+      head.categories.push_back(category);
   } else {
     head.categories.assign(list + 1, list + 1 + list[0]);
   }
@@ -202,6 +204,54 @@ uint32_t Book::FindOne(std::string_view operand) {
   return Find(operand).front();
 }
 
+std::vector<std::pair<uint8_t, std::string>> Book::CategoryNames() {
+  std::vector<std::pair<uint8_t, std::string>> names;
+  for (uint8_t category = 0; category < kCategories; category++) {
+    CategoryInfo const &info = *rolodex_.GetCategoryInfo(category);
+    std::string const name(info.text, strnlen(info.text, sizeof info.text));
+    if (!name.empty()) names.emplace_back(category, ToUtf8(name));
+  }
+  return names;
+}
+
+// Those of exactly that name, else those of it in another case.
+std::vector<uint8_t> Book::CategoriesNamed(std::string_view name) {
+  std::vector<uint8_t> exact;
+  std::vector<uint8_t> folded;
+  for (auto const &[category, each] : CategoryNames()) {
+    if (each == name) exact.push_back(category);
+    if (SameName(each, name)) folded.push_back(category);
+  }
+  return exact.empty() ? folded : exact;
+}
+
+uint8_t Book::CategoryFrom(std::string_view word) {
+  if (word.empty() || Number(word)) return CategoryNumber(word);
+  std::vector<uint8_t> const named = CategoriesNamed(word);
+  if (named.size() == 1) return named.front();
+  if (!named.empty()) {
+    throw ToolError(kNo, "several", std::string(word),
+                    std::to_string(named.size()) + " categories are so named",
+                    "say which one by its number: " + CategoriesText(named));
+  }
+  std::vector<std::string> names;
+  for (auto const &[category, name] : CategoryNames()) names.push_back(name);
+  std::string const near = DidYouMean(word, names);
+  throw ToolError(kNo, "absent", std::string(word), "no such category",
+                  near.empty() ? "zolt rolodex info lists those with a name" : near);
+}
+
+std::vector<uint8_t> Book::CategoriesFrom(std::string_view text) {
+  if (CategoriesNamed(text).size() == 1) return {CategoryFrom(text)};
+  std::vector<uint8_t> categories;
+  do {
+    size_t const end = std::min(text.find(','), text.size());
+    categories.push_back(CategoryFrom(text.substr(0, end)));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  } while (!text.empty());
+  return categories;
+}
+
 void Book::FailWithSeveral(std::string_view operand, std::vector<uint32_t> const &ids) {
   if (!call_.settings.json) {
     for (uint32_t const id : ids) {
@@ -222,18 +272,12 @@ std::string CategoriesText(std::vector<uint8_t> const &categories) {
   return text;
 }
 
-std::vector<uint8_t> CategoriesFrom(std::string_view text) {
-  std::vector<uint8_t> categories;
-  while (!text.empty()) {
-    size_t const end = std::min(text.find(','), text.size());
-    std::optional<uint32_t> const number = Number(text.substr(0, end));
-    if (!number || *number > 127) {
-      Refuse(std::string(text.substr(0, end)), "is no category", "they are numbers from 0 to 127");
-    }
-    categories.push_back(static_cast<uint8_t>(*number));
-    text.remove_prefix(std::min(end + 1, text.size()));
+uint8_t CategoryNumber(std::string_view text) {
+  std::optional<uint32_t> const number = Number(text);
+  if (!number || *number >= kCategories) {
+    Refuse(std::string(text), "is no number of a category", "they are from 0 to 127");
   }
-  return categories;
+  return static_cast<uint8_t>(*number);
 }
 
 std::vector<unsigned char> CategoryListOf(std::vector<uint8_t> const &categories) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tools/zolt/book_file.h"
@@ -36,6 +37,12 @@ class Book {
   std::string const &path() const { return path_; }
   Rolodex &rolodex() { return rolodex_; }
 
+  // The categories that have a name, in UTF-8.
+  std::vector<std::pair<uint8_t, std::string>> CategoryNames();
+  // "0,Friends,17", or one name with commas in it. Throws for what is neither a number from 0 to
+  // 127 nor the name of one category.
+  std::vector<uint8_t> CategoriesFrom(std::string_view text);
+
   // Throws if the last operation on the database failed.
   void CheckDone() const;
   // To be called after the last change. Throws if it fails.
@@ -60,6 +67,8 @@ class Book {
   void TellNewPieces(std::vector<std::string> const &known);
   std::vector<uint32_t> Named(std::string_view text);
   std::vector<uint32_t> Keyed(std::string_view key);
+  std::vector<uint8_t> CategoriesNamed(std::string_view name);
+  uint8_t CategoryFrom(std::string_view word);
   [[noreturn]] void FailWithSeveral(std::string_view operand, std::vector<uint32_t> const &ids);
 
   Call const &call_;
@@ -67,9 +76,10 @@ class Book {
   Rolodex rolodex_;
 };
 
-// "0,3,17" and back; throws a usage error.
+// "0,3,17"
 std::string CategoriesText(std::vector<uint8_t> const &categories);
-std::vector<uint8_t> CategoriesFrom(std::string_view text);
+// Throws a usage error for what is no number from 0 to 127.
+uint8_t CategoryNumber(std::string_view text);
 // As the database takes them; each counts once.
 std::vector<unsigned char> CategoryListOf(std::vector<uint8_t> const &categories);
 

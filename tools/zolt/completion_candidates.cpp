@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cctype>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <set>
 
@@ -105,6 +106,14 @@ Candidates PropertyNames(Call const &call) {
   return names;
 }
 
+Candidates CategoryNames(Call const &call, std::string_view sign) {
+  Candidates names;
+  Book book(call, Book::Access::read);
+  for (auto const &[category, name] : book.CategoryNames())
+    names.push_back({std::string(sign) + name, {}});
+  return names;
+}
+
 Candidates CardNames(Call const &call, std::string_view begin) {
   Candidates names;
   Book book(call, Book::Access::read);
@@ -142,6 +151,10 @@ Candidates Operands(Verb const &verb, Call const &call, std::string_view begin) 
     constexpr std::string_view kVerbs[] = {"list", "get", "set", "unset"};
     return FromWords(kVerbs);
   }
+  if (verb.signedNames) {
+    bool const isSigned = begin.starts_with('+') || begin.starts_with('-');
+    return isSigned ? CategoryNames(call, begin.substr(0, 1)) : CardNames(call, begin);
+  }
   bool const ofCard = verb.name == "prefs" && call.operands.size() == 2;
   if (name == "SECTION" || ofCard) return Sections();
   if (name == "SHELL") {
@@ -167,7 +180,9 @@ Candidates Unfiltered(std::span<std::string_view const> words, Output &out) {
     valued = isLong ? FindOption(word.substr(2)) : FindOption(word.back());
     if (valued != nullptr && valued->value.empty()) valued = nullptr;
   }
-  if (before.size() > 2 && valued != nullptr) return OptionValues(valued->id);
+  bool const ofCategory = valued != nullptr && valued->id == OptionId::category;
+  if (before.size() > 2 && valued != nullptr && !ofCategory) return OptionValues(valued->id);
+  if (ofCategory) before.pop_back();
   std::vector<char const *> pointers;
   pointers.reserve(before.size());
   for (std::string const &word : before) pointers.push_back(word.c_str());
@@ -176,7 +191,9 @@ Candidates Unfiltered(std::span<std::string_view const> words, Output &out) {
   if (!operands.empty() && operands[0] == "help") operands = operands.subspan(1);
   Verb const *verb = operands.empty() ? nullptr : FindVerb(operands[0], "");
   if (verb == nullptr && operands.size() > 1) verb = FindVerb(operands[0], operands[1]);
-  if (last.starts_with('-') && !dashed) return OptionNames(verb);
+  bool const isOption = last.starts_with('-') && !dashed && !ofCategory;
+  bool const maybeName = verb != nullptr && verb->signedNames && !last.starts_with("--");
+  if (isOption && !maybeName) return OptionNames(verb);
   if (operands.empty()) {
     Candidates commands = Commands("");
     commands.push_back({"help", "what a group or a verb does"});
@@ -186,7 +203,10 @@ Candidates Unfiltered(std::span<std::string_view const> words, Output &out) {
   Settings const settings(arguments);
   PrepareLibrary(arguments, settings);
   Call const call = {arguments, settings, operands.subspan(verb->name.empty() ? 1 : 2), out};
-  return Operands(*verb, call, last);
+  if (ofCategory) return CategoryNames(call, "");
+  Candidates candidates = Operands(*verb, call, last);
+  if (isOption) std::ranges::move(OptionNames(verb), std::back_inserter(candidates));
+  return candidates;
 }
 
 }  // namespace

@@ -72,7 +72,7 @@ constexpr std::array kOptions = {
     Option{OptionId::file, 'f', "file", "FILE", false, "the book"},
     Option{OptionId::first, 0, "first", "", false, "of several cards the first"},
     Option{OptionId::all, 0, "all", "", false, "all cards that are so named"},
-    Option{OptionId::category, 0, "category", "N", false,
+    Option{OptionId::category, 0, "category", "CATEGORY", false,
            "cards in this category; may be given several times"},
     Option{OptionId::email, 0, "email", "ADDRESS", false, "an e-mail address; several times"},
     Option{OptionId::tel, 0, "tel", "NUMBER", false, "a telephone number; several times"},

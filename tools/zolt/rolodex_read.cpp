@@ -33,20 +33,17 @@ int Info(Call const &call) {
   table.Add({"file", book.path()});
   table.Add({"cards", std::to_string(cards)});
   table.Add({"size", std::to_string(status.st_size)});
-  for (uint32_t i = 0; i < 128; i++) {
-    CategoryInfo const &info = *book.rolodex().GetCategoryInfo(i);
-    std::string const name(info.text, strnlen(info.text, sizeof info.text));
-    if (!name.empty()) table.Add({"category " + std::to_string(i), ToUtf8(name)});
-  }
+  for (auto const &[category, name] : book.CategoryNames())
+    table.Add({"category " + std::to_string(category), name});
   table.Finish();
   return kDone;
 }
 
 int List(Call const &call) {
+  Book book(call, Book::Access::read);
   std::vector<uint8_t> required;
   for (std::string_view const word : call.arguments.Values(OptionId::category))
-    for (uint8_t const category : CategoriesFrom(word)) required.push_back(category);
-  Book book(call, Book::Access::read);
+    for (uint8_t const category : book.CategoriesFrom(word)) required.push_back(category);
   WriteHeads(&book, book.Ids(required), call);
   return kDone;
 }
@@ -228,8 +225,8 @@ Verb const kRolodexList = {
     .run = List,
     .description =
         "Lists number, three names and categories of each card, or of those that are in all\n"
-        "categories given.",
-    .examples = "  zolt rolodex list\n  zolt rolodex list --category 3 --category 7\n",
+        "categories given, by their numbers or the names that rolodex category gave them.",
+    .examples = "  zolt rolodex list\n  zolt rolodex list --category Friends --category 7\n",
 };
 
 Verb const kRolodexGet = {

@@ -9,6 +9,7 @@
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/help.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/text.h"
 
@@ -134,10 +135,9 @@ int Rename(Call const &call) {
   return CodeOfChange(call, changes);
 }
 
-// "+3" or "-3".
+// "+3", "-Friends"
 bool IsTag(std::string_view operand) {
-  return operand.size() > 1 && (operand[0] == '+' || operand[0] == '-') && operand[1] >= '0' &&
-         operand[1] <= '9';
+  return operand.size() > 1 && (operand[0] == '+' || operand[0] == '-');
 }
 
 // Gives whether that changes the card.
@@ -159,22 +159,21 @@ bool TagCard(Book *book, uint32_t id, std::vector<uint8_t> const &add,
 }
 
 int Tag(Call const &call) {
-  std::vector<uint8_t> add;
-  std::vector<uint8_t> remove;
+  std::vector<std::string_view> tags;
   std::vector<std::string_view> cards;
-  for (std::string_view const operand : call.operands) {
-    if (!IsTag(operand)) {
-      cards.push_back(operand);
-      continue;
-    }
-    for (uint8_t const category : CategoriesFrom(operand.substr(1)))
-      (operand[0] == '+' ? add : remove).push_back(category);
-  }
-  if (cards.empty() || (add.empty() && remove.empty())) {
-    Refuse("", "rolodex tag takes cards and categories",
-           "usage: zolt rolodex tag CARD... [+N] [-N]");
+  for (std::string_view const operand : call.operands)
+    (IsTag(operand) ? tags : cards).push_back(operand);
+  if (cards.empty() || tags.empty()) {
+    Refuse("", "rolodex tag takes cards and categories", "usage: " + UsageOf(kRolodexTag));
   }
   Book book(call, Book::Access::write);
+  std::vector<uint8_t> add;
+  std::vector<uint8_t> remove;
+  for (std::string_view const tag : tags) {
+    std::vector<uint8_t> const named = book.CategoriesFrom(tag.substr(1));
+    std::vector<uint8_t> &list = tag[0] == '+' ? add : remove;
+    list.insert(list.end(), named.begin(), named.end());
+  }
   bool changes = false;
   for (std::string_view const card : cards)
     for (uint32_t const id : book.Find(card)) changes |= TagCard(&book, id, add, remove, call);
@@ -183,12 +182,11 @@ int Tag(Call const &call) {
 }
 
 int Category(Call const &call) {
-  std::vector<uint8_t> const numbers = CategoriesFrom(call.operands[0]);
-  if (numbers.size() != 1) Refuse(std::string(call.operands[0]), "is no category");
+  uint8_t const number = CategoryNumber(call.operands[0]);
   bool const writes = call.operands.size() > 1;
   std::string const name = writes ? ToLocal(call.operands[1]) : "";
   Book book(call, writes ? Book::Access::write : Book::Access::read);
-  CategoryInfo info = *book.rolodex().GetCategoryInfo(numbers[0]);
+  CategoryInfo info = *book.rolodex().GetCategoryInfo(number);
   if (!writes) {
     std::string const text(info.text, strnlen(info.text, sizeof info.text));
     if (text.empty()) throw ToolError(kNo, "absent", std::string(call.operands[0]), "has no name");
@@ -202,12 +200,12 @@ int Category(Call const &call) {
   std::memset(info.text, 0, sizeof info.text);
   name.copy(info.text, name.size());
   if (changes && !call.settings.dryRun) {
-    book.rolodex().SetCategoryInfo(numbers[0], &info);
+    book.rolodex().SetCategoryInfo(number, &info);
     book.CheckDone();
   }
   book.Close();
   if (!call.settings.quiet && !call.settings.json) {
-    WriteError("category " + std::to_string(numbers[0]) + ": " +
+    WriteError("category " + std::to_string(number) + ": " +
                (changes ? Done(call, "named") : "unchanged"));
   }
   return CodeOfChange(call, changes);
@@ -302,14 +300,22 @@ Verb const kRolodexRename = {
 Verb const kRolodexTag = {
     .group = "rolodex",
     .name = "tag",
-    .operands = "CARD... [+N] [-N]",
+    .operands = "CARD... [+CATEGORY] [-CATEGORY]",
     .summary = "put cards into categories and take them out",
     .options = {OptionId::file, OptionId::first, OptionId::all},
     .least = 2,
     .most = kAnyNumber,
     .run = Tag,
-    .description = "Categories are numbers from 0 to 127; several may stand behind one sign.",
-    .examples = "  zolt rolodex tag 12 +3 -7\n  zolt rolodex tag 'Anna Bell' +1,2\n",
+    .description =
+        "A category is a number from 0 to 127, or the name that rolodex category gave it; several\n"
+        "may stand behind one sign. An option of one letter stands alone here, as in -f FILE, and "
+        "a\n"
+        "name of one letter goes behind --. Ends with 1 for a name that no category has, or that\n"
+        "several have.",
+    .examples =
+        "  zolt rolodex tag 12 +3 -7\n"
+        "  zolt rolodex tag 'Anna Bell' +Friends,2 -Family\n",
+    .signedNames = true,
 };
 
 Verb const kRolodexCategory = {
@@ -321,8 +327,12 @@ Verb const kRolodexCategory = {
     .least = 1,
     .most = 2,
     .run = Category,
-    .description = "Prints the name of a category, or sets it; an empty one takes it away.",
-    .examples = "  zolt rolodex category 3 Friends\n",
+    .description =
+        "Prints the name of a category, or sets it; an empty one takes it away. rolodex tag and\n"
+        "rolodex list take the name in place of the number.",
+    .examples =
+        "  zolt rolodex category 3 Friends\n"
+        "  zolt rolodex list --category Friends\n",
 };
 
 }  // namespace zolt::tool

@@ -36,6 +36,7 @@ struct Verb {
   int (*run)(Call const &call);  // gives the exit code, or throws
   std::string_view description;
   std::string_view examples;
+  bool signedNames = false;  // takes operands such as -NAME
 };
 
 extern Verb const kPrefsGet;
