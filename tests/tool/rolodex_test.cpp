@@ -92,7 +92,7 @@ TEST_F(RolodexToolTest, CardsAreMadeNamedTaggedAndFound) {
       {"rolodex rename 2 Benjamin", 0, "", "card 2 Benjamin: renamed\n"},
       {"-n --exit-code rolodex rename 2 Benjamin", 0, "", "card 2 Benjamin: unchanged\n"},
       {"--json rolodex rename 2 Benjamin", 0,
-       R"({"schema":1,"id":2,"names":["Benjamin","","b@y.org"],"categories":[3,5]})"
+       R"({"schema":1,"id":2,"names":["Benjamin","","b@y.org"],"categories":[3,5],"changed":false})"
        "\n",
        ""},
       {"-n --exit-code rolodex new Dora", 1, "", ""},

@@ -39,6 +39,13 @@ TEST_F(ServicesTest, LinksAndMailGoToTheDesktopsPrograms) {
   EXPECT_TRUE(Heard("sendmail").starts_with("<-i><--><a@b>\nTo: a@b\nSubject: Hi\n"));
   EXPECT_EQ(Code({"mail", "a@b", "--from", "-"}, {.input = "line\n"}), 0);
   EXPECT_TRUE(Heard("sendmail").ends_with("\n\nline\n\n"));
+  for (auto const &[line, out] :
+       {std::pair("--json open x:y", R"({"schema":1,"url":"x:y","opened":true})"),
+        {"--json -n open x:y", R"({"schema":1,"url":"x:y","opened":false})"},
+        {"--json mail a@b", R"({"schema":1,"to":"a@b","sent":true})"},
+        {"--json -n mail a@b", R"({"schema":1,"to":"a@b","sent":false})"}}) {
+    EXPECT_EQ(RunTool(Words(line)).out, out + std::string("\n"));
+  }
   StandIn("xdg-open", "exit 4");
   EXPECT_EQ(Code({"open", "http://x"}), 3);
 }

@@ -207,8 +207,7 @@ uint32_t Book::FindOne(std::string_view operand) {
 std::vector<std::pair<uint8_t, std::string>> Book::CategoryNames() {
   std::vector<std::pair<uint8_t, std::string>> names;
   for (uint8_t category = 0; category < kCategories; category++) {
-    CategoryInfo const &info = *rolodex_.GetCategoryInfo(category);
-    std::string const name(info.text, strnlen(info.text, sizeof info.text));
+    std::string const name = NameOf(*rolodex_.GetCategoryInfo(category));
     if (!name.empty()) names.emplace_back(category, ToUtf8(name));
   }
   return names;
@@ -263,6 +262,10 @@ void Book::FailWithSeveral(std::string_view operand, std::vector<uint32_t> const
   throw ToolError(kNo, "several", std::string(operand),
                   std::to_string(ids.size()) + " cards are so named",
                   "say which one with id:N, or use --first or --all");
+}
+
+std::string NameOf(CategoryInfo const &info) {
+  return {info.text, strnlen(info.text, sizeof info.text)};
 }
 
 std::string CategoriesText(std::vector<uint8_t> const &categories) {

@@ -76,6 +76,8 @@ class Book {
   Rolodex rolodex_;
 };
 
+// The name of a category, "" if it has none; local text.
+std::string NameOf(CategoryInfo const &info);
 // "0,3,17"
 std::string CategoriesText(std::vector<uint8_t> const &categories);
 // Throws a usage error for what is no number from 0 to 127.

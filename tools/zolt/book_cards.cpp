@@ -150,14 +150,27 @@ bool Contains(std::string const &text, std::string const &part) {
   return Folded(text).find(Folded(part)) != std::string::npos;
 }
 
-std::string HeadDocument(CardHead const &head, std::vector<CardProperty> const *properties) {
+namespace {
+
+Json HeadObject(CardHead const &head) {
   Json document;
   document["schema"] = 1;
   document["id"] = head.id;
   document["names"] = {ToUtf8(head.names[0]), ToUtf8(head.names[1]), ToUtf8(head.names[2])};
   document["categories"] = head.categories;
-  if (properties != nullptr) document["properties"] = Json::parse(PropertiesDocument(*properties));
+  return document;
+}
+
+std::string TextOf(Json const &document) {
   return document.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+std::string CardInBookDocument(CardHead const &head, std::vector<CardProperty> const *properties) {
+  Json document = HeadObject(head);
+  if (properties != nullptr) document["properties"] = Json::parse(PropertiesDocument(*properties));
+  return TextOf(document);
 }
 
 void WriteHeads(Book *book, std::vector<uint32_t> const &ids, Call const &call) {
@@ -168,7 +181,7 @@ void WriteHeads(Book *book, std::vector<uint32_t> const &ids, Call const &call) 
     progress.Step();
     CardHead const head = book->Head(id);
     if (call.settings.json) {
-      documents += (documents.empty() ? "" : ",\n") + HeadDocument(head, nullptr);
+      documents += (documents.empty() ? "" : ",\n") + CardInBookDocument(head, nullptr);
       continue;
     }
     table.Add({std::to_string(id), ToUtf8(head.names[0]), ToUtf8(head.names[1]),
@@ -178,17 +191,27 @@ void WriteHeads(Book *book, std::vector<uint32_t> const &ids, Call const &call) 
   if (call.settings.json) call.out.Write("[" + documents + "]\n");
 }
 
-void SayOfCard(CardHead const &head, std::string const &what, Call const &call) {
-  if (call.settings.quiet || call.settings.json) return;
-  WriteError(Escape("card " + std::to_string(head.id) + " " + ToUtf8(head.names[0]) + ": " + what));
+void CardNews::Add(CardHead const &head, std::string const &what, bool changes) {
+  if (call_.settings.json) {
+    Json document = HeadObject(head);
+    document["changed"] = changes;
+    documents_ += (documents_.empty() ? "" : ",\n") + TextOf(document);
+  } else if (!call_.settings.quiet) {
+    WriteError(
+        Escape("card " + std::to_string(head.id) + " " + ToUtf8(head.names[0]) + ": " + what));
+  }
+}
+
+void CardNews::FinishOne() {
+  if (call_.settings.json) call_.out.Write(documents_ + "\n");
+}
+
+void CardNews::FinishSeveral() {
+  if (call_.settings.json) call_.out.Write("[" + documents_ + "]\n");
 }
 
 std::string Done(Call const &call, std::string const &what) {
   return (call.settings.dryRun ? "would be " : "") + what;
-}
-
-int CodeOfChange(Call const &call, bool changes) {
-  return call.settings.dryRun && call.settings.exitCode && changes ? kNo : kDone;
 }
 
 }  // namespace zolt::tool

@@ -43,15 +43,26 @@ bool Contains(std::string const &text, std::string const &part);
 
 // Rows of heads: id, three names, categories; or with --json an array.
 void WriteHeads(Book *book, std::vector<uint32_t> const &ids, Call const &call);
-std::string HeadDocument(CardHead const &head, std::vector<CardProperty> const *properties);
+// With the properties, if they are not null.
+std::string CardInBookDocument(CardHead const &head, std::vector<CardProperty> const *properties);
 
-// Says "card ID NAME: what" on standard error, unless it is to be quiet.
-void SayOfCard(CardHead const &head, std::string const &what, Call const &call);
+// Tells what became of cards, or would: "card ID NAME: what" on standard error, unless it is to be
+// quiet; or with --json one document in the end, of one card or of several.
+class CardNews {
+ public:
+  explicit CardNews(Call const &call) : call_(call) {}
+
+  void Add(CardHead const &head, std::string const &what, bool changes);
+  void FinishOne();
+  void FinishSeveral();
+
+ private:
+  Call const &call_;
+  std::string documents_;
+};
 
 // What was done, or in a dry run would be.
 std::string Done(Call const &call, std::string const &what);
-// What a verb ends with that changes something, or would.
-int CodeOfChange(Call const &call, bool changes);
 
 }  // namespace zolt::tool
 

@@ -2,6 +2,7 @@
 #include "tools/zolt/card_text_loss.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/verbs.h"
 
@@ -26,9 +27,8 @@ int Convert(Call const &call) {
     ConfirmLossInText(card.get(), call.settings);
   }
   if (IsThere(out)) Confirm("write over " + out, call.settings);
-  if (call.settings.dryRun) return call.settings.exitCode ? kNo : kDone;
-  SaveCardAs(card.get(), format, out, call.settings.wait);
-  return kDone;
+  if (!call.settings.dryRun) SaveCardAs(card.get(), format, out, call.settings.wait);
+  return TellFile(out, call);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/verbs.h"
 
@@ -11,10 +12,9 @@ namespace {
 int New(Call const &call) {
   std::string const path(call.operands[0]);
   if (IsThere(path)) Refuse(path, "exists");
-  if (call.settings.dryRun) return call.settings.exitCode ? kNo : kDone;
   CallCard card(CardFormatBinary);
-  SaveCardAs(&card, CardFormatBinary, path);
-  return kDone;
+  if (!call.settings.dryRun) SaveCardAs(&card, CardFormatBinary, path);
+  return TellFile(path, call);
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
+#include "tools/zolt/card_documents.h"
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/verbs.h"
@@ -23,12 +25,13 @@ int VCard(Call const &call) {
   if (call.arguments.Has(OptionId::output) && file.empty()) Refuse("-o", "names no file");
   std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
   if (file.empty() || file == "-") {
-    call.out.Write(TextOf(card.get(), profile));
+    std::string const text = TextOf(card.get(), profile);
+    call.out.Write(call.settings.json ? "{\"schema\":1,\"vcard\":" + JsonText(text) + "}\n" : text);
     return kDone;
   }
   if (IsThere(file)) Confirm("write over " + file, call.settings);
   if (!call.settings.dryRun) SaveVCard(card.get(), profile, file, call.settings.wait);
-  return kDone;
+  return TellFile(file, call);
 }
 
 }  // namespace

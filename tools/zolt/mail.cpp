@@ -6,10 +6,10 @@
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
 #include "tools/zolt/library_session.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/utf8.h"
 #include "tools/zolt/verbs.h"
-#include "tools/zolt/would_do.h"
 
 namespace zolt::tool {
 
@@ -72,7 +72,8 @@ int Mail(Call const &call) {
   Check(shown, recipient, subject);
   PrepareLibrary(call.arguments, call.settings);
   CheckMachine(compose);
-  if (call.settings.dryRun) return WouldDo(call, "would get the message (not sent)");
+  Deed const sent = {"to", "sent", "would get the message (not sent)"};
+  if (call.settings.dryRun) return TellDeed(sent, call);
   uint32_t result = 0;
   std::string complaint;
   {
@@ -80,7 +81,7 @@ int Mail(Call const &call) {
     result = ZOLTSendMail(recipient.data(), subject.data(), text.data(), compose ? 0 : 1);
     complaint = Clip(errors.FirstLine(), kLongestComplaint);
   }
-  if (result == 0) return kDone;
+  if (result == 0) return TellDeed(sent, call);
   if (result == kGivenUp) throw ToolError(kNo, "refused", "", "the user gave it up");
   bool const show = !compose && ZOLTCanShowMail() != 0;
   throw ToolError(kFailed, "io", std::string(shown),

@@ -5,6 +5,7 @@
 #include "tools/zolt/book_cards.h"
 #include "tools/zolt/card_documents.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/progress.h"
 #include "tools/zolt/text.h"
 

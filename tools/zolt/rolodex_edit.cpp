@@ -4,6 +4,7 @@
 #include "tools/zolt/editor.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/text.h"
 
 namespace zolt::tool {
@@ -23,12 +24,14 @@ int EditCard(Call const &call) {
     card = CardFromBook(&book, head.id);
   }
   ConfirmLossInText(card.get(), call.settings);
+  CardNews news(call);
   EditedText text("card.txt");
   SaveCardAs(card.get(), CardFormatText, text.file());
   std::string const shown = ReadInput(text.file());
   text.Edit();
   if (ReadInput(text.file()) == shown) {
-    SayOfCard(head, "unchanged", call);
+    news.Add(head, "unchanged", false);
+    news.FinishOne();
     return kDone;
   }
   return text.Apply([&] {
@@ -43,8 +46,10 @@ int EditCard(Call const &call) {
     NewCard const now = CardForBook(edited.get(), ToUtf8(head.names[0]));
     bool const changes = !IsInBook(&book, head.id, now);
     if (changes && !call.settings.dryRun) SaveInBook(&book, head.id, now);
+    head = book.Head(head.id);
     book.Close();
-    SayOfCard(head, changes ? Done(call, "changed") : "unchanged", call);
+    news.Add(head, changes ? Done(call, "changed") : "unchanged", changes);
+    news.FinishOne();
     return CodeOfChange(call, changes);
   });
 }

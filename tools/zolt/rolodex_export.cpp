@@ -8,6 +8,7 @@
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/scratch_folder.h"
 #include "tools/zolt/text.h"

@@ -6,6 +6,7 @@
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/progress.h"
 #include "tools/zolt/text.h"
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "tools/zolt/book_cards.h"
@@ -10,6 +11,7 @@
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/property_table.h"
 #include "tools/zolt/table.h"
@@ -19,14 +21,24 @@ namespace zolt::tool {
 
 namespace {
 
+using Json = nlohmann::ordered_json;
+
+std::string LineOf(Json const &document) {
+  return document.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
 int Info(Call const &call) {
   Book book(call, Book::Access::read);
   struct stat status {};
   stat(book.path().c_str(), &status);
   size_t const cards = book.Ids().size();
   if (call.settings.json) {
-    call.out.Write("{\"schema\":1,\"file\":" + JsonText(book.path()) + ",\"cards\":" +
-                   std::to_string(cards) + ",\"size\":" + std::to_string(status.st_size) + "}\n");
+    Json document = {
+        {"schema", 1}, {"file", book.path()}, {"cards", cards}, {"size", status.st_size}};
+    document["categories"] = Json::array();
+    for (auto const &[category, name] : book.CategoryNames())
+      document["categories"].push_back({{"category", category}, {"name", name}});
+    call.out.Write(LineOf(document));
     return kDone;
   }
   Table table(call.settings, call.out, 2);
@@ -50,13 +62,19 @@ int List(Call const &call) {
 
 void ShowCard(Book *book, uint32_t id, Call const &call) {
   std::vector<CardProperty> properties = book->Properties(id);
-  if (call.settings.json) {
-    call.out.Write(HeadDocument(book->Head(id), &properties) + "\n");
-    return;
-  }
   std::erase_if(properties,
                 [](CardProperty const &property) { return property.name == kKeyProperty; });
   WriteProperties(properties, call);
+}
+
+// One that was asked for is an object, all that are so named are an array of them.
+void WriteCardDocuments(Book *book, std::vector<uint32_t> const &ids, Call const &call) {
+  std::string documents;
+  for (uint32_t const id : ids) {
+    std::vector<CardProperty> const properties = book->Properties(id);
+    documents += (documents.empty() ? "" : ",\n") + CardInBookDocument(book->Head(id), &properties);
+  }
+  call.out.Write(call.arguments.Has(OptionId::all) ? "[" + documents + "]\n" : documents + "\n");
 }
 
 int Get(Call const &call) {
@@ -64,6 +82,10 @@ int Get(Call const &call) {
   std::vector<uint32_t> const ids = book.Find(call.operands[0]);
   std::string const file(call.arguments.Value(OptionId::output));
   if (!call.arguments.Has(OptionId::output)) {
+    if (call.settings.json) {
+      WriteCardDocuments(&book, ids, call);
+      return kDone;
+    }
     for (uint32_t const id : ids) ShowCard(&book, id, call);
     return kDone;
   }
@@ -72,7 +94,7 @@ int Get(Call const &call) {
   if (IsThere(file)) Confirm("write over " + file, call.settings);
   std::unique_ptr<CallCard> const card = CardFromBook(&book, ids.front());
   if (!call.settings.dryRun) SaveCardAs(card.get(), CardFormatBinary, file);
-  return kDone;
+  return TellFile(file, call);
 }
 
 using Properties = std::vector<CardProperty>;
@@ -106,7 +128,7 @@ int Query(Call const &call) {
   std::string const text(call.operands[0]);
   Book book(call, Book::Access::read);
   std::string lines;
-  size_t count = 0;
+  Json documents = Json::array();
   book.EachCard("searching", [&](uint32_t id) {
     CardHead const head = book.Head(id);
     Properties const properties = book.Properties(id);
@@ -114,13 +136,19 @@ int Query(Call const &call) {
     for (CardProperty const &property : properties) {
       std::optional<std::string> const address = TextOfProperty(property);
       if (!SameName(property.name, "EMAIL") || !address || address->empty()) continue;
-      lines += Escape(*address) + "\t" + Escape(ToUtf8(head.names[0])) + "\t" +
-               Escape(FlagsText(property.flags)) + "\n";
-      count++;
+      std::string const name = ToUtf8(head.names[0]);
+      lines +=
+          Escape(*address) + "\t" + Escape(name) + "\t" + Escape(FlagsText(property.flags)) + "\n";
+      documents.push_back({{"schema", 1},
+                           {"address", *address},
+                           {"name", name},
+                           {"flags", FlagNames(property.flags)}});
     }
   });
-  call.out.Write(std::to_string(count) + (count == 1 ? " address\n" : " addresses\n") + lines);
-  return count == 0 ? kNo : kDone;
+  std::string const heading =
+      std::to_string(documents.size()) + (documents.size() == 1 ? " address\n" : " addresses\n");
+  call.out.Write(call.settings.json ? LineOf(documents) : heading + lines);
+  return documents.empty() ? kNo : kDone;
 }
 
 struct Condition {

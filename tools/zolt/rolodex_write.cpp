@@ -6,10 +6,12 @@
 #include <set>
 
 #include "tools/zolt/book_cards.h"
+#include "tools/zolt/card_documents.h"
 #include "tools/zolt/card_source.h"
 #include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/help.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/output_file.h"
 #include "tools/zolt/text.h"
 
@@ -24,7 +26,7 @@ constexpr size_t kLongestName = 31;
 int Create(Call const &call) {
   std::string const path = BookPath(call);
   if (IsThere(path)) Refuse(path, "exists");
-  if (call.settings.dryRun) return CodeOfChange(call, true);
+  if (call.settings.dryRun) return TellFile(path, call);
   // Create empties what is there, so the file is made first, by one of all who try.
   if (AFS_LZCreateFile(path.c_str(), 0, 0) != 0) {
     if (IsThere(path)) Refuse(path, "exists");
@@ -36,11 +38,16 @@ int Create(Call const &call) {
     throw failure;
   }
   if (!call.settings.quiet && !call.settings.json) WriteError("zolt: " + Escape(path) + ": made");
-  return kDone;
+  return TellFile(path, call);
 }
 
-// What is printed of cards that were added: their numbers.
-void WriteIds(std::vector<uint32_t> const &ids, Call const &call) {
+// What is printed of cards that were added: their numbers, which those do not have yet that would
+// be.
+void WriteIds(std::vector<uint32_t> const &ids, size_t count, Call const &call) {
+  if (call.settings.dryRun && !call.settings.quiet && !call.settings.json) {
+    WriteError("zolt: " + Escape(BookPath(call)) + ": would get " + std::to_string(count) +
+               (count == 1 ? " card" : " cards"));
+  }
   std::string text;
   for (uint32_t const id : ids)
     text += (call.settings.json ? (text.empty() ? "[" : ",") : "") + std::to_string(id) +
@@ -60,7 +67,7 @@ int Add(Call const &call) {
   if (!call.settings.dryRun)
     for (NewCard const &card : cards) ids.push_back(AddToBook(&book, card));
   book.Close();
-  WriteIds(ids, call);
+  WriteIds(ids, cards.size(), call);
   return CodeOfChange(call, true);
 }
 
@@ -82,7 +89,7 @@ int New(Call const &call) {
   std::vector<uint32_t> ids;
   if (!call.settings.dryRun) ids.push_back(AddToBook(&book, card));
   book.Close();
-  WriteIds(ids, call);
+  WriteIds(ids, 1, call);
   return CodeOfChange(call, true);
 }
 
@@ -95,7 +102,9 @@ int Replace(Call const &call) {
   if (changes && !call.settings.dryRun) SaveInBook(&book, id, added);
   CardHead const head = book.Head(id);
   book.Close();
-  SayOfCard(head, changes ? Done(call, "replaced") : "unchanged", call);
+  CardNews news(call);
+  news.Add(head, changes ? Done(call, "replaced") : "unchanged", changes);
+  news.FinishOne();
   return CodeOfChange(call, changes);
 }
 
@@ -107,12 +116,14 @@ int Remove(Call const &call) {
       if (std::ranges::find(ids, id) == ids.end()) ids.push_back(id);
   }
   if (ids.size() > 1) Confirm("remove " + std::to_string(ids.size()) + " cards", call.settings);
+  CardNews news(call);
   for (uint32_t const id : ids) {
     CardHead const head = book.Head(id);
     if (!call.settings.dryRun && book.rolodex().DeleteCard(id) == 0) throw BookFailure(book.path());
-    SayOfCard(head, Done(call, "removed"), call);
+    news.Add(head, Done(call, "removed"), true);
   }
   book.Close();
+  news.FinishSeveral();
   return CodeOfChange(call, true);
 }
 
@@ -130,8 +141,9 @@ int Rename(Call const &call) {
   }
   book.Close();
   if (!call.settings.dryRun) head.names[0] = name;
-  SayOfCard(head, changes ? Done(call, "renamed") : "unchanged", call);
-  if (call.settings.json) call.out.Write(HeadDocument(head, nullptr) + "\n");
+  CardNews news(call);
+  news.Add(head, changes ? Done(call, "renamed") : "unchanged", changes);
+  news.FinishOne();
   return CodeOfChange(call, changes);
 }
 
@@ -142,19 +154,20 @@ bool IsTag(std::string_view operand) {
 
 // Gives whether that changes the card.
 bool TagCard(Book *book, uint32_t id, std::vector<uint8_t> const &add,
-             std::vector<uint8_t> const &remove, Call const &call) {
-  CardHead const head = book->Head(id);
+             std::vector<uint8_t> const &remove, bool write, CardNews *news) {
+  CardHead head = book->Head(id);
   std::set<uint8_t> set(head.categories.begin(), head.categories.end());
   for (uint8_t const category : remove) set.erase(category);
   set.insert(add.begin(), add.end());
   std::vector<uint8_t> const categories(set.begin(), set.end());
   bool const changes = categories != head.categories;
-  if (changes && !call.settings.dryRun) {
+  if (changes && write) {
     book->rolodex().SetCardCategories(id, CategoryListOf(categories).data());
     book->CheckDone();
+    head.categories = categories;
   }
   std::string const now = categories.empty() ? "no category" : CategoriesText(categories);
-  SayOfCard(head, changes ? Done(call, "in " + now) : "unchanged", call);
+  news->Add(head, changes ? (write ? "in " : "would be in ") + now : "unchanged", changes);
   return changes;
 }
 
@@ -174,29 +187,41 @@ int Tag(Call const &call) {
     std::vector<uint8_t> &list = tag[0] == '+' ? add : remove;
     list.insert(list.end(), named.begin(), named.end());
   }
+  CardNews news(call);
+  bool const write = !call.settings.dryRun;
   bool changes = false;
   for (std::string_view const card : cards)
-    for (uint32_t const id : book.Find(card)) changes |= TagCard(&book, id, add, remove, call);
+    for (uint32_t const id : book.Find(card))
+      changes |= TagCard(&book, id, add, remove, write, &news);
   book.Close();
+  news.FinishSeveral();
   return CodeOfChange(call, changes);
+}
+
+std::string CategoryDocument(uint8_t number, std::string const &name) {
+  return "{\"schema\":1,\"category\":" + std::to_string(number) +
+         ",\"name\":" + JsonText(ToUtf8(name));
+}
+
+int ShowCategory(uint8_t number, Call const &call) {
+  Book book(call, Book::Access::read);
+  std::string const name = NameOf(*book.rolodex().GetCategoryInfo(number));
+  if (name.empty()) throw ToolError(kNo, "absent", std::string(call.operands[0]), "has no name");
+  call.out.Write(
+      (call.settings.json ? CategoryDocument(number, name) + "}" : Escape(ToUtf8(name))) + "\n");
+  return kDone;
 }
 
 int Category(Call const &call) {
   uint8_t const number = CategoryNumber(call.operands[0]);
-  bool const writes = call.operands.size() > 1;
-  std::string const name = writes ? ToLocal(call.operands[1]) : "";
-  Book book(call, writes ? Book::Access::write : Book::Access::read);
+  if (call.operands.size() < 2) return ShowCategory(number, call);
+  std::string const name = ToLocal(call.operands[1]);
+  Book book(call, Book::Access::write);
   CategoryInfo info = *book.rolodex().GetCategoryInfo(number);
-  if (!writes) {
-    std::string const text(info.text, strnlen(info.text, sizeof info.text));
-    if (text.empty()) throw ToolError(kNo, "absent", std::string(call.operands[0]), "has no name");
-    call.out.Write(Escape(ToUtf8(text)) + "\n");
-    return kDone;
-  }
   if (name.size() >= sizeof info.text) {
     Refuse(std::string(call.operands[1]), "a category's name has at most 63 bytes");
   }
-  bool const changes = name != std::string_view(info.text, strnlen(info.text, sizeof info.text));
+  bool const changes = name != NameOf(info);
   std::memset(info.text, 0, sizeof info.text);
   name.copy(info.text, name.size());
   if (changes && !call.settings.dryRun) {
@@ -204,7 +229,10 @@ int Category(Call const &call) {
     book.CheckDone();
   }
   book.Close();
-  if (!call.settings.quiet && !call.settings.json) {
+  if (call.settings.json) {
+    call.out.Write(CategoryDocument(number, name) + ",\"changed\":" + (changes ? "true" : "false") +
+                   "}\n");
+  } else if (!call.settings.quiet) {
     WriteError("category " + std::to_string(number) + ": " +
                (changes ? Done(call, "named") : "unchanged"));
   }

@@ -3,10 +3,10 @@
 
 #include "tools/zolt/errors.h"
 #include "tools/zolt/library_session.h"
+#include "tools/zolt/outcome.h"
 #include "tools/zolt/text.h"
 #include "tools/zolt/utf8.h"
 #include "tools/zolt/verbs.h"
-#include "tools/zolt/would_do.h"
 
 namespace zolt::tool {
 
@@ -48,11 +48,10 @@ int Open(Call const &call) {
   if (URLEnabled() == 0) {
     throw ToolError(kFailed, "missing", "", "this machine opens no links", "install xdg-utils");
   }
-  if (call.settings.dryRun) return WouldDo(call, "would be opened (not opened)");
-  if (URLLaunchFromString(link.c_str()) == 0) {
+  if (!call.settings.dryRun && URLLaunchFromString(link.c_str()) == 0) {
     throw ToolError(kFailed, "io", shown, "the desktop did not take it");
   }
-  return kDone;
+  return TellDeed({"url", "opened", "would be opened (not opened)"}, call);
 }
 
 }  // namespace
