@@ -25,7 +25,15 @@ expect tool "$root/usr/bin/zolt" "$(command -v zolt)"
 zolt -q prefs set Audio Device "USB headset"
 expect get "USB headset" "$(zolt prefs get Audio Device)"
 expect registered "zolt: $(find "$root" -name libzolt41.so.0): registered for this user" "$(zolt register 2>&1)"
-zcat -f "$root"/usr/share/man/man1/zolt-prefs.1* | grep -q 'zolt prefs watch' || { echo "no man page" >&2; exit 1; }
+# Each group and each verb that stands alone has a page, which is named by all the others.
+pages=$(zolt help | sed -n '/^Options/q; s/^  \([a-z]*\) .*/zolt-\1/p' | sort -u)
+expect pages 10 "$(wc -w <<< "$pages")"
+for page in zolt $pages; do
+  zcat -f "$root/usr/share/man/man1/$page".1* > "$work/page" || { echo "no man page $page" >&2; exit 1; }
+  for other in $pages; do
+    [ "$other" = "$page" ] || grep -q "fB$other\\\\fR(1)" "$work/page" || { echo "$page does not name $other" >&2; exit 1; }
+  done
+done
 
 # By CMake and by pkg-config.
 cmake -S "$here/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$root/usr" > "$work/cmake.log" &&
