@@ -161,19 +161,24 @@ TEST_F(WatchTest, ADoctorReadsAllOfAHive) {
     values.emplace_back(100, 'v');
   }
   Set(values);
-  std::string const root = RawHive(home_.UserHive())
-                               .Run(
-                                   "PRAGMA wal_checkpoint(TRUNCATE); SELECT rootpage FROM "
-                                   "sqlite_master WHERE name = 'value'");
+  EXPECT_EQ(RawHive(home_.UserHive()).Run("PRAGMA wal_checkpoint(TRUNCATE)"), "0");
+  std::string const sound = ContentOf(home_.UserHive());
   EXPECT_EQ(Run("doctor").code, 0);
   // The first pages, which opening looks at, stay.
-  std::fstream(home_.UserHive(), std::ios::in | std::ios::out | std::ios::binary)
-          .seekp((std::stol(root) - 1) * 4096)
-      << std::string(64, 'x');
-  ToolResult const wrong = Run("doctor");
-  EXPECT_EQ(wrong.code, 1);
-  EXPECT_NE(wrong.out.find("problem\t" + home_.UserHive() + "\tdamaged"), std::string::npos)
-      << wrong.out;
+  for (std::string const table : {"value", "sqlite_autoindex_key_1"}) {
+    SCOPED_TRACE(table);
+    WriteContent(home_.UserHive(), sound);
+    std::string const root =
+        RawHive(home_.UserHive())
+            .Run("SELECT rootpage FROM sqlite_master WHERE name = '" + table + "'");
+    std::string damaged = sound;
+    damaged.replace((std::stoul(root) - 1) * 4096, 64, 64, 'x');
+    WriteContent(home_.UserHive(), damaged);
+    ToolResult const wrong = Run("doctor");
+    EXPECT_EQ(wrong.code, 1);
+    EXPECT_NE(wrong.out.find("problem\t" + home_.UserHive() + "\tdamaged"), std::string::npos)
+        << wrong.out;
+  }
 }
 
 }  // namespace

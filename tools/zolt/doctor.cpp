@@ -57,12 +57,17 @@ void WriteProblems(std::vector<Problem> const &problems, Call const &call) {
   table.Finish();
 }
 
-// Damage deep in a hive shows only where all of it is read.
+// Damage deep in a hive shows only where all of it is read; that of its indexes only in a
+// transaction, which looks keys up as writers do. One that others hold is not waited for.
 void ReadAll(ZOLTState *state) {
+  ZOLTSetLockWait(0);
   for (std::string_view const name : {"user", "system", "shared-user", "shared-system"}) {
     Level const &level = LevelNamed(name);
     ZOLTHiveState &hive = level.root == HKEY_CURRENT_USER ? state->user : state->machine;
     if (hive.failure != 0 || hive.file.present == 0) continue;
+    HiveTransaction transaction(level.root);
+    // Without one as much is read as can be.
+    static_cast<void>(transaction.Begin());
     try {
       VisitStore(level, {}, Exclusions({}), [](TextSection &&) {});
     } catch (ToolError const &error) {
@@ -76,6 +81,7 @@ int Doctor(Call const &call) {
   auto const state = std::make_unique<ZOLTState>();
   ZOLTInspect(state.get());
   ReadAll(state.get());
+  ZOLTSetLockWait(call.settings.wait);
   Registration const registration = FindRegistration();
   std::vector<Problem> problems = Diagnose(*state, geteuid());
   if (auto const problem = ProblemOf(registration)) problems.push_back(*problem);
