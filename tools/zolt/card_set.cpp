@@ -94,6 +94,7 @@ int Set(Call const &call) {
   }
   EditedCard edited(call, call.operands[0]);
   std::vector<CardChange> changes;
+  changes.reserve(added.size() + pairs.size() / 2);
   for (std::string_view const value : added)
     changes.push_back(AddOne(edited.card(), call, pairs[0], value));
   for (size_t i = 0; i + 1 < pairs.size(); i += 2)
