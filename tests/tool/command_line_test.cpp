@@ -42,6 +42,7 @@ TEST_F(CommandLineTest, TheHomeAndTheTreeAreChosen) {
 TEST_F(CommandLineTest, WrongUsageIsOneLineThatHelps) {
   std::pair<std::string, std::string> const wrongs[] = {
       {"pref get Audio V", "pref: no such command; did you mean prefs?"},
+      {"help repair", "repair: no such command; zolt help lists them"},
       {"prefs gte Audio V", "gte: no such command; did you mean get?"},
       {"prefs", "prefs: a verb is missing; zolt help prefs lists them"},
       {"prefs get Audio V --jsno", "unknown option --jsno; did you mean --json?"},

@@ -81,7 +81,8 @@ std::string AboutAll() {
     bool const named = !verb->name.empty();
     if (named && (group.empty() || verb->group == group)) names.emplace_back(verb->name);
   }
-  Refuse(std::string(word), "no such command", DidYouMean(word, names));
+  std::string const near = DidYouMean(word, names);
+  Refuse(std::string(word), "no such command", near.empty() ? "zolt help lists them" : near);
 }
 
 // A verb by its name alone, in whatever group.
