@@ -80,42 +80,23 @@ TEST_F(CardTest, ACardIsMadeFilledReadAndEmptied) {
 }
 
 TEST_F(CardTest, OneIsAddedBesideThoseOfItsName) {
-  std::string const card = New();
-  struct {
-    Line line;
-    int code;
-    char const *says;
-  } const steps[] = {
-      {{"TEL", "1"}, 0, "TEL: unset -> 1\n"},
-      {{"TEL", "--add", "2", "--add", "3"}, 0, "TEL: unset -> 2\nTEL: unset -> 3\n"},
-      {{"tel", "--add", "1"}, 0, "TEL: unchanged\n"},
-      {{"TEL", "--add", "1", "--flags", "HOME"}, 0, "TEL HOME: unset -> 1\n"},
-      {{"-n", "TEL", "--add", "4"}, 0, "TEL: unset -> 4 (not written)\n"},
-      {{"TEL", "5"},
-       2,
-       "zolt: TEL: the card has several of this name; say which one with --flags, or put another "
-       "one beside them with --add\n"},
-      {{"TEL", "5", "--flags", ""},
-       2,
+  std::string const set = "card set " + New() + " ";
+  Expect({
+      {set + "TEL 1", 0, "", "TEL: unset -> 1\n"},
+      {set + "TEL --add 2 --add 3", 0, "", "TEL: unset -> 2\nTEL: unset -> 3\n"},
+      {set + "tel --add 1", 0, "", "TEL: unchanged\n"},
+      {set + "TEL --add 1 --flags HOME", 0, "", "TEL HOME: unset -> 1\n"},
+      {set + "-n TEL --add 4", 0, "", "TEL: unset -> 4 (not written)\n"},
+      {set + "TEL 5", 2, "", ""},
+      {set + "TEL 5 --flags 0x0", 2, "",
        "zolt: TEL: the card has several of this name and these flags; card unset removes them, "
        "--add puts another one beside them\n"},
-      {{"TEL", "5", "--flags", "HOME"}, 0, "TEL HOME: 1 -> 5\n"},
-      {{"TEL", "5", "--add", "6"},
-       2,
-       "zolt: --add goes with one name; usage: zolt card set FILE NAME --add VALUE\n"},
-      {{"TEL"},
-       2,
-       "zolt: card set takes names and values in pairs; usage: zolt card set FILE NAME VALUE [NAME "
-       "VALUE]...\n"},
-  };
-  for (auto const &step : steps) {
-    Line line = step.line;
-    line.insert(line.begin(), {"set", card});
-    Card(line, step.code);
-    EXPECT_EQ(error_, step.says);
-  }
-  EXPECT_EQ(Card({"show", card}),
-            "TEL\t1\tUNICODE\nTEL\t2\tUNICODE\nTEL\t3\tUNICODE\nTEL\t5\tUNICODE\tHOME\n");
+      {set + "TEL 5 --flags HOME", 0, "", "TEL HOME: 1 -> 5\n"},
+      {set + "TEL 5 --add 6", 2, "", ""},
+      {set + "TEL", 2, "", ""},
+      {"card show " + Path("a"), 0,
+       "TEL\t1\tUNICODE\nTEL\t2\tUNICODE\nTEL\t3\tUNICODE\nTEL\t5\tUNICODE\tHOME\n", ""},
+  });
 }
 
 TEST_F(CardTest, PreferencesOfACard) {

@@ -131,21 +131,15 @@ TEST_F(RolodexToolTest, ACategoryIsTakenByItsName) {
 
 TEST_F(RolodexToolTest, VCardsOfEveryProfileAreExported) {
   New({"Anna"});
-  struct {
-    char const *options;
-    int code;
-    char const *version;
-  } const rows[] = {{"--format vcard", 0, "VERSION:3.0"},
-                    {"--format vcard --profile 4.0", 0, "VERSION:4.0"},
-                    {"--format vcard --profile classic", 0, "FN;ENCODING"},
-                    {"--format vcard --profile 2.1", 2, ""},
-                    {"--profile 4.0", 2, ""}};
-  for (auto const &row : rows) {
-    SCOPED_TRACE(row.options);
-    EXPECT_EQ(Run("-q rolodex export " + Path("out") + " " + row.options).code, row.code);
-    if (row.code != 0) continue;
-    EXPECT_EQ(ContentOf(Path("out/id-1.vcf")).substr(13).find(row.version), 0U);
+  std::string const line = "-q rolodex export " + Path("out") + " ";
+  for (auto const &[profile, begin] : {std::pair("", "VERSION:3.0"),
+                                       {" --profile 4.0", "VERSION:4.0"},
+                                       {" --profile classic", "FN;ENCODING"}}) {
+    EXPECT_EQ(Run(line + "--format vcard" + profile).code, 0);
+    EXPECT_EQ(ContentOf(Path("out/id-1.vcf")).substr(13).find(begin), 0U) << begin;
   }
+  EXPECT_EQ(Run(line + "--format vcard --profile 2.1").code, 2);
+  EXPECT_EQ(Run(line + "--profile 4.0").code, 2);
 }
 
 TEST_F(RolodexToolTest, ASecondImportAddsNothingAndAnExportTouchesNothingThatIsTheSame) {
