@@ -26,8 +26,9 @@ using namespace zolt::bench;
 
 constexpr int kNews = 500;
 constexpr int kFirstNews = 20;  // fill the caches and are not counted
-// Services of a peer are still at work when the listener has heard.
-constexpr auto kPause = std::chrono::milliseconds(2);
+// Services of a peer are still at work when the listener has heard, and then processors rest.
+constexpr auto kRest = std::chrono::milliseconds(2);
+constexpr auto kNoRest = std::chrono::milliseconds(0);
 constexpr size_t kManyWatchers = 32;
 constexpr int kAlternations = 3;
 constexpr int kRateRounds = 15;
@@ -65,7 +66,7 @@ void ReportTimes(std::vector<Way> const &ways) {
   for (Way const &way : ways) Report(way.key, Median(way.times));
 }
 
-void MeasureHearing(std::vector<Way> ways) {
+void MeasureHearing(std::chrono::milliseconds rest, std::vector<Way> ways) {
   std::mt19937 random(1);
   std::vector<Way *> order;
   for (Way &way : ways) {
@@ -75,7 +76,7 @@ void MeasureHearing(std::vector<Way> ways) {
   for (int i = 0; i < kFirstNews + kNews; i++) {
     std::shuffle(order.begin(), order.end(), random);
     for (Way *way : order) {
-      std::this_thread::sleep_for(kPause);
+      if (rest != kNoRest) std::this_thread::sleep_for(rest);
       double const time = way->watchers->TimeToLast(way->send);
       if (i >= kFirstNews) way->times.push_back(time);
     }
@@ -121,27 +122,32 @@ int main(int count, char **arguments) {
   DConfNews dconf;
   auto const send_ours = [&](char const *text) { ours.Send(text); };
   auto const send_sd_bus = [&](char const *text) { bus.Send(text); };
-  {
-    Watchers our_watcher("watch_ours", 1);
-    Watchers bus_watcher("watch_sd_bus", 1);
+  for (auto const &[kind, rest] : {std::pair("heard", kNoRest), std::pair("rested", kRest)}) {
+    std::string const key = kind;
+    {
+      Watchers our_watcher("watch_ours", 1);
+      Watchers bus_watcher("watch_sd_bus", 1);
+      MeasureHearing(rest, {{key + ".ours", &our_watcher, send_ours},
+                            {key + ".sd_bus", &bus_watcher, send_sd_bus}});
+    }
+    // By itself: its service still writes to the disk for a while when the listener has heard.
     Watchers dconf_watcher("watch_dconf", 1);
-    MeasureHearing({{"heard.ours", &our_watcher, send_ours},
-                    {"heard.sd_bus", &bus_watcher, send_sd_bus},
-                    {"heard.dconf", &dconf_watcher, [&](char const *text) { dconf.Send(text); }}});
+    MeasureHearing(rest,
+                   {{key + ".dconf", &dconf_watcher, [&](char const *text) { dconf.Send(text); }}});
   }
   // One at a time listens, so that none waits for the other.
   for (int i = 0; i < kAlternations; i++) {
     for (auto const &[key, role] : {std::pair("heard.plain", "watch_ours"),
                                     std::pair("heard.component", "watch_component")}) {
       Watchers watcher(role, 1);
-      MeasureHearing({{key, &watcher, send_ours}});
+      MeasureHearing(kRest, {{key, &watcher, send_ours}});
     }
   }
   {
     Watchers our_watchers("watch_ours", kManyWatchers);
     Watchers bus_watchers("watch_sd_bus", kManyWatchers);
-    MeasureHearing({{"heard32.ours", &our_watchers, send_ours},
-                    {"heard32.sd_bus", &bus_watchers, send_sd_bus}});
+    MeasureHearing(kRest, {{"heard32.ours", &our_watchers, send_ours},
+                           {"heard32.sd_bus", &bus_watchers, send_sd_bus}});
   }
   {
     Watchers const service("serve_gdbus", 1);

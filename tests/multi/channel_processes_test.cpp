@@ -10,6 +10,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <latch>
 #include <map>
 #include <memory>
 #include <new>
@@ -30,10 +32,12 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 using testing::Child;
-using testing::DeliverUntil;
 using testing::Listener;
 
 constexpr uint32_t kAudio = 0x41554449;
+
+// How those who listen wait: for a descriptor, or in GetMessageA.
+bool (*deliverUntil)(std::function<bool()> const &) = nullptr;
 
 class Session {
  public:
@@ -70,15 +74,16 @@ int Watch(Child::Pipe &pipe) {
     pipe.Say(std::string(self->Record(0).name) + "=" + self->Record(0).newValue);
   };
   pipe.Say("watching");
-  bool const heard = DeliverUntil([&] { return ended; });
+  bool const heard = deliverUntil([&] { return ended; });
   RemoveNotificationObject(all);
   all->Release();
   return heard ? 0 : 1;
 }
 
-class ChannelProcessesTest : public ::testing::Test {
+class ChannelProcessesTest : public ::testing::TestWithParam<bool> {
  protected:
   ChannelProcessesTest() {
+    deliverUntil = GetParam() ? testing::GetMessagesUntil : testing::DeliverUntil;
     // The first start makes the hive, and the watchers find it there.
     Child([](Child::Pipe &) {
       Session const session;
@@ -98,7 +103,7 @@ class ChannelProcessesTest : public ::testing::Test {
   std::vector<std::unique_ptr<Child>> watchers_;
 };
 
-TEST_F(ChannelProcessesTest, AStoppedOrKilledWatcherCostsAtMostOneTimeOut) {
+TEST_P(ChannelProcessesTest, AStoppedOrKilledWatcherCostsAtMostOneTimeOut) {
   Child &first = AddWatcher();
   Child &stopped = AddWatcher();
   Child &killed = AddWatcher();
@@ -121,7 +126,7 @@ TEST_F(ChannelProcessesTest, AStoppedOrKilledWatcherCostsAtMostOneTimeOut) {
   EXPECT_EQ(killed.Wait(), -SIGKILL);
 }
 
-TEST_F(ChannelProcessesTest, AWriterKilledAtAnyStepStopsNobody) {
+TEST_P(ChannelProcessesTest, AWriterKilledAtAnyStepStopsNobody) {
   Child &watcher = AddWatcher();
   for (int round = 0; round < 40; round++) {
     Child writer([round](Child::Pipe &pipe) {
@@ -163,7 +168,7 @@ void StopBeforeAllIsTold(bool killed) {
   throw std::bad_alloc();
 }
 
-TEST_F(ChannelProcessesTest, WhatAWriterThatDiedOrRanOutOfMemoryCouldNotTellIsAGap) {
+TEST_P(ChannelProcessesTest, WhatAWriterThatDiedOrRanOutOfMemoryCouldNotTellIsAGap) {
   Child &watcher = AddWatcher();
   Child writer([](Child::Pipe &) {
     Session const session;
@@ -196,7 +201,7 @@ void EndWhileWriting() {
   std::exit(0);
 }
 
-TEST_F(ChannelProcessesTest, AProcessThatEndsWhileItWritesLosesNothing) {
+TEST_P(ChannelProcessesTest, AProcessThatEndsWhileItWritesLosesNothing) {
   Child &watcher = AddWatcher();
   for (int round = 0; round < 20; round++) {
     Child writer([](Child::Pipe &) {
@@ -228,12 +233,12 @@ int ListenWithoutSegment(Listener *all) {
   // Else it is asked for again after ten seconds only.
   DetachSegment();
   if (Write("n", "heard") != Commit::done) return 2;
-  if (!DeliverUntil([&] { return all->heard.size() == 2; })) return 3;
+  if (!deliverUntil([&] { return all->heard.size() == 2; })) return 3;
   RemoveNotificationObject(all);
   return 0;
 }
 
-TEST_F(ChannelProcessesTest, ASubscriberThatComesTooEarlyIsToldAGapAndThenHears) {
+TEST_P(ChannelProcessesTest, ASubscriberThatComesTooEarlyIsToldAGapAndThenHears) {
   std::ofstream(SegmentPath()) << "open to others";
   chmod(SegmentPath().c_str(), 0666);
   Child early([](Child::Pipe &) {
@@ -248,7 +253,7 @@ TEST_F(ChannelProcessesTest, ASubscriberThatComesTooEarlyIsToldAGapAndThenHears)
   EXPECT_EQ(early.Wait(), 0);
 }
 
-TEST_F(ChannelProcessesTest, TheChannelFollowsToAnotherHomeWithTheHives) {
+TEST_P(ChannelProcessesTest, TheChannelFollowsToAnotherHomeWithTheHives) {
   std::string const first = SegmentPath();
   { Session const session; }
   ASSERT_TRUE(std::filesystem::exists(first));
@@ -299,7 +304,7 @@ int WatchStuck(Child::Pipe &pipe) {
     expected = std::stoul(pipe.Hear());
   };
   pipe.Say("watching");
-  bool const heard = DeliverUntil([&] { return all->heard.size() == expected; });
+  bool const heard = deliverUntil([&] { return all->heard.size() == expected; });
   ended = true;
   ended.notify_all();
   idle.join();
@@ -309,7 +314,7 @@ int WatchStuck(Child::Pipe &pipe) {
   return whole ? 0 : 1;
 }
 
-TEST_F(ChannelProcessesTest, ASubscriberThatIsStuckStopsNobodyAndHearsAllInTheEnd) {
+TEST_P(ChannelProcessesTest, ASubscriberThatIsStuckStopsNobodyAndHearsAllInTheEnd) {
   Child watcher(WatchStuck);
   ASSERT_EQ(watcher.pipe().Hear(), "watching");
   Session const session;
@@ -323,7 +328,7 @@ TEST_F(ChannelProcessesTest, ASubscriberThatIsStuckStopsNobodyAndHearsAllInTheEn
   EXPECT_EQ(watcher.Wait(), 0);
 }
 
-TEST_F(ChannelProcessesTest, AStoppedHolderOfTheChannelLetsAWriterGoAfterASecond) {
+TEST_P(ChannelProcessesTest, AStoppedHolderOfTheChannelLetsAWriterGoAfterASecond) {
   Child holder([](Child::Pipe &pipe) {
     Session const session;
     // Stops within the pause of End, which holds the mutex.
@@ -386,7 +391,7 @@ int WatchStorm(Child::Pipe &pipe, int writers) {
     last[name] = number;
   };
   pipe.Say("watching");
-  bool const heard = DeliverUntil([&] { return ended >= writers; });
+  bool const heard = deliverUntil([&] { return ended >= writers; });
   RemoveNotificationObject(all);
   all->Release();
   return heard ? holes : 99;
@@ -411,7 +416,7 @@ int WriteStorm(int number, milliseconds length) {
   }
 }
 
-TEST_F(ChannelProcessesTest, AStormLosesNothing) {
+TEST_P(ChannelProcessesTest, AStormLosesNothing) {
   bool const slow = std::getenv("ZOLT_SLOW") != nullptr;
   int const watchers = slow ? 32 : 8;
   milliseconds const length(slow ? 60000 : 1500);
@@ -432,7 +437,30 @@ TEST_F(ChannelProcessesTest, AStormLosesNothing) {
   for (auto const &child : children) EXPECT_EQ(child->Wait(), 0);
 }
 
-TEST_F(ChannelProcessesTest, SixtyFourProcessesComeForkAndGoAtOnce) {
+TEST_P(ChannelProcessesTest, WhoFindsNoPlaceHearsAllTheSame) {
+  Session const session;
+  std::latch taken(kSegmentPlaces);
+  std::latch leave(1);
+  std::vector<std::thread> holders;
+  for (uint32_t i = 0; i < kSegmentPlaces; i++) {
+    holders.emplace_back([&] {
+      uint32_t const place = TakeSegmentPlace();
+      taken.count_down();
+      leave.wait();
+      LeaveSegmentPlace(place);
+    });
+  }
+  taken.wait();
+  EXPECT_EQ(TakeSegmentPlace(), kSegmentPlaces);
+  Child &watcher = AddWatcher();
+  EXPECT_EQ(Write("n", "1"), Commit::done);
+  EXPECT_EQ(watcher.pipe().Hear(), "n=1");
+  EXPECT_EQ(Write("end", "x"), Commit::done);
+  leave.count_down();
+  for (std::thread &holder : holders) holder.join();
+}
+
+TEST_P(ChannelProcessesTest, SixtyFourProcessesComeForkAndGoAtOnce) {
   Child &watcher = AddWatcher();
   std::vector<std::unique_ptr<Child>> children;
   for (int i = 0; i < 64; i++) {
@@ -458,6 +486,10 @@ TEST_F(ChannelProcessesTest, SixtyFourProcessesComeForkAndGoAtOnce) {
   while (watcher.pipe().Hear() != "end=x") heard++;
   EXPECT_EQ(heard, 128);
 }
+
+INSTANTIATE_TEST_SUITE_P(Waiting, ChannelProcessesTest, ::testing::Bool(), [](auto const &gets) {
+  return gets.param ? "InGetMessage" : "ForADescriptor";
+});
 
 }  // namespace
 }  // namespace zolt

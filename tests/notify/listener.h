@@ -3,9 +3,12 @@
 
 #include <poll.h>
 
+#include <chrono>
 #include <cstdio>
 #include <functional>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "zolt41/notify/pref_notify.h"
@@ -53,6 +56,21 @@ inline bool DeliverUntil(std::function<bool()> const &done) {
     ZOLTDeliver();
   }
   return true;
+}
+
+// The same by a thread that waits for its messages, for 20 seconds in all.
+inline bool GetMessagesUntil(std::function<bool()> const &done) {
+  std::promise<void> ended;
+  std::thread watch([in_time = ended.get_future(), thread = GetCurrentThreadId()] {
+    if (in_time.wait_for(std::chrono::seconds(20)) == std::future_status::timeout)
+      PostThreadMessageA(thread, WM_QUIT, 0, 0);
+  });
+  MSG message;
+  bool got = true;
+  while (got && !done()) got = GetMessageA(&message, 0, 0, 0) == 1;
+  ended.set_value();
+  watch.join();
+  return got;
 }
 
 }  // namespace zolt::testing

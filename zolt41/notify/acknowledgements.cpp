@@ -18,6 +18,7 @@ constexpr auto kPause = std::chrono::milliseconds(50);
 constexpr uint32_t kYields = 502;
 // An answer that comes at all mostly comes within this time, and to fall asleep costs as much.
 constexpr auto kSpin = std::chrono::microseconds(20);
+constexpr auto kSoon = std::chrono::milliseconds(1);
 
 constexpr uint64_t Open(uint32_t number, uint32_t remaining) {
   return uint64_t{number} << 32 | remaining;
@@ -41,6 +42,12 @@ void ForEachListener(ChannelArea *channel, Visit visit) {
       visit(&channel->slots[i], process);
     }
   }
+}
+
+void SpinUntilAnswered(ChannelArea const &channel, uint32_t number) {
+  auto const end = steady_clock::now() + kSpin;
+  // Who is to answer may need this very processor.
+  while (!AllAnswered(channel, number) && steady_clock::now() < end) sched_yield();
 }
 
 void SleepUntilAnswered(ChannelArea *channel, uint32_t number, steady_clock::time_point end) {
@@ -95,15 +102,19 @@ void ExpectAnswers(ChannelArea *channel, uint32_t number) {
   CountDown(channel, number);
 }
 
-void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause) {
+bool AnsweredSoon(ChannelArea *channel, uint32_t number) {
   auto const start = steady_clock::now();
+  SpinUntilAnswered(*channel, number);
+  if (!AllAnswered(*channel, number)) SleepUntilAnswered(channel, number, start + kSoon);
+  return AllAnswered(*channel, number);
+}
+
+void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause,
+                  steady_clock::time_point start) {
   if (pause == Pause::full) {
     std::this_thread::sleep_until(start + kPause);
   } else {
-    while (!AllAnswered(*channel, number) && steady_clock::now() < start + kSpin) {
-      // Who is to answer may need this very processor.
-      sched_yield();
-    }
+    SpinUntilAnswered(*channel, number);
     if (!AllAnswered(*channel, number)) SleepUntilAnswered(channel, number, start + kPause);
   }
   for (uint32_t i = 0; i < kYields && !AllAnswered(*channel, number); i++) sched_yield();

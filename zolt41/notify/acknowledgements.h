@@ -1,6 +1,7 @@
 #ifndef ZOLT41_NOTIFY_ACKNOWLEDGEMENTS_H_
 #define ZOLT41_NOTIFY_ACKNOWLEDGEMENTS_H_
 
+#include <chrono>
 #include <cstdint>
 
 #include "zolt41/notify/channel_layout.h"
@@ -15,10 +16,14 @@ namespace zolt {
 // is held.
 void ExpectAnswers(ChannelArea *channel, uint32_t number);
 
-// Waits for the answers, for 50 ms and 502 yields at most. With `pause` it does not come back
-// before the 50 ms are over.
+// Waits for the answers for a millisecond. False if not all have come.
+bool AnsweredSoon(ChannelArea *channel, uint32_t number);
+
+// Waits for the answers, until 50 ms after `start` and for 502 yields at most. With `pause` it does
+// not come back before the 50 ms are over.
 enum class Pause { none, full };
-void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause);
+void AwaitAnswers(ChannelArea *channel, uint32_t number, Pause pause,
+                  std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now());
 
 // The process of `slot` has taken all announcements up to `number`. A slot that is none answers for
 // nobody, and a second answer is none.

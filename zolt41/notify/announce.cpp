@@ -1,8 +1,12 @@
 #include "zolt41/notify/announce.h"
 
+#include <chrono>
+#include <thread>
+
 #include "zolt41/notify/announcement_ring.h"
 #include "zolt41/notify/channel_objects.h"
 #include "zolt41/notify/notify_thread.h"
+#include "zolt41/notify/waiting_thread.h"
 
 namespace zolt {
 
@@ -13,11 +17,22 @@ void Announce(Announcement const &announcement, Pause pause) {
   uint32_t const number = LastAnnouncement(channel->ring) + 1;
   ExpectAnswers(channel, number);
   // Else nobody has ever listened.
+  auto const start = std::chrono::steady_clock::now();
   if (channel->wordsReady.load() != 0) {
     Publish(&channel->ring, announcement);
-    PulseEvent(NotifyEvent());
+    bool const allWait = AlertWaitingThreads(channel);
+    // Who is to answer may have been called away.
+    if (!allWait || !AnsweredSoon(channel, number)) PulseEvent(NotifyEvent());
   }
-  AwaitAnswers(channel, number, pause);
+  AwaitAnswers(channel, number, pause, start);
+}
+
+void AlertBeforeAnnouncing() {
+  ChannelArea *const channel = Channel();
+  static uint32_t const processors = std::thread::hardware_concurrency();
+  if (channel == nullptr || channel->wordsReady.load() == 0) return;
+  uint32_t const asleep = CountSleepingThreads(*channel);
+  if (asleep != 0 && asleep < processors) AlertWaitingThreads(channel);
 }
 
 }  // namespace zolt

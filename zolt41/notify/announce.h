@@ -10,6 +10,10 @@ namespace zolt {
 // there is no channel.
 void Announce(Announcement const &announcement, Pause pause);
 
+// An announcement will come within microseconds: a thread that waits for messages wakes up
+// meanwhile. Only where processors enough are there for all who would.
+void AlertBeforeAnnouncing();
+
 }  // namespace zolt
 
 #endif  // ZOLT41_NOTIFY_ANNOUNCE_H_

@@ -56,6 +56,7 @@ struct ProcessSlot {
   std::atomic<uint32_t> awaited;    // the announcement that it has still to answer, else 0
   std::atomic<uint32_t> lagging;    // it let a writer wait in vain
   std::atomic<uint32_t> missed;     // announcements that were overwritten before it came
+  std::atomic<uint32_t> waiting;    // see waiting_thread.h
 };
 
 // Who has still to answer; see acknowledgements.h.
@@ -72,6 +73,8 @@ struct ChannelArea {
   std::atomic<uint32_t> wordsReady;
   std::atomic<uint32_t> recordsReady;
   std::atomic<uint32_t> slotsUsed;  // no slot from this one on was ever taken
+  std::atomic<uint32_t> alerts;     // counted up to wake the waiting threads
+  std::atomic<uint32_t> unplaced;   // not 0 if a process ever found no slot
   alignas(64) ProcessSlot slots[kSegmentPlaces];
   alignas(64) Table table;
   Ring ring;

@@ -10,6 +10,7 @@
 #include "zolt41/notify/channel_objects.h"
 #include "zolt41/notify/pref_notify.h"
 #include "zolt41/notify/subscriber_list.h"
+#include "zolt41/notify/waiting_thread.h"
 #include "zolt41/platform/kernel/futex.h"
 #include "zolt41/platform/kernel/thread.h"
 
@@ -69,11 +70,15 @@ void TakePlace(Notifier *notifier) {
   notifier->counted = true;
   notifier->place = place;
   ProcessSlot *const slot = OwnSlot(*notifier);
-  if (slot == nullptr) return;
+  if (slot == nullptr) {
+    channel->unplaced.store(1);
+    return;
+  }
   slot->listening.store(0);
   // A writer may have counted the one that died here for living.
   AnswerForAll(channel, place);
   slot->missed.store(0);
+  slot->waiting.store(0);
   slot->process.store(ThisProcess());
   uint32_t used = channel->slotsUsed.load();
   while (used <= place && !channel->slotsUsed.compare_exchange_weak(used, place + 1)) {
@@ -123,15 +128,17 @@ bool HandOnOne(Notifier *notifier) {
   return true;
 }
 
-// The subscribers' threads are woken last: they want the lock, and the writer waits.
-bool HearOne(Notifier *notifier) {
+// The subscribers' threads are woken last: they want the lock, and the writer waits. One is awake
+// if it is given.
+bool HearOne(Notifier *notifier, uint32_t awake = 0) {
   std::vector<uint32_t> threads;
   {
     auto const guard = Lock();
-    if (!HandOnOne(notifier)) return false;
+    if (!notifier->listening || !HandOnOne(notifier)) return false;
     threads = SubscriberList::The().TakeThreadsToWake();
   }
-  for (uint32_t const thread : threads) WakeThread(thread);
+  for (uint32_t const thread : threads)
+    if (thread != awake) WakeThread(thread);
   return true;
 }
 
@@ -149,6 +156,8 @@ void ListenFromNow(Notifier *notifier) {
   notifier->reader.StartAtEnd(channel->ring);
   notifier->listening = true;
   ShowListening(*notifier);
+  // A writer that published meanwhile did not see who listens here.
+  if (LastAnnouncement(channel->ring) != notifier->reader.number()) PulseEvent(NotifyEvent());
   if (!notifier->late.exchange(false)) return;
   list.DeliverGap();
   for (uint32_t const thread : list.TakeThreadsToWake()) WakeThread(thread);
@@ -165,8 +174,9 @@ bool AwaitSubscribers(Notifier *notifier) {
     {
       auto const guard = Lock();
       if (notifier->stopping) return false;
-      if (notifier->late.load()) ListenFromNow(notifier);
-      if (notifier->listening) return true;
+      if (notifier->late.load() && notifier->counted) ListenFromNow(notifier);
+      if (notifier->listening && notifier->counted) return true;
+      if (notifier->listening) continue;
       if (notifier->late.load()) wait = kTryAgain;
     }
     SleepOn(&notifier->commands, seen, wait);
@@ -242,6 +252,7 @@ void StartNotificationThread() {
   Notifier &notifier = TheNotifier();
   if (notifier.wanted) return;
   notifier.wanted = true;
+  SetMessageWait(WaitForMessageOrNews);
   SubscriberList::The().RemoveAll();
   if (Channel() != nullptr) static_cast<void>(Start(&notifier));
 }
@@ -262,6 +273,20 @@ void StopNotificationThread() {
   thread.Join();
   auto const guard = Lock();
   notifier.running = false;
+}
+
+bool HearAll(uint32_t thread) {
+  bool heard = false;
+  while (HearOne(&TheNotifier(), thread)) heard = true;
+  return heard;
+}
+
+ProcessSlot *SlotToHearFor(uint32_t thread) {
+  auto const guard = Lock();
+  Notifier const &notifier = TheNotifier();
+  bool const hears = notifier.running && notifier.listening && !notifier.stopping &&
+                     SubscriberList::The().HasThread(thread);
+  return hears ? OwnSlot(notifier) : nullptr;
 }
 
 void ServeLateSubscribers() {

@@ -1,6 +1,10 @@
 #ifndef ZOLT41_NOTIFY_NOTIFY_THREAD_H_
 #define ZOLT41_NOTIFY_NOTIFY_THREAD_H_
 
+#include <cstdint>
+
+#include "zolt41/notify/channel_layout.h"
+
 // The thread of this process that hears the announcements of all processes and hands them on to
 // the subscribers. It listens only while there are subscribers; a process that has none is neither
 // woken nor waited for.
@@ -14,6 +18,13 @@ void PrepareNotificationForForks();
 // Forgets all subscribers and starts the thread, unless it runs. Without the shared segment it is
 // started with the first subscriber.
 void StartNotificationThread();
+
+// What was announced and not handed on yet is handed on; for a thread that has subscribers of its
+// own, which is not woken. False if there was nothing.
+bool HearAll(uint32_t thread);
+
+// The place of this process, if the thread has subscribers and the process listens; else null.
+ProcessSlot *SlotToHearFor(uint32_t thread);
 
 // Ends the thread and waits for its end. May be called when it does not run.
 void StopNotificationThread();

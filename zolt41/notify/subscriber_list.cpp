@@ -39,6 +39,12 @@ void SubscriberList::Remove(CPrefNotify const *subscriber) {
   if (place >= 0) listening_.RemoveAt(place, 1);
 }
 
+bool SubscriberList::HasThread(uint32_t thread) const {
+  int32_t place = listening_.GetUpperBound();
+  while (place >= 0 && At(place)->threadId_ != thread) place--;
+  return place >= 0;
+}
+
 // Counts the message before it is posted, and takes it all back if it cannot be: then nothing is on
 // its way that a release would wait for. `enqueue` gives false if the change could not be queued.
 template <typename Enqueue>

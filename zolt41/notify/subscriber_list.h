@@ -34,6 +34,7 @@ class SubscriberList {
   void RemoveAll() { listening_.RemoveAll(); }
   bool Hears(CPrefNotify const *subscriber) const { return PlaceOf(subscriber) >= 0; }
   bool empty() const { return listening_.GetSize() == 0; }
+  bool HasThread(uint32_t thread) const;
 
   // Queue and post what was heard, or that something was missed, for each that asked for it. Give
   // how often something was lost for want of memory; who hears everything is told of that.

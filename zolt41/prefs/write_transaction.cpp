@@ -191,6 +191,7 @@ Commit Transaction::WriteAndAnnounce(std::function<void()> const &look) {
   if (channel.timedOut()) {
     return Refuse(Failure::timed_out, Commit::timed_out, "/ZO/ZOLT/SECURE2");
   }
+  if (!collected_->steps.empty()) AlertBeforeAnnouncing();
   ChangeSet changes;
   std::exception_ptr thrown;
   Commit result = Commit::unchanged;

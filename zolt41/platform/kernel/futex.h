@@ -14,6 +14,10 @@ namespace zolt {
 // `wait`, if that is not negative.
 void SleepOn(std::atomic<uint32_t> *word, uint32_t expected, std::chrono::nanoseconds wait);
 
+// The same on two words without a limit. False where the system has no such call.
+bool SleepOnEither(std::atomic<uint32_t> *word, uint32_t expected, std::atomic<uint32_t> *other,
+                   uint32_t otherExpected);
+
 // Wakes up to `count` sleepers of all processes.
 void WakeSleepers(std::atomic<uint32_t> *word, int32_t count);
 

@@ -55,11 +55,21 @@ Post PostTo(uint32_t thread, MSG const &message, bool own) {
   if (!own && queue->full()) return Post::no_memory;
   try {
     queue->Push(message, own);
-    if (!own) queue->arrived.notify_one();
+    if (!own) queue->Wake();
   } catch (std::bad_alloc const &) {
     return Post::no_memory;
   }
   return Post::done;
+}
+
+// While the thread waits, whoever posts counts its word up.
+bool TakeOrPrepareToWait(MessageQueue *own, MSG *message, uint32_t first, uint32_t last,
+                         uint32_t *arrivals) {
+  std::lock_guard const guard(MessageQueues::The().lock);
+  bool const taken = own->Take(message, first, last, true);
+  own->waits = !taken;
+  *arrivals = own->arrivals.load();
+  return taken;
 }
 
 }  // namespace
@@ -72,7 +82,7 @@ void WakeThread(uint32_t thread) {
   MessageQueues &queues = MessageQueues::The();
   std::lock_guard const guard(queues.lock);
   if (MessageQueue *const queue = queues.Find(thread); queue != nullptr) {
-    queue->arrived.notify_one();
+    queue->Wake();
   }
 }
 
@@ -80,6 +90,10 @@ bool ThreadHasQueue(uint32_t thread) {
   MessageQueues &queues = MessageQueues::The();
   std::lock_guard const guard(queues.lock);
   return queues.Find(thread) != nullptr;
+}
+
+void SetMessageWait(MessageWait wait) {
+  MessageQueues::The().wait.store(wait);
 }
 
 void SetDroppedMessageHandler(DroppedMessage handler) {
@@ -104,9 +118,9 @@ int32_t GetMessageA(MSG *message, uintptr_t, uint32_t first, uint32_t last) {
   MessageQueues &queues = MessageQueues::The();
   MessageQueue *const own = queues.Own();
   if (message == nullptr || own == nullptr) return -1;
-  {
-    std::unique_lock guard(queues.lock);
-    own->arrived.wait(guard, [&] { return own->Take(message, first, last, true); });
+  uint32_t arrivals = 0;
+  while (!zolt::TakeOrPrepareToWait(own, message, first, last, &arrivals)) {
+    queues.wait.load()(&own->arrivals, arrivals);
   }
   zolt::ShowToHooks(message, true);
   return message->message != WM_QUIT;

@@ -1,6 +1,7 @@
 #ifndef ZOLT41_PLATFORM_KERNEL_MESSAGE_LOOP_H_
 #define ZOLT41_PLATFORM_KERNEL_MESSAGE_LOOP_H_
 
+#include <atomic>
 #include <cstdint>
 
 #include "zolt41/platform/system/api.h"
@@ -98,6 +99,11 @@ enum class Post { done, thread_gone, no_memory };
                                   uintptr_t lParam);
 
 void WakeThread(uint32_t thread);
+
+// How threads wait for messages: sleeps while the word holds `expected`, or does something useful
+// instead, and may come back for no reason. Called without a lock.
+using MessageWait = void (*)(std::atomic<uint32_t> *word, uint32_t expected);
+void SetMessageWait(MessageWait wait);
 
 // The thread can still take messages.
 bool ThreadHasQueue(uint32_t thread);

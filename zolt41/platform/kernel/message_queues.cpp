@@ -5,13 +5,17 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <new>
 #include <utility>
 
+#include "zolt41/platform/kernel/futex.h"
 #include "zolt41/platform/kernel/thread.h"
 #include "zolt41/platform/system/timed_mutex.h"
 
 namespace zolt {
+
+void WaitPlainly(std::atomic<uint32_t> *word, uint32_t expected) {
+  SleepOn(word, expected, std::chrono::nanoseconds(-1));
+}
 
 MessageQueue::~MessageQueue() {
   if (descriptor_ >= 0) close(descriptor_);
@@ -21,6 +25,12 @@ void MessageQueue::Push(MSG const &message, bool own) {
   messages_.push_back({message, own});
   if (!own) others_++;
   ShowInDescriptor();
+}
+
+void MessageQueue::Wake() {
+  if (!waits) return;
+  arrivals.fetch_add(1);
+  WakeSleepers(&arrivals, 1);
 }
 
 bool MessageQueue::Take(MSG *message, uint32_t first, uint32_t last, bool remove) {
@@ -68,6 +78,7 @@ void MessageQueue::ShowInDescriptor() {
 void MessageQueue::Renew() {
   messages_.clear();
   others_ = 0;
+  waits = false;
   shown_ = false;
   if (descriptor_ < 0) return;
   int const own = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
@@ -145,9 +156,7 @@ void MessageQueues::End(uint32_t thread) {
 
 void MessageQueues::AfterForkInChild() {
   RenewInChild(&lock);
-  // The other threads are not in the child; their queues go, and their ids with them. One may have
-  // waited, and who destroys what is waited on waits himself.
-  for (auto const &[thread, queue] : queues_) new (&queue->arrived) std::condition_variable();
+  // The other threads are not in the child; their queues go, and their ids with them.
   std::erase_if(queues_, [](auto const &entry) { return entry.second.get() != own.queue; });
   std::erase_if(hookThreads, [](auto const &hook) { return hook.second != own.id; });
   if (own.queue != nullptr) own.queue->Renew();

@@ -2,7 +2,6 @@
 #define ZOLT41_PLATFORM_KERNEL_MESSAGE_QUEUES_H_
 
 #include <atomic>
-#include <condition_variable>
 #include <deque>
 #include <map>
 #include <memory>
@@ -13,13 +12,17 @@
 
 namespace zolt {
 
+// Sleeps, and nothing else.
+void WaitPlainly(std::atomic<uint32_t> *word, uint32_t expected);
+
 // The queue of one thread with its hooks, guarded by the lock of all queues.
 class MessageQueue {
  public:
   ~MessageQueue();
 
-  // Wakes nobody who waits for `arrived`.
+  // Does not wake the thread.
   void Push(MSG const &message, bool own);
+  void Wake();
 
   // Copies the first message from `first` to `last`, or WM_QUIT, and takes it out if asked to.
   bool Take(MSG *message, uint32_t first, uint32_t last, bool remove);
@@ -35,7 +38,8 @@ class MessageQueue {
 
   std::deque<MSG> TakeAll();
 
-  std::condition_variable arrived;
+  std::atomic<uint32_t> arrivals{0};  // what the thread sleeps on while it waits
+  bool waits = false;
   std::map<HHOOK, HOOKPROC> hooks;  // a later one has a greater handle
 
  private:
@@ -70,6 +74,7 @@ class MessageQueues {
   HHOOK lastHook = 0;
   std::unordered_map<HHOOK, uint32_t> hookThreads;
   std::atomic<DroppedMessage> dropped{nullptr};
+  std::atomic<MessageWait> wait{WaitPlainly};
 
  private:
   friend struct OwnQueue;

@@ -1,0 +1,30 @@
+#ifndef ZOLT41_NOTIFY_WAITING_THREAD_H_
+#define ZOLT41_NOTIFY_WAITING_THREAD_H_
+
+#include <atomic>
+#include <cstdint>
+
+#include "zolt41/notify/channel_layout.h"
+
+namespace zolt {
+
+// A thread that waits in GetMessageA, and has subscribers, sleeps on the alerts of the channel as
+// well and hears for its process: so a change comes to it without another thread in between. One of
+// a process does so at a time. It shows itself in the process's slot, by the process's number while
+// it sleeps, and with this bit while it is awake and looks out for an announcement. It takes itself
+// out before it looks for the last time, and a writer looks for it after it has published: so one
+// of the two always sees the other.
+inline constexpr uint32_t kLooksOut = 0x80000000;
+
+// For SetMessageWait.
+void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected);
+
+// Wakes those that sleep. True if each process that listens has such a thread, awake or asleep, for
+// all that is known.
+bool AlertWaitingThreads(ChannelArea *channel);
+
+uint32_t CountSleepingThreads(ChannelArea const &channel);
+
+}  // namespace zolt
+
+#endif  // ZOLT41_NOTIFY_WAITING_THREAD_H_
