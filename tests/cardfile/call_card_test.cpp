@@ -1,24 +1,16 @@
 #include "zolt41/cardfile/call_card.h"
 
-#include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
-#include <iterator>
-#include <string>
 #include <tuple>
 
-#include "tests/support/child.h"
-#include "tests/support/files.h"
 #include "tests/support/format_page.h"
 #include "tests/support/full_disk.h"
+#include "tests/support/mem_bytes.h"
 #include "zolt41/cardfile/card_key.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/afs_file.h"
-#include "zolt41/foundation/mem_block.h"
 #include "zolt41/interchange/card_text_import.h"
 #include "zolt41/platform/system/file_calls.h"
 #include "zolt41/platform/system/last_failure.h"
@@ -36,47 +28,50 @@ class CallCardTest : public FileTest {
     card->GetStrProp(name, 0, 0, "-", buffer, 60);
     return buffer;
   }
+  static TYUserPrefs *Prefs(CallCard *card) { return static_cast<TYUserPrefs *>(card->Prefs()); }
+  int32_t SaveAs(std::string const &path) {
+    return card_.SaveCardAs(CardFormatBinary, path.c_str());
+  }
   // The files of the folder, links too.
   int64_t FileCount() const {
     return std::distance(std::filesystem::directory_iterator(home_.path()), {});
   }
+
+  std::string const path_ = Path("c");
+  CallCard card_{CardFormatBinary};
 };
 
 TEST_F(CallCardTest, BytesOfAFileAndItsVersion) {
-  std::string const path = Path("c");
-  CallCard card(CardFormatBinary);
-  AddName(&card);
-  card.SetKey("0123456789ABCDEFGHIJKLMN\0\0\0\0\0\0\0\0");
-  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, path.c_str()), 1);
-  EXPECT_EQ(card.Modified(), 0);
-  std::string const bytes = ContentOf(path);
+  AddName(&card_);
+  card_.SetKey("0123456789ABCDEFGHIJKLMN\0\0\0\0\0\0\0\0");
+  EXPECT_EQ(SaveAs(path_), 1);
+  EXPECT_EQ(card_.Modified(), 0);
+  std::string const bytes = ContentOf(path_);
   EXPECT_EQ(bytes, FromHex(ExampleOf("card_file.md")));
-  EXPECT_EQ(card.SaveCard(), 1);
-  EXPECT_EQ(ContentOf(path), bytes) << "the version in memory stays";
-  CallCard loaded(path.c_str());
+  EXPECT_EQ(card_.SaveCard(), 1);
+  EXPECT_EQ(ContentOf(path_), bytes) << "the version in memory stays";
+  CallCard loaded(path_.c_str());
   EXPECT_EQ(loaded.Format(), CardFormatBinary);
   EXPECT_EQ(loaded.GetVersion(), 1);
   loaded.SetParentalControl(-2);
   EXPECT_EQ(loaded.Modified(), 1);
   EXPECT_EQ(loaded.SaveCard(), 1);
-  EXPECT_EQ(ContentOf(path).substr(12, 4), "\xFE\xFF\xFF\xFF");
-  EXPECT_EQ(ContentOf(path)[48], 2);
-  EXPECT_EQ(ContentOf(path).substr(16, 32), bytes.substr(16, 32));
+  EXPECT_EQ(ContentOf(path_).substr(12, 4), "\xFE\xFF\xFF\xFF");
+  EXPECT_EQ(ContentOf(path_)[48], 2);
+  EXPECT_EQ(ContentOf(path_).substr(16, 32), bytes.substr(16, 32));
 }
 
 TEST_F(CallCardTest, TheFirstSaveMakesAKeyThatStays) {
-  std::string const path = Path("c");
-  CallCard card(CardFormatBinary);
-  EXPECT_STREQ(card.GetKey(), "");
-  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, (Path("none") + "/c").c_str()), 0);
-  EXPECT_STREQ(card.GetKey(), "") << "none without a file";
-  card.SaveCardAs(CardFormatBinary, path.c_str());
-  std::string const key = card.GetKey();
-  EXPECT_EQ(ContentOf(path).substr(16, 24).substr(0, key.size()), key);
-  EXPECT_EQ(ContentOf(path).substr(40, 8), std::string(8, '\0'));
+  EXPECT_STREQ(card_.GetKey(), "");
+  EXPECT_EQ(card_.SaveCardAs(CardFormatBinary, (Path("none") + "/c").c_str()), 0);
+  EXPECT_STREQ(card_.GetKey(), "") << "none without a file";
+  SaveAs(path_);
+  std::string const key = card_.GetKey();
+  EXPECT_EQ(ContentOf(path_).substr(16, 24).substr(0, key.size()), key);
+  EXPECT_EQ(ContentOf(path_).substr(40, 8), std::string(8, '\0'));
   CallCard other(CardFormatBinary);
   other.SaveCardAs(CardFormatBinary, Path("d").c_str());
-  EXPECT_NE(ContentOf(Path("d")).substr(16, 24), ContentOf(path).substr(16, 24));
+  EXPECT_NE(ContentOf(Path("d")).substr(16, 24), ContentOf(path_).substr(16, 24));
   for (int i = 0; i < 1000; i++) {
     char made[kCardKeySize];
     MakeCardKey(made);
@@ -85,25 +80,22 @@ TEST_F(CallCardTest, TheFirstSaveMakesAKeyThatStays) {
 }
 
 TEST_F(CallCardTest, PreferencesTravelInTheList) {
-  std::string const path = Path("c");
-  CallCard card(CardFormatBinary);
-  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, path.c_str()), 1);
-  EXPECT_EQ(card.PropCount(), 0U) << "no preferences, no property";
-  static_cast<TYUserPrefs *>(card.Prefs())->SetStr(7, "n", "v");
-  EXPECT_EQ(card.Modified(), 1);
-  EXPECT_EQ(card.SaveCard(), 1);
-  EXPECT_EQ(card.Modified(), 0);
-  CallCard loaded(path.c_str());
+  EXPECT_EQ(SaveAs(path_), 1);
+  EXPECT_EQ(card_.PropCount(), 0U) << "no preferences, no property";
+  Prefs(&card_)->SetStr(7, "n", "v");
+  EXPECT_EQ(card_.Modified(), 1);
+  EXPECT_EQ(card_.SaveCard(), 1);
+  EXPECT_EQ(card_.Modified(), 0);
+  CallCard loaded(path_.c_str());
   EXPECT_EQ(loaded.Prefs()->Exists(7, "n"), 1);
-  static_cast<TYUserPrefs *>(loaded.Prefs())->Clear();
+  Prefs(&loaded)->Clear();
   loaded.SaveCard();
   uint32_t length = 0;
   loaded.GetPropA(loaded.FindProp("L-BRNDL-TYPREFS", 0x80000000, 0, 0, nullptr), &length, nullptr,
                   nullptr, nullptr);
   EXPECT_EQ(length, 8U);
-  char *const list = card.Get();
-  CallCard copied(list, static_cast<int32_t>(GetMemSize(list)), CardFormatNone);
-  _DisposeMem(list);
+  std::string const list = Taken(card_.Get());
+  CallCard copied(list.data(), static_cast<int32_t>(list.size()), CardFormatNone);
   EXPECT_EQ(copied.Prefs()->Exists(7, "n"), 1);
   std::string const text = "\n\n\n[Settings]\nAutoOpen=1\n";
   CallCard read(CardFormatNone);
@@ -118,7 +110,7 @@ TEST_F(CallCardTest, CopiesHaveWhatIsSaid) {
   card.SetKey(std::string(32, 'k').c_str());
   card.SetPrivate(1);
   card.SetParentalControl(2);
-  static_cast<TYUserPrefs *>(card.Prefs())->SetStr(7, "n", "v");
+  Prefs(&card)->SetStr(7, "n", "v");
   std::unique_ptr<CallCard> const copy(card.Copy());
   EXPECT_EQ(copy->Format(), CardFormatText);
   EXPECT_EQ(copy->GetName(), std::string(255, 'n'));
@@ -191,10 +183,9 @@ TEST_F(CallCardTest, WhatIsNoCardFileIsTakenForText) {
   text.Load();
   EXPECT_EQ(Text(&text, "FN"), "Al") << "text that cannot be read replaces nothing";
 
-  CallCard card(CardFormatBinary);
-  AddName(&card);
-  card.SaveCardAs(CardFormatBinary, Path("c").c_str());
-  std::string bytes = ContentOf(Path("c"));
+  AddName(&card_);
+  SaveAs(path_);
+  std::string bytes = ContentOf(path_);
   bytes.replace(0, 9, "ln_091296");
   WriteContent(Path("small"), bytes);
   EXPECT_EQ(CallCard(Path("small").c_str()).Format(), CardFormatBinary);
@@ -204,11 +195,10 @@ TEST_F(CallCardTest, WhatIsNoCardFileIsTakenForText) {
 }
 
 TEST_F(CallCardTest, EveryCutAndFlippedFileIsReadOrRefused) {
-  CallCard card(CardFormatBinary);
-  AddName(&card);
-  static_cast<TYUserPrefs *>(card.Prefs())->SetStr(7, "n", "v");
-  card.SaveCardAs(CardFormatBinary, Path("c").c_str());
-  std::string const bytes = ContentOf(Path("c"));
+  AddName(&card_);
+  Prefs(&card_)->SetStr(7, "n", "v");
+  SaveAs(path_);
+  std::string const bytes = ContentOf(path_);
   for (size_t size = 0; size < bytes.size(); size++) {
     WriteContent(Path("cut"), bytes.substr(0, size));
     CallCard cut(Path("cut").c_str());
@@ -223,84 +213,71 @@ TEST_F(CallCardTest, EveryCutAndFlippedFileIsReadOrRefused) {
     flipped[at] = static_cast<char>(~flipped[at]);
     WriteContent(Path("cut"), flipped);
     CallCard loaded(Path("cut").c_str());
-    static_cast<TYUserPrefs *>(loaded.Prefs())->SetStr(7, "m", "w");
+    Prefs(&loaded)->SetStr(7, "m", "w");
     loaded.SavePrefs();
     EXPECT_LT(loaded.FindProp("L-BRNDL-TYPREFS", 0, 0, 0, nullptr), loaded.PropCount()) << at;
   }
 }
 
 TEST_F(CallCardTest, ASaveKeepsLinksModesAndOtherNames) {
-  std::string const path = Path("c");
-  CallCard card(CardFormatBinary);
-  card.SaveCardAs(CardFormatBinary, path.c_str());
-  ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+  SaveAs(path_);
+  ASSERT_EQ(chmod(path_.c_str(), 0640), 0);
   ASSERT_EQ(symlink("c", Path("link").c_str()), 0);
-  AddName(&card);
-  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, Path("link").c_str()), 1);
-  struct stat status {};
-  ASSERT_EQ(lstat(Path("link").c_str(), &status), 0);
-  EXPECT_TRUE(S_ISLNK(status.st_mode));
-  ASSERT_EQ(stat(path.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0640U);
-  ASSERT_EQ(link(path.c_str(), Path("second").c_str()), 0);
-  card.SetParentalControl(9);
-  EXPECT_EQ(card.SaveCard(), 1);
-  EXPECT_EQ(ContentOf(path), ContentOf(Path("second")));
+  AddName(&card_);
+  EXPECT_EQ(SaveAs(Path("link")), 1);
+  EXPECT_TRUE(std::filesystem::is_symlink(Path("link")));
+  EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms(0640));
+  ASSERT_EQ(link(path_.c_str(), Path("second").c_str()), 0);
+  card_.SetParentalControl(9);
+  EXPECT_EQ(card_.SaveCard(), 1);
+  EXPECT_EQ(ContentOf(path_), ContentOf(Path("second")));
   ASSERT_EQ(symlink("nowhere/c", Path("dangling").c_str()), 0);
-  EXPECT_EQ(card.SaveCardAs(CardFormatBinary, Path("dangling").c_str()), 0);
+  EXPECT_EQ(SaveAs(Path("dangling")), 0);
   EXPECT_EQ(FileCount(), 4) << "nothing is left beside them";
 }
 
 TEST_F(CallCardTest, AFileThatIsOpenElsewhereIsNotReplaced) {
-  std::string const path = Path("c");
-  CallCard card(CardFormatBinary);
-  card.SaveCardAs(CardFormatBinary, path.c_str());
+  SaveAs(path_);
   uint32_t file = 0;
-  ASSERT_EQ(AFS_LZOpenFile(path.c_str(), 1, &file), 0);
-  AddName(&card);
-  EXPECT_EQ(card.SaveCard(), 0);
+  ASSERT_EQ(AFS_LZOpenFile(path_.c_str(), 1, &file), 0);
+  AddName(&card_);
+  EXPECT_EQ(card_.SaveCard(), 0);
   EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 2);
   AFS_CloseFile(file);
-  EXPECT_EQ(card.SaveCard(), 1);
+  EXPECT_EQ(card_.SaveCard(), 1);
 }
 
 TEST_F(CallCardTest, AFullDiskLeavesTheOldFile) {
-  std::string const path = Path("c");
-  CallCard card(CardFormatBinary);
-  card.SaveCardAs(CardFormatBinary, path.c_str());
-  std::string const bytes = ContentOf(path);
-  card.AddProp("PHOTO", PropertyBitmap, 0, std::string(100000, 'p').data(), 100000);
+  SaveAs(path_);
+  std::string const bytes = ContentOf(path_);
+  card_.AddProp("PHOTO", PropertyBitmap, 0, std::string(100000, 'p').data(), 100000);
   // With a second name the file is written in its place.
   for (char const *name : {"none", "second"}) {
     if (std::string(name) == "second") {
-      ASSERT_EQ(link(path.c_str(), Path(name).c_str()), 0);
+      ASSERT_EQ(link(path_.c_str(), Path(name).c_str()), 0);
     }
-    Child full([&](Child::Pipe &) {
-      FullDisk const limit;
-      bool const failed = card.SaveCard() == 0 && card.Modified() == 1;
-      return failed && ZOLTLastFailure(nullptr, 0) == 3 ? 0 : 1;
-    });
-    EXPECT_EQ(full.Wait(), 0) << name;
-    EXPECT_EQ(ContentOf(path), bytes) << name;
+    EXPECT_TRUE(HoldsOnAFullDisk([&] {
+      return card_.SaveCard() == 0 && card_.Modified() == 1 && ZOLTLastFailure(nullptr, 0) == 3;
+    })) << name;
+    EXPECT_EQ(ContentOf(path_), bytes) << name;
   }
-  EXPECT_EQ(card.SaveCard(), 1);
+  EXPECT_EQ(card_.SaveCard(), 1);
   EXPECT_GT(ContentOf(Path("second")).size(), 100000U);
-  card.DeleteProp(0);
-  card.SaveCard();
-  EXPECT_EQ(ContentOf(path), bytes) << "a shorter one is cut";
+  card_.DeleteProp(0);
+  card_.SaveCard();
+  EXPECT_EQ(ContentOf(path_), bytes) << "a shorter one is cut";
 }
 
 TEST_F(CallCardTest, WhatCannotBeReadWholeIsNotSavedOver) {
-  std::string const path = Path("c");
-  CallCard(CardFormatBinary).SaveCardAs(CardFormatBinary, path.c_str());
-  ASSERT_EQ(truncate(path.c_str(), 0x80000000), 0);
-  CallCard card(path.c_str());
+  SaveAs(path_);
+  ASSERT_EQ(truncate(path_.c_str(), 0x80000000), 0);
+  CallCard card(path_.c_str());
   EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 6);
   EXPECT_EQ(card.Format(), CardFormatNone);
   AddName(&card);
   EXPECT_EQ(card.SaveCard(), 0);
   EXPECT_EQ(card.Modified(), 1);
-  EXPECT_EQ(std::filesystem::file_size(path), 0x80000000U);
+  EXPECT_EQ(std::filesystem::file_size(path_), 0x80000000U);
   ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
   CallCard pipe(Path("pipe").c_str());
   EXPECT_NE(ZOLTLastFailure(nullptr, 0), 0);
@@ -318,26 +295,25 @@ ssize_t ReadOrFail(int descriptor, void *bytes, size_t count) {
 
 TEST_F(CallCardTest, AReadThatFailsLeavesTheCardAndItsFile) {
   for (int32_t const format : {CardFormatBinary, CardFormatText}) {
-    std::string const path = Path("c");
     CallCard whole(format);
     for (int i = 0; i < 300; i++) AddName(&whole);
-    ASSERT_EQ(whole.SaveCardAs(format, path.c_str()), 1);
-    std::string const bytes = ContentOf(path);
+    ASSERT_EQ(whole.SaveCardAs(format, path_.c_str()), 1);
+    std::string const bytes = ContentOf(path_);
     FileCalls const usual = TheFileCalls();
     int failures = 0;
     for (bool failed = true; failed; failures += failed) {
       readsLeft = failures;
       TheFileCalls().read = ReadOrFail;
-      CallCard card(path.c_str());
+      CallCard card(path_.c_str());
       TheFileCalls() = usual;
       failed = readsLeft < 0;
-      EXPECT_EQ(card.PropCount(), failed ? 0U : CallCard(path.c_str()).PropCount());
+      EXPECT_EQ(card.PropCount(), failed ? 0U : CallCard(path_.c_str()).PropCount());
       if (!failed) break;
       EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 6) << failures;
       AddName(&card);
       EXPECT_EQ(card.SaveCard(), 0) << failures;
       EXPECT_EQ(card.Modified(), 1);
-      EXPECT_EQ(ContentOf(path), bytes) << format << " " << failures;
+      EXPECT_EQ(ContentOf(path_), bytes) << format << " " << failures;
       EXPECT_EQ(card.SaveCardAs(format, Path("other").c_str()), 1);
     }
     EXPECT_GT(failures, 1);
@@ -345,43 +321,39 @@ TEST_F(CallCardTest, AReadThatFailsLeavesTheCardAndItsFile) {
 }
 
 TEST_F(CallCardTest, TheLongestNamesCanBeSaved) {
+  std::filesystem::current_path(home_.path());
   for (size_t const length : {220U, 245U, 253U}) {
     // The place where the name of the new file is cut lies within a character.
-    std::string const name = std::string(length % 2, 'n');
-    std::filesystem::current_path(home_.path());
-    std::string path = name;
-    while (path.size() + 2 <= length) path += "\u00E9";
-    CallCard card(CardFormatBinary);
-    EXPECT_EQ(card.SaveCardAs(CardFormatBinary, path.c_str()), 1) << length;
-    EXPECT_EQ(card.SaveCard(), 1) << length;
+    std::string name = std::string(length % 2, 'n');
+    while (name.size() + 2 <= length) name += "\u00E9";
+    EXPECT_EQ(SaveAs(name), 1) << length;
+    EXPECT_EQ(card_.SaveCard(), 1) << length;
   }
   std::filesystem::current_path("/");
   EXPECT_EQ(FileCount(), 3);
 }
 
 TEST_F(CallCardTest, AWriterThatIsKilledLeavesTheOldFileOrTheNewOne) {
-  std::string const path = Path("c");
-  CallCard card(CardFormatBinary);
-  card.SaveCardAs(CardFormatBinary, path.c_str());
+  SaveAs(path_);
   std::string const large(1 << 20, 'x');
   for (int i = 0; i < 20; i++) {
     Child writer([&](Child::Pipe &pipe) {
       for (int32_t number = 0;; number++) {
         pipe.Say("goes");
-        card.DeleteProp(0);
-        card.AddProp("N", 0, static_cast<uint32_t>(number), large.data(), 1 << 20);
-        card.SaveCard();
+        card_.DeleteProp(0);
+        card_.AddProp("N", 0, static_cast<uint32_t>(number), large.data(), 1 << 20);
+        card_.SaveCard();
       }
       return 0;
     });
     for (int saves = 0; saves <= i % 4; saves++) writer.pipe().Hear();
     writer.Signal(9);
     writer.Wait();
-    CallCard loaded(path.c_str());
+    CallCard loaded(path_.c_str());
     ASSERT_EQ(loaded.Format(), CardFormatBinary);
     ASSERT_LE(loaded.PropCount(), 1U);
   }
-  card.SaveCard();
+  card_.SaveCard();
   EXPECT_EQ(FileCount(), 1) << "what dead writers left is removed";
 }
 

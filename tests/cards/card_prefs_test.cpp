@@ -1,12 +1,8 @@
 #include "zolt41/cards/card_prefs.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "tests/prefs/prefs_fixture.h"
-#include "tests/support/blob.h"
 #include "tests/support/format_page.h"
+#include "tests/support/mem_bytes.h"
 
 namespace zolt::testing {
 namespace {
@@ -35,37 +31,39 @@ class CardPrefsTest : public ::testing::Test {
   void Load(std::string const &blob) {
     store_.SetData(blob.data(), static_cast<uint32_t>(blob.size()));
   }
+  std::string Blob() { return Taken(store_.GetData()); }
+  void Reload() { Load(Blob()); }
+
   TYUserPrefs store_{PrefLevelCard, nullptr, 0};
 };
 
 TEST_F(CardPrefsTest, BytesOfAStore) {
-  EXPECT_EQ(BlobOf(&store_), FromHex("0100000000000000"));
+  EXPECT_EQ(Blob(), FromHex("0100000000000000"));
   store_.SetStr(0x474E524C, "AutoOpen", "Yes");
-  EXPECT_EQ(BlobOf(&store_), FromHex(ExampleOf("preference_blob.md")));
+  EXPECT_EQ(Blob(), FromHex(ExampleOf("preference_blob.md")));
   store_.Clear();
   store_.SetStr(2, "b", "");
   store_.SetStr(0x80000001, "Z", "\xE9");
   store_.SetStr(2, "Alpha", "1");
   EXPECT_EQ(Listed(&store_), "2147483649:Z=\xE9 2:Alpha=1 2:b= ");
-  EXPECT_EQ(BlobOf(&store_), FromHex("01000000 03000000") + FromHex("01000080") + Padded("Z") +
-                                 FromHex("04000000 00000000") + FromHex("02000000") +
-                                 Padded("Alpha") + FromHex("04000000 04000000") +
-                                 FromHex("02000000") + Padded("b") + FromHex("02000000 08000000") +
-                                 FromHex("E9000000 31000000 0000"));
-  std::string const blob = BlobOf(&store_);
+  EXPECT_EQ(Blob(), FromHex("01000000 03000000") + FromHex("01000080") + Padded("Z") +
+                        FromHex("04000000 00000000") + FromHex("02000000") + Padded("Alpha") +
+                        FromHex("04000000 04000000") + FromHex("02000000") + Padded("b") +
+                        FromHex("02000000 08000000") + FromHex("E9000000 31000000 0000"));
+  std::string const blob = Blob();
   store_.SetModified(0);
   Load(blob);
-  EXPECT_EQ(BlobOf(&store_), blob);
+  EXPECT_EQ(Blob(), blob);
   EXPECT_EQ(store_.GetModified(), 0);
 }
 
 TEST_F(CardPrefsTest, ValuesMoveOutWhenTheyGrowAndArePackedAgain) {
   store_.SetStr(1, "a", "four");
   store_.SetStr(1, "b", "keep");
-  Load(BlobOf(&store_));
-  size_t const size = BlobOf(&store_).size();
+  Reload();
+  size_t const size = Blob().size();
   store_.SetStr(1, "A", "two");  // in its place, under the name first written
-  EXPECT_EQ(BlobOf(&store_).size(), size - 2);
+  EXPECT_EQ(Blob().size(), size - 2);
   store_.SetStr(1, "a", "longer than it was");
   store_.SetStr(1, "a", "even longer than it was before");
   store_.SetStr(1, "b", "longer, too");
@@ -73,7 +71,7 @@ TEST_F(CardPrefsTest, ValuesMoveOutWhenTheyGrowAndArePackedAgain) {
   store_.Remove(1, "a");
   store_.SetStr(1, "c", "takes the place that is free");
   EXPECT_EQ(Listed(&store_), "1:b=longer, too 1:c=takes the place that is free ");
-  Load(BlobOf(&store_));
+  Reload();
   EXPECT_EQ(Listed(&store_), "1:b=longer, too 1:c=takes the place that is free ");
 }
 
@@ -102,8 +100,8 @@ TEST_F(CardPrefsTest, ABigEndianTableBecomesALittleEndianOne) {
   std::string const pool = FromHex("0041 0000");  // is not swapped
   Load(FromHex("00000000 00000001 00000005") + Padded("n") + FromHex("00000004 00000000") + pool);
   EXPECT_EQ(store_.Exists(5, "N"), 1);
-  EXPECT_EQ(BlobOf(&store_), FromHex("01000000 01000000 05000000") + Padded("n") +
-                                 FromHex("04000000 00000000") + pool);
+  EXPECT_EQ(Blob(), FromHex("01000000 01000000 05000000") + Padded("n") +
+                        FromHex("04000000 00000000") + pool);
 }
 
 TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
@@ -129,7 +127,7 @@ TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
   store_.SetStr(7, "none", "now written");
   store_.SetStr(9, "far", "near");
   EXPECT_EQ(Text(&store_, 7, "none") + Text(&store_, 9, "far"), "now writtennear");
-  Load(BlobOf(&store_));
+  Reload();
   EXPECT_EQ(Text(&store_, 9, "far"), "near");
 }
 
@@ -148,7 +146,7 @@ TEST_F(CardPrefsTest, ValuesThatShareTheirBytesDoNotMultiplyThem) {
   EXPECT_EQ(store_.Count(), static_cast<int32_t>(kSlots));
   EXPECT_NE(Text(&store_, 1, "n1000"), "-");
   EXPECT_EQ(Text(&store_, 1, "n1001"), "-");
-  EXPECT_EQ(BlobOf(&store_).size(), blob.size() + 1000);
+  EXPECT_EQ(Blob().size(), blob.size() + 1000);
 }
 
 TEST_F(CardPrefsTest, BytesThatCannotHoldTheirTableGiveAnEmptyStore) {
@@ -176,16 +174,6 @@ TEST_F(CardPrefsTest, BytesThatCannotHoldTheirTableGiveAnEmptyStore) {
 }
 
 class CardInChainTest : public PrefsTest {};
-
-TEST_F(CardInChainTest, ACardsValuesComeBeforeTheUsers) {
-  TYUserPrefs card(PrefLevelCard, nullptr, 0);
-  UserPrefs()->SetStr(kSection, "Volume", "70");
-  EXPECT_EQ(Read(&card, "Volume"), "70");
-  card.SetStr(kSection, "Volume", "40");
-  EXPECT_EQ(Read(&card, "Volume"), "40");
-  EXPECT_EQ(card.WriteNum(kSection, "Volume", 9, PrefLevelUser), 1);
-  EXPECT_EQ(Read(UserPrefs(), "Volume"), "9");
-}
 
 TEST_F(CardInChainTest, ATextThatNoBufferHoldsFallsToTheUser) {
   TYUserPrefs card(PrefLevelCard, nullptr, 0);

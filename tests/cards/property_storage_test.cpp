@@ -1,24 +1,16 @@
 #include "zolt41/cards/property_storage.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/support/format_page.h"
+#include "tests/support/mem_bytes.h"
 #include "zolt41/cards/property_format.h"
-#include "zolt41/foundation/mem_block.h"
 
 namespace zolt::testing {
 namespace {
 
 constexpr uint32_t kNone = 0xFFFFFFFF;
-
-std::string Taken(char *block) {
-  std::string bytes(block, GetMemSize(block));
-  _DisposeMem(block);
-  return bytes;
-}
 
 uint32_t Add(PCardStorage *list, char const *name, uint32_t type, uint32_t flags,
              std::string const &value) {
@@ -179,17 +171,13 @@ TEST(PropertyStorageTest, TheBestOfFlagsIsFound) {
   Add(&list, "tel", 0, kWork, "2");
   Add(&list, "TEL", 3, kHome | kWork, "3");
   Add(&list, "TEL", 0, kHome | kWork, "4");
-  struct Row {
-    uint32_t required;
-    uint32_t preferred;
-    uint32_t start;
-    uint32_t found;
-  };
-  for (Row const &row : {Row{0, 0, 0, 0}, Row{0, kHome | kWork, 0, 2}, Row{kWork, 0, 0, 1},
-                         Row{kWork, kHome, 0, 2}, Row{0, kWork, 0, 1}, Row{0, 0, 3, 3},
-                         Row{0, 0, 4, kNone}, Row{PropertyFax, kHome, 0, kNone}}) {
-    EXPECT_EQ(list.FindProp("TEL", row.required, row.preferred, row.start, nullptr), row.found);
-  }
+  std::tuple<uint32_t, uint32_t, uint32_t, uint32_t> const cases[] = {
+      {0, 0, 0, 0},     {0, kHome | kWork, 0, 2},
+      {kWork, 0, 0, 1}, {kWork, kHome, 0, 2},
+      {0, kWork, 0, 1}, {0, 0, 3, 3},
+      {0, 0, 4, kNone}, {PropertyFax, kHome, 0, kNone}};
+  for (auto const &[required, preferred, start, found] : cases)
+    EXPECT_EQ(list.FindProp("TEL", required, preferred, start, nullptr), found);
   uint32_t type = 9;
   list.FindProp("TEL", kHome | kWork, 0, 0, &type);
   EXPECT_EQ(type, 3U);
@@ -237,25 +225,17 @@ TEST(PropertyStorageTest, Comparisons) {
   Add(&list, "N", PropertyAscii, 0, std::string("Anna Bell\0", 10));
   Add(&list, "N", PropertyUnicode, 0, FromHex("4300E9008000 0000"));  // C, e acute, U+0080
   Add(&list, "E", PropertyUrl, 0, "");
-  struct Row {
-    char const *name;
-    int32_t oper;
-    char const *value;
-    int32_t matches;
-  };
-  for (Row const &row : {Row{"N", 0, "a b", 1},       Row{"N", 0, "x", 0},
-                         Row{"N", 1, "ANNA BELL", 1}, Row{"N", 1, "anna", 0},
-                         Row{"N", 2, "aNNA", 1},      Row{"N", 2, "bell", 0},
-                         Row{"N", 3, "BELL", 1},      Row{"N", 3, "anna", 0},
-                         Row{"N", 4, "anna", 0},      Row{"N", -1, "anna", 0},
-                         Row{"N", 0, "", 1},          Row{"N", 2, "", 1},
-                         Row{"N", 3, "", 1},          Row{"N", 1, "", 0},
-                         Row{"E", 1, "", 1},          Row{"N", 1, "c?\x80", 1},
-                         Row{"N", 1, "c?\xA0", 0},    Row{"N", 0, "a longer text than any", 0},
-                         Row{"X", 0, "", 0},          Row{"N", 0, nullptr, 1}}) {
-    EXPECT_EQ(list.Selected(row.name, static_cast<CSOper>(row.oper), row.value), row.matches)
-        << row.name << row.oper << (row.value == nullptr ? "null" : row.value);
-  }
+  std::tuple<char const *, int32_t, char const *, int32_t> const cases[] = {
+      {"N", 0, "a b", 1},    {"N", 0, "x", 0},      {"N", 1, "ANNA BELL", 1},
+      {"N", 1, "anna", 0},   {"N", 2, "aNNA", 1},   {"N", 2, "bell", 0},
+      {"N", 3, "BELL", 1},   {"N", 3, "anna", 0},   {"N", 4, "anna", 0},
+      {"N", -1, "anna", 0},  {"N", 0, "", 1},       {"N", 2, "", 1},
+      {"N", 3, "", 1},       {"N", 1, "", 0},       {"E", 1, "", 1},
+      {"N", 1, "c?\x80", 1}, {"N", 1, "c?\xA0", 0}, {"N", 0, "a longer text than any", 0},
+      {"X", 0, "", 0},       {"N", 0, nullptr, 1}};
+  for (auto const &[name, oper, value, matches] : cases)
+    EXPECT_EQ(list.Selected(name, static_cast<CSOper>(oper), value), matches)
+        << name << oper << (value == nullptr ? "null" : value);
 }
 
 TEST(PropertyStorageTest, TheHeaderLeavesOutLocalProperties) {

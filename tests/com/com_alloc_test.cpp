@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <string>
+#include <tuple>
 
 namespace zolt::testing {
 namespace {
@@ -58,11 +59,7 @@ TEST(GuidText, IsInBracesWithCapitalDigits) {
 }
 
 TEST(GuidText, IsReadOnlyWhole) {
-  struct {
-    char16_t const *text;
-    HRESULT result;
-    GUID id;
-  } const cases[] = {
+  std::tuple<char16_t const *, HRESULT, GUID> const cases[] = {
       {kIdText, S_OK, kId},
       {u"{5ed2dd58-7638-11d3-8fd3-00a02459fa0f}", S_OK, kId},
       {nullptr, S_OK, GUID_NULL},
@@ -70,12 +67,11 @@ TEST(GuidText, IsReadOnlyWhole) {
       {u"{5ED2DD58-7638-11D3-8FD3-00A02459FA0F}x", CO_E_CLASSSTRING, GUID_NULL},
       {u"{5ED2DD58-7638-11D3-8FD3-00A02459FA0F ", CO_E_CLASSSTRING, GUID_NULL},
       {u"{5ED2DD58-7638-11D3-8FD3-00A02459FA0G}", CO_E_CLASSSTRING, GUID_NULL},
-      {u"5ED2DD58-7638-11D3-8FD3-00A02459FA0F", CO_E_CLASSSTRING, GUID_NULL},
-  };
-  for (auto const &test : cases) {
+      {u"5ED2DD58-7638-11D3-8FD3-00A02459FA0F", CO_E_CLASSSTRING, GUID_NULL}};
+  for (auto const &[text, result, expected] : cases) {
     GUID id = kId;
-    EXPECT_EQ(CLSIDFromString(test.text, &id), test.result);
-    EXPECT_EQ(id, test.id);
+    EXPECT_EQ(CLSIDFromString(text, &id), result);
+    EXPECT_EQ(id, expected);
   }
 }
 

@@ -1,19 +1,14 @@
 #include "zolt41/platform/com/com_create.h"
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <atomic>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <thread>
+#include <tuple>
 
 #include "tests/support/child.h"
+#include "tests/support/files.h"
 #include "tests/support/key.h"
-#include "tests/support/temp_home.h"
 #include "zolt41/platform/com/com_ptr.h"
 #include "zolt41/platform/com/ref_counted.h"
 #include "zolt41/platform/registry/classes_root.h"
@@ -27,14 +22,13 @@ namespace fs = std::filesystem;
 constexpr CLSID kClass = IID_IClassFactory;
 constexpr char kClassKey[] = "{00000001-0000-0000-C000-000000000046}";
 
-class CreateTest : public ::testing::Test {
+class CreateTest : public FileTest {
  protected:
   CreateTest() { fs::copy_file(ZOLT_TEST_MODULE, module_); }
   ~CreateTest() override {
     Unload();
     EXPECT_FALSE(Loaded());
   }
-
   static void Unload() {
     setenv("ZOLT_TEST_UNLOAD", "1", 1);
     CoFreeUnusedLibraries();
@@ -66,8 +60,7 @@ class CreateTest : public ::testing::Test {
     return handle != nullptr;
   }
 
-  TempHome home_;
-  std::string module_ = home_.path() + "/module.so";
+  std::string module_ = Path("module.so");
 };
 
 TEST_F(CreateTest, LoadsAModuleOnceAndUnloadsItWhenItSaysSo) {
@@ -110,23 +103,19 @@ TEST_F(CreateTest, TheUsersClassComesBeforeTheMachines) {
 }
 
 TEST_F(CreateTest, LoadsModulesThatOthersCannotHaveChanged) {
-  std::string const folder = home_.path() + "/folder";
+  std::string const folder = Path("folder");
   std::string const inFolder = folder + "/module.so";
-  std::string const link = home_.path() + "/link.so";
+  std::string const link = Path("link.so");
+  std::string const chain = Path("chain.so");
   fs::create_directory(folder);
   fs::copy_file(module_, inFolder);
   fs::create_symlink(inFolder, link);
-  fs::create_symlink("folder/../folder/middle.so", home_.path() + "/chain.so");
+  fs::create_symlink("folder/../folder/middle.so", chain);
   fs::create_symlink(module_, folder + "/middle.so");
-  fs::create_directory_symlink("folder", home_.path() + "/other");
-  fs::create_symlink("round.so", home_.path() + "/round.so");
-  std::ofstream(folder + "/text.so") << "no module";
-  struct {
-    std::string path;
-    mode_t file;
-    mode_t folder;
-    HRESULT result;
-  } const cases[] = {
+  fs::create_directory_symlink("folder", Path("other"));
+  fs::create_symlink("round.so", Path("round.so"));
+  WriteContent(folder + "/text.so", "no module");
+  std::tuple<std::string, mode_t, mode_t, HRESULT> const cases[] = {
       {inFolder, 0755, 0755, S_OK},
       {link, 0755, 0755, S_OK},
       {inFolder, 0757, 0755, E_ACCESSDENIED},
@@ -134,11 +123,11 @@ TEST_F(CreateTest, LoadsModulesThatOthersCannotHaveChanged) {
       {inFolder, 0755, 0777, E_ACCESSDENIED},
       {link, 0755, 0777, E_ACCESSDENIED},
       {folder + "/../module.so", 0755, 0777, E_ACCESSDENIED},
-      {home_.path() + "/chain.so", 0755, 0755, S_OK},
-      {home_.path() + "/chain.so", 0755, 0777, E_ACCESSDENIED},
-      {home_.path() + "//./other/middle.so", 0755, 0755, S_OK},
-      {home_.path() + "/other/../module.so", 0755, 0777, E_ACCESSDENIED},
-      {home_.path() + "/round.so", 0755, 0755, CO_E_DLLNOTFOUND},
+      {chain, 0755, 0755, S_OK},
+      {chain, 0755, 0777, E_ACCESSDENIED},
+      {Path("/./other/middle.so"), 0755, 0755, S_OK},
+      {Path("other/../module.so"), 0755, 0777, E_ACCESSDENIED},
+      {Path("round.so"), 0755, 0755, CO_E_DLLNOTFOUND},
       {module_ + "/x.so", 0755, 0755, CO_E_DLLNOTFOUND},
       {inFolder, 0755, 01777, S_OK},
       {folder, 0755, 0755, E_ACCESSDENIED},
@@ -146,20 +135,19 @@ TEST_F(CreateTest, LoadsModulesThatOthersCannotHaveChanged) {
       {"", 0755, 0755, REGDB_E_CLASSNOTREG},
       {"/dev/null", 0755, 0755, E_ACCESSDENIED},
       {folder + "/none.so", 0755, 0755, CO_E_DLLNOTFOUND},
-      {folder + "/text.so", 0755, 0755, CO_E_ERRORINDLL},
-  };
-  for (auto const &test : cases) {
-    chmod(inFolder.c_str(), test.file);
-    chmod(folder.c_str(), test.folder);
-    Register(test.path);
-    EXPECT_EQ(Result(), test.result) << test.path << std::oct << test.file << test.folder;
+      {folder + "/text.so", 0755, 0755, CO_E_ERRORINDLL}};
+  for (auto const &[path, fileMode, folderMode, result] : cases) {
+    chmod(inFolder.c_str(), fileMode);
+    chmod(folder.c_str(), folderMode);
+    Register(path);
+    EXPECT_EQ(Result(), result) << path << std::oct << fileMode << folderMode;
     Unload();
-    bool const isModule = test.result != CO_E_ERRORINDLL;
+    bool const isModule = result != CO_E_ERRORINDLL;
     char offender[256] = "-";
-    HRESULT const check = ZOLTCheckModule(test.path.c_str(), offender, sizeof offender);
-    EXPECT_TRUE(check == test.result || !isModule || test.path.empty()) << test.path;
+    HRESULT const check = ZOLTCheckModule(path.c_str(), offender, sizeof offender);
+    EXPECT_TRUE(check == result || !isModule || path.empty()) << path;
     if (check == E_ACCESSDENIED) {
-      EXPECT_EQ(offender == folder, test.folder == 0777 || test.path == folder) << test.path;
+      EXPECT_EQ(offender == folder, folderMode == 0777 || path == folder) << path;
     }
   }
 }
@@ -183,19 +171,12 @@ TEST_F(CreateTest, AChildThatIsForkedMeanwhileCreates) {
   Register(module_);
   // The first use makes the locks, and has them looked after in forks.
   EXPECT_EQ(Result(), S_OK);
-  std::atomic<bool> done = false;
-  std::thread other([&] {
-    while (!done) {
-      EXPECT_EQ(Result(), S_OK);
-      CoFreeUnusedLibraries();
-    }
-  });
-  for (int i = 0; i < 20; i++) {
-    Child child([](Child::Pipe &) { return Result() == S_OK ? 0 : 1; });
-    EXPECT_EQ(child.Wait(), 0);
-  }
-  done = true;
-  other.join();
+  ForkMeanwhile(
+      [] {
+        EXPECT_EQ(Result(), S_OK);
+        CoFreeUnusedLibraries();
+      },
+      [] { return Result() == S_OK; });
 }
 
 TEST_F(CreateTest, ArgumentsAreAnswered) {

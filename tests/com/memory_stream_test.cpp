@@ -1,8 +1,6 @@
 #include "zolt41/platform/com/memory_stream.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
+#include <utility>
 
 #include "tests/support/stream.h"
 #include "zolt41/platform/system/global_block.h"
@@ -41,14 +39,11 @@ TEST_F(MemoryStreamTest, SeeksWithin63Bits) {
   uint64_t place = 0;
   EXPECT_EQ(Seek(stream_, -3, STREAM_SEEK_CUR, &place), S_OK);
   EXPECT_EQ(place, 1U);
-  struct {
-    int64_t move;
-    DWORD origin;
-  } const refused[] = {{-1, STREAM_SEEK_SET},        {-2, STREAM_SEEK_CUR},
-                       {-5, STREAM_SEEK_END},        {0, 3},
-                       {INT64_MAX, STREAM_SEEK_CUR}, {INT64_MIN, 2}};
-  for (auto const &test : refused) {
-    EXPECT_EQ(Seek(stream_, test.move, test.origin, &place), STG_E_INVALIDFUNCTION);
+  std::pair<int64_t, DWORD> const refused[] = {{-1, STREAM_SEEK_SET},        {-2, STREAM_SEEK_CUR},
+                                               {-5, STREAM_SEEK_END},        {0, 3},
+                                               {INT64_MAX, STREAM_SEEK_CUR}, {INT64_MIN, 2}};
+  for (auto const &[move, origin] : refused) {
+    EXPECT_EQ(Seek(stream_, move, origin, &place), STG_E_INVALIDFUNCTION);
     EXPECT_EQ(place, 1U) << "where it was";
   }
   EXPECT_EQ(Seek(stream_, INT64_MAX, STREAM_SEEK_SET), S_OK);

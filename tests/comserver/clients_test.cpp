@@ -1,13 +1,8 @@
 // The example clients, as somebody builds them who has the installed library, and as processes that
 // know the component interfaces alone.
-#include <gtest/gtest.h>
-#include <stdlib.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "tests/support/child.h"
 #include "tests/support/run_tool.h"
@@ -17,17 +12,6 @@
 namespace zolt::testing {
 namespace {
 
-// Becomes a program of `folder`.
-int Become(Child::Pipe const &pipe, std::vector<std::string> words, std::string const &folder) {
-  pipe.BecomeStandard();
-  words[0] = folder + "/" + words[0];
-  std::vector<char *> argv;
-  for (std::string &word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
-  execv(argv[0], argv.data());
-  return 127;
-}
-
 // A home with the library installed in it, whose class is registered.
 class ClientsTest : public ::testing::Test {
  protected:
@@ -36,7 +20,6 @@ class ClientsTest : public ::testing::Test {
     Shell("$ZOLT_HOME/prefix/bin/zolt -q register");
   }
   ~ClientsTest() override { LeaveHives(); }
-
   static void Shell(std::string const &line) {
     EXPECT_EQ(std::system(line.c_str()), 0) << line;  // NOLINT(cert-env33-c)
   }
@@ -48,10 +31,11 @@ class ClientsTest : public ::testing::Test {
           ".cpp' $(pkg-config --cflags --libs zolt41) "
           "-Wl,-rpath,$ZOLT_HOME/prefix/" ZOLT_LIBDIR);
   }
-
   std::unique_ptr<Child> Run(std::string const &line) const {
-    return std::make_unique<Child>(
-        [&](Child::Pipe &pipe) { return Become(pipe, Words(line), home_.path()); });
+    return std::make_unique<Child>([&](Child::Pipe &pipe) {
+      pipe.BecomeStandard();
+      return Child::Become(Words(home_.path() + "/" + line));
+    });
   }
   static void Tool(std::string const &line) { EXPECT_EQ(RunTool(Words(line)).code, 0) << line; }
 

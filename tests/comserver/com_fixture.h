@@ -1,11 +1,7 @@
 #ifndef ZOLT41_TESTS_COMSERVER_COM_FIXTURE_H_
 #define ZOLT41_TESTS_COMSERVER_COM_FIXTURE_H_
 
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <optional>
-#include <string>
 
 #include "tests/notify/listener.h"
 #include "tests/prefs/prefs_fixture.h"
@@ -67,33 +63,42 @@ class ServerTest : public ::testing::Test {
     // Sections to which messages are still on their way end with these.
     EXPECT_TRUE(DeliverUntil([] { return ServerReferences() == 0; }));
   }
-
   template <typename Interface>
   static ComPtr<Interface> Ask(IUnknown *object, REFIID iid) {
     ComPtr<Interface> face;
     EXPECT_EQ(object->QueryInterface(iid, face.VoidPlace()), S_OK);
     return face;
   }
-
   static ComPtr<IUnknown> Open(char const *name, int32_t parent = 0, int32_t kind = kUserStore) {
     ComPtr<IUnknown> section;
     EXPECT_EQ(OpenSection(parent, name, kind, IID_IUnknown, section.VoidPlace()), S_OK);
     return section;
   }
 
+  // A null pointer is left where none can be opened.
+  static HRESULT OpenResult(char const *name, int32_t parent = 0, int32_t kind = kUserStore,
+                            REFIID iid = IID_IUnknown) {
+    void *out = &out;
+    HRESULT const result = OpenSection(parent, name, kind, iid, &out);
+    EXPECT_EQ(out, nullptr);
+    return result;
+  }
   static ComPtr<IConnectionPoint> PointOf(IUnknown *section) {
     auto const container = Ask<IConnectionPointContainer>(section, IID_IConnectionPointContainer);
     ComPtr<IConnectionPoint> point;
     EXPECT_EQ(container->FindConnectionPoint(IID_IPropertyNotifySink, point.Place()), S_OK);
     return point;
   }
-
   static DWORD_PTR Advise(IUnknown *section, IUnknown *sink) {
     DWORD_PTR cookie = 0;
     EXPECT_EQ(PointOf(section)->Advise(sink, &cookie), S_OK);
     return cookie;
   }
-
+  static Sink *Connect(IUnknown *section) {
+    auto *const sink = new Sink;
+    Advise(section, sink);
+    return sink;
+  }
   static int32_t IdOf(char const *name, int32_t parent = 0) {
     return GetUserPrefs()->GetIDFromString(name, parent);
   }
@@ -101,12 +106,11 @@ class ServerTest : public ::testing::Test {
   // A value of a section, written as one transaction.
   static void Change(int32_t section, char const *value) {
     static int serial = 0;
+    std::string const text = value + std::to_string(serial++);
     Transaction transaction(PrefLevelUser);
-    transaction.SetStr(static_cast<uint32_t>(section), "v",
-                       (std::string(value) + std::to_string(serial++)).c_str());
+    transaction.SetStr(static_cast<uint32_t>(section), "v", text.c_str());
     EXPECT_EQ(transaction.Write(), Commit::done);
   }
-
   static std::string ReadBytes(char const *name, int32_t section) {
     uint32_t size = 0;
     auto const id = static_cast<uint32_t>(section);

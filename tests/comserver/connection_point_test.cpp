@@ -1,7 +1,5 @@
 #include "zolt41/comserver/connection_point.h"
 
-#include <vector>
-
 #include "tests/comserver/com_fixture.h"
 
 namespace zolt::testing {
@@ -26,10 +24,10 @@ class ConnectionTest : public ServerTest {
     return walk;
   }
   std::vector<IUnknown *> Connected() const { return Rest(Walk().get()); }
-  Sink *Connect() const {
-    auto *const sink = new Sink;
-    Advise(section_.get(), sink);
-    return sink;
+  Sink *Connect() const { return ServerTest::Connect(section_.get()); }
+
+  ComPtr<IConnectionPointContainer> Container() const {
+    return Ask<IConnectionPointContainer>(section_.get(), IID_IConnectionPointContainer);
   }
 
   ComPtr<IUnknown> section_ = Open("Points");
@@ -37,8 +35,7 @@ class ConnectionTest : public ServerTest {
 };
 
 TEST_F(ConnectionTest, TheOnePointIsFoundByItsInterface) {
-  auto const container =
-      Ask<IConnectionPointContainer>(section_.get(), IID_IConnectionPointContainer);
+  auto const container = Container();
   ComPtr<IConnectionPoint> none;
   EXPECT_EQ(container->FindConnectionPoint(IID_IStream, none.Place()), CONNECT_E_NOCONNECTION);
   EXPECT_FALSE(none);
@@ -59,8 +56,7 @@ TEST_F(ConnectionTest, TheOnePointIsFoundByItsInterface) {
 }
 
 TEST_F(ConnectionTest, NullIsAnswered) {
-  auto const container =
-      Ask<IConnectionPointContainer>(section_.get(), IID_IConnectionPointContainer);
+  auto const container = Container();
   DWORD_PTR cookie = 9;
   CONNECTDATA connection = {};
   auto const walk = Walk();

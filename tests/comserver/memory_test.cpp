@@ -1,5 +1,4 @@
 // Components when memory runs out.
-#include <vector>
 
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/failing_memory.h"
@@ -42,9 +41,7 @@ TEST_F(MemoryTest, ASectionIsOpenedWholeOrNotAtAll) {
     if (result == S_OK) break;
     EXPECT_TRUE(result == E_OUTOFMEMORY || result == E_FAIL) << failures << " " << result;
     EXPECT_EQ(section.get(), nullptr);
-    EXPECT_EQ(GetUserPrefs()->GetSectionFromID(GetUserPrefs()->GetIDFromString("Spare", 0)),
-              nullptr)
-        << "a record is left";
+    EXPECT_EQ(GetUserPrefs()->GetSectionFromID(IdOf("Spare")), nullptr) << "a record is left";
   }
   EXPECT_GT(failures, 5);
 }

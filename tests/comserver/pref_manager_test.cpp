@@ -1,11 +1,11 @@
 #include "zolt41/comserver/pref_manager.h"
 
-#include <cstring>
+#include <tuple>
 
 #include "tests/comserver/com_fixture.h"
+#include "tests/support/mem_bytes.h"
 #include "zolt41/comserver/class_factory.h"
 #include "zolt41/comserver/server_exports.h"
-#include "zolt41/foundation/mem_block.h"
 #include "zolt41/platform/com/com_alloc.h"
 
 namespace zolt::testing {
@@ -16,11 +16,7 @@ std::string CardImage(char const *name, char const *value) {
   CallCard card(CardFormatNone);
   card.Prefs()->WriteStr(0, name, value, PrefLevelThis);
   card.SavePrefs();
-  char *const list = card.Get();
-  std::string image(56, 'H');
-  image.append(list, GetMemSize(list));
-  _DisposeMem(list);
-  return image;
+  return std::string(56, 'H') + Taken(card.Get());
 }
 
 // Saves what it is told to, whatever size it told.
@@ -111,22 +107,20 @@ TEST_F(ManagerTest, RefusesWhatCannotBeSelected) {
   UserPrefs()->SetStr(0, "v", "user");
   SystemPrefs()->SetStr(0, "v", "system");
   ASSERT_EQ(manager_->SelectStore(nullptr, 2), S_OK);
-  auto *const source = new Source(CardImage("v", "card"));
-  ComPtr<IUnknown> const held(source);
+  ComPtr const source(new Source(CardImage("v", "card")));
   EXPECT_EQ(manager_->SelectStore(nullptr, 0), E_INVALIDARG);
-  for (int32_t const kind : {1, 2, 7, -1}) {
-    EXPECT_EQ(manager_->SelectStore(source, kind), E_INVALIDARG);
-  }
+  for (int32_t const kind : {1, 2, 7, -1})
+    EXPECT_EQ(manager_->SelectStore(source.get(), kind), E_INVALIDARG);
   for (int32_t const kind : {7, 3, -1}) EXPECT_EQ(manager_->SelectStore(nullptr, kind), E_FAIL);
   for (uint64_t const size : {uint64_t{0}, uint64_t{55}, uint64_t{0xFFFFFFFF}, uint64_t{1} << 32}) {
     source->size = size;
-    EXPECT_EQ(manager_->SelectStore(source, 0), E_FAIL) << size;
+    EXPECT_EQ(manager_->SelectStore(source.get(), 0), E_FAIL) << size;
   }
   source->size = 100;
   source->sizeResult = E_NOTIMPL;
-  EXPECT_EQ(manager_->SelectStore(source, 0), E_FAIL);
+  EXPECT_EQ(manager_->SelectStore(source.get(), 0), E_FAIL);
   source->hidden = true;
-  EXPECT_EQ(manager_->SelectStore(source, 0), E_FAIL);
+  EXPECT_EQ(manager_->SelectStore(source.get(), 0), E_FAIL);
   EXPECT_EQ(Value(), "system") << "as it was";
   EXPECT_EQ(source->AddRef(), 2U) << "nothing is kept of it";
   source->Release();
@@ -137,38 +131,32 @@ TEST_F(ManagerTest, RefusesWhatCannotBeSelected) {
 TEST_F(ManagerTest, TakesWhatALyingSourceLeaves) {
   std::string const image = CardImage("v", "card");
   UserPrefs()->SetStr(0, "v", "user");
-  struct {
-    char const *what;
-    std::string saved;
-    uint64_t size;
-    uint64_t cutTo;
-    HRESULT saveResult;
-    char const *value;
-  } const cases[] = {
-      {"fails but has saved", image, image.size(), UINT64_MAX, E_FAIL, "card"},
-      {"saves nothing", "", image.size(), UINT64_MAX, S_OK, "user"},
-      {"saves half", image.substr(0, image.size() / 2), image.size(), UINT64_MAX, S_OK, "user"},
-      {"saves more than it said, which moves the block", image + std::string(1 << 20, 'x'),
-       image.size(), UINT64_MAX, S_OK, "card"},
-      {"has much more room than it needs", image, image.size() + 100000, UINT64_MAX, S_OK, "card"},
-      {"says too little", image, 60, UINT64_MAX, S_OK, "user"},
-      {"has a head only", image, 56, UINT64_MAX, S_OK, "user"},
-      {"cuts the block", image, image.size(), 57, S_OK, "user"},
-      {"cuts it to nothing", image, image.size(), 0, S_OK, "user"},
-      {"saves garbage", std::string(5000, '\xFF'), 5000, UINT64_MAX, S_OK, "user"},
-      {"only the low half of the size counts", image, (uint64_t{5} << 32) + image.size(),
-       UINT64_MAX, S_OK, "card"},
-  };
-  for (auto const &test : cases) {
-    auto *const source = new Source(test.saved);
-    ComPtr<IUnknown> const held(source);
-    source->size = test.size;
-    source->cutTo = test.cutTo;
-    source->saveResult = test.saveResult;
-    EXPECT_EQ(manager_->SelectStore(source, 0), S_OK) << test.what;
-    EXPECT_EQ(source->kept->Write("x", 1, nullptr), S_OK) << "it may keep the stream";
-    source->kept.Reset();
-    EXPECT_EQ(Value(), test.value) << test.what;
+  size_t const size = image.size();
+  constexpr uint64_t kUncut = UINT64_MAX;
+  // What it saves, the size that it says, the size that it leaves, and what is read then.
+  std::tuple<char const *, std::string, uint64_t, uint64_t, char const *> const cases[] = {
+      {"all", image, size, kUncut, "card"},
+      {"nothing", "", size, kUncut, "user"},
+      {"half", image.substr(0, size / 2), size, kUncut, "user"},
+      {"more, which moves the block", image + std::string(1 << 20, 'x'), size, kUncut, "card"},
+      {"has more room than it needs", image, size + 100000, kUncut, "card"},
+      {"says too little", image, 60, kUncut, "user"},
+      {"has a head only", image, 56, kUncut, "user"},
+      {"cuts the block", image, size, 57, "user"},
+      {"cuts it to nothing", image, size, 0, "user"},
+      {"garbage", std::string(5000, '\xFF'), 5000, kUncut, "user"},
+      {"only the low half counts", image, (uint64_t{5} << 32) + size, kUncut, "card"}};
+  for (auto const &[what, saved, said, cutTo, value] : cases) {
+    for (HRESULT const result : {S_OK, E_FAIL}) {
+      ComPtr const source(new Source(saved));
+      source->size = said;
+      source->cutTo = cutTo;
+      source->saveResult = result;
+      EXPECT_EQ(manager_->SelectStore(source.get(), 0), S_OK) << what;
+      EXPECT_EQ(source->kept->Write("x", 1, nullptr), S_OK) << "it may keep the stream";
+      source->kept.Reset();
+      EXPECT_EQ(Value(), value) << what << result;
+    }
   }
 }
 

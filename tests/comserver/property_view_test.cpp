@@ -1,10 +1,10 @@
 #include "zolt41/comserver/property_view.h"
 
 #include <cstring>
+#include <tuple>
 
 #include "tests/comserver/com_fixture.h"
 #include "zolt41/platform/com/com_alloc.h"
-#include "zolt41/prefs/pref_sections.h"
 
 namespace zolt::testing {
 namespace {
@@ -38,11 +38,8 @@ class PropertyTest : public ServerTest {
   static PROPVARIANT Variant(VARTYPE type, int32_t number = 0) {
     PROPVARIANT variant = {};
     variant.vt = type;
-    if (type == VT_BOOL) {
-      variant.boolVal = static_cast<VARIANT_BOOL>(number);
-    } else {
-      variant.lVal = number;
-    }
+    variant.lVal = number;
+    if (type == VT_BOOL) variant.boolVal = static_cast<VARIANT_BOOL>(number);
     return variant;
   }
   // Reads a property as that type; numbers as text.
@@ -52,9 +49,8 @@ class PropertyTest : public ServerTest {
     if (variant.vt == VT_I4) text += std::to_string(variant.lVal);
     if (variant.vt == VT_BOOL) text += std::to_string(variant.boolVal);
     if (variant.vt == VT_BSTR) {
-      for (UINT i = 0; i < SysStringLen(variant.bstrVal); i++) {
+      for (UINT i = 0; i < SysStringLen(variant.bstrVal); i++)
         text += variant.bstrVal[i] < 0x80 ? static_cast<char>(variant.bstrVal[i]) : '#';
-      }
       SysFreeString(variant.bstrVal);
     }
     return text;
@@ -71,10 +67,10 @@ class PropertyTest : public ServerTest {
     PROPSPEC const spec = Named(name);
     EXPECT_EQ(properties_->WriteMultiple(1, &spec, &variant, 2), S_OK);
   }
-  void WriteText(char16_t const *name, BSTR text) {
+  void WriteText(BSTR text) {
     PROPVARIANT variant = Variant(VT_BSTR);
     variant.bstrVal = text;
-    Write(name, variant);
+    Write(u"t", variant);
     SysFreeString(text);
   }
 
@@ -85,18 +81,13 @@ TEST_F(PropertyTest, TheVariantDecidesHowAValueIsRead) {
   Store("n", "12");
   Store("t", "text");
   Store("y", "yes");
-  struct {
-    char16_t const *name;
-    PROPVARIANT variant;
-    char const *read;
-  } const cases[] = {
+  std::tuple<char16_t const *, PROPVARIANT, char const *> const cases[] = {
       {u"n", Variant(VT_I4, 5), "3:12"},          {u"n", Variant(VT_BOOL, -1), "11:0"},
       {u"t", Variant(VT_I4, 7), "3:7"},           {u"t", Variant(VT_BOOL), "11:-1"},
       {u"y", Variant(VT_BOOL), "11:-1"},          {u"absent", Variant(VT_I4, -9), "3:-9"},
       {u"absent", Variant(VT_BOOL, -1), "11:-1"}, {u"absent", Variant(VT_BOOL, 1), "11:0"},
-      {u"absent", Variant(VT_BOOL, 0), "11:0"},
-  };
-  for (auto const &test : cases) EXPECT_EQ(Read(Named(test.name), test.variant), test.read);
+      {u"absent", Variant(VT_BOOL, 0), "11:0"}};
+  for (auto const &[name, variant, read] : cases) EXPECT_EQ(Read(Named(name), variant), read);
   EXPECT_EQ(ReadText(Named(u"n")), "8:12");
   EXPECT_EQ(ReadText(Named(u"absent"), u"default"), "8:default");
   EXPECT_EQ(ReadText(Named(u"absent")), "8:");
@@ -127,16 +118,16 @@ TEST_F(PropertyTest, WritesTextsOfTheLocalCodePage) {
   EXPECT_EQ(ReadText(Named(u"b")), "8:Yes");
   Write(u"b", Variant(VT_BOOL, 1));
   EXPECT_EQ(Stored("b"), "No") << "only -1 is true";
-  WriteText(u"t", SysAllocString(u"\u20ACuro \u4E00"));
+  WriteText(SysAllocString(u"\u20ACuro \u4E00"));
   EXPECT_EQ(Stored("t"), "\x80uro ?");
   EXPECT_EQ(ReadText(Named(u"t")), "8:#uro ?");
-  WriteText(u"t", SysAllocStringLen(u"cut\0off", 7));
+  WriteText(SysAllocStringLen(u"cut\0off", 7));
   EXPECT_EQ(Stored("t"), "cut");
-  WriteText(u"t", nullptr);
+  WriteText(nullptr);
   EXPECT_EQ(Stored("t"), "");
-  WriteText(u"t", SysAllocString(std::u16string(255, u'x').c_str()));
+  WriteText(SysAllocString(std::u16string(255, u'x').c_str()));
   EXPECT_EQ(ReadText(Named(u"t")), "8:" + std::string(255, 'x'));
-  WriteText(u"t", SysAllocString(std::u16string(256, u'x').c_str()));
+  WriteText(SysAllocString(std::u16string(256, u'x').c_str()));
   EXPECT_EQ(ReadText(Named(u"t"), u"too long"), "8:too long");
 }
 
@@ -209,9 +200,7 @@ TEST_F(PropertyTest, AValueNameOf260BytesMakesASectionUnopenable) {
   EXPECT_EQ(Read(WithId(std::string(259, 'n').c_str()), Variant(VT_BOOL)), "11:0");
   Store(std::string(260, 'm').c_str(), "v");
   properties_.Reset();
-  void *out = nullptr;
-  EXPECT_EQ(OpenSection(0, "Props", kUserStore, IID_IUnknown, &out), E_FAIL);
-  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(OpenResult("Props"), E_FAIL);
 }
 
 }  // namespace

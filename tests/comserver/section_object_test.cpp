@@ -1,12 +1,10 @@
 #include "zolt41/comserver/section_object.h"
 
-#include <atomic>
-#include <thread>
+#include <tuple>
 
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/child.h"
 #include "zolt41/notify/transaction.h"
-#include "zolt41/prefs/pref_sections.h"
 
 namespace zolt::testing {
 namespace {
@@ -26,9 +24,7 @@ TEST_F(SectionTest, TwoOpensMeetInOneObject) {
 TEST_F(SectionTest, ComesWithItsKeysAndTakesAwayItsOwnRegistrationOnly) {
   int32_t const id = IdOf("Fresh");
   auto section = Open("Fresh");
-  HKEY key = 0;
-  EXPECT_EQ(RegOpenKeyA(SectionKey(0, 0), "Fresh", &key), ERROR_SUCCESS);
-  RegCloseKey(key);
+  EXPECT_EQ(InUserTree("Fresh", ""), "no value") << "but the key is there";
   EXPECT_NE(GetUserPrefs()->GetSectionFromID(id), nullptr);
   section.Reset();
   EXPECT_EQ(GetUserPrefs()->GetSectionFromID(id), nullptr);
@@ -41,29 +37,19 @@ TEST_F(SectionTest, ComesWithItsKeysAndTakesAwayItsOwnRegistrationOnly) {
 }
 
 TEST_F(SectionTest, RefusesWhatCannotBeOpened) {
-  struct {
-    std::string name;
-    int32_t parent;
-    int32_t kind;
-    HRESULT result;
-  } const cases[] = {{"A", 0, kCardStore, E_INVALIDARG},
-                     {"A", 0, 3, E_INVALIDARG},
-                     {"A", 0, -1, E_INVALIDARG},
-                     {"A", 0x12345678, kUserStore, E_FAIL},
-                     {"", 0, kUserStore, E_FAIL},
-                     {std::string(255, 'n') + "!", 0, kUserStore, E_FAIL},
-                     {std::string(259, 'n'), 0, kUserStore, E_FAIL},
-                     {std::string(10000, 'n'), 0, kSystemStore, E_FAIL}};
-  for (auto const &test : cases) {
-    void *out = &out;
-    EXPECT_EQ(OpenSection(test.parent, test.name.c_str(), test.kind, IID_IUnknown, &out),
-              test.result);
-    EXPECT_EQ(out, nullptr);
-  }
+  std::tuple<std::string, int32_t, int32_t, HRESULT> const cases[] = {
+      {"A", 0, kCardStore, E_INVALIDARG},
+      {"A", 0, 3, E_INVALIDARG},
+      {"A", 0, -1, E_INVALIDARG},
+      {"A", 0x12345678, kUserStore, E_FAIL},
+      {"", 0, kUserStore, E_FAIL},
+      {std::string(255, 'n') + "!", 0, kUserStore, E_FAIL},
+      {std::string(259, 'n'), 0, kUserStore, E_FAIL},
+      {std::string(10000, 'n'), 0, kSystemStore, E_FAIL}};
+  for (auto const &[name, parent, kind, result] : cases)
+    EXPECT_EQ(OpenResult(name.c_str(), parent, kind), result);
   EXPECT_EQ(OpenSection(0, "A", kUserStore, IID_IUnknown, nullptr), E_POINTER);
-  void *out = &out;
-  EXPECT_EQ(OpenSection(0, "A", kUserStore, IID_IStream, &out), E_NOINTERFACE);
-  EXPECT_EQ(out, nullptr);
+  EXPECT_EQ(OpenResult("A", 0, kUserStore, IID_IStream), E_NOINTERFACE);
   EXPECT_EQ(GetUserPrefs()->GetSectionFromID(IdOf("A")), nullptr);
   EXPECT_EQ(ServerReferences(), 1) << "nothing is left of those";
 }
@@ -71,10 +57,8 @@ TEST_F(SectionTest, RefusesWhatCannotBeOpened) {
 TEST_F(SectionTest, ARootIsNotRegisteredAndHearsChangesAtTheTop) {
   auto const root = Open(nullptr);
   EXPECT_EQ(GetUserPrefs()->GetSectionFromID(0), nullptr);
-  auto *const sink = new Sink;
-  Advise(root.get(), sink);
-  int32_t const top = 0;
-  BeginPrefsModify(top, PrefLevelUser, 0);
+  auto *const sink = Connect(root.get());
+  BeginPrefsModify(int32_t{0}, PrefLevelUser, 0);
   UserPrefs()->SetStr(0, "v", "x");
   EndPrefsModify();
   EXPECT_TRUE(DeliverUntil([&] { return sink->heard == 1; }));
@@ -87,11 +71,7 @@ TEST_F(SectionTest, BelowAnAncestorThatIsGoneNothingIsOpened) {
   auto const below = Open("Below", IdOf("Above"));
   int32_t const id = IdOf("Below", IdOf("Above"));
   above.Reset();
-  for (int32_t const parent : {IdOf("Above"), id}) {
-    void *out = &out;
-    EXPECT_EQ(OpenSection(parent, "Deeper", kUserStore, IID_IUnknown, &out), E_FAIL);
-    EXPECT_EQ(out, nullptr);
-  }
+  for (int32_t const parent : {IdOf("Above"), id}) EXPECT_EQ(OpenResult("Deeper", parent), E_FAIL);
   Change(id, "still");
   EXPECT_EQ(ReadBytes("v", id).substr(0, 5), "still");
   above = Open("Above");
@@ -101,15 +81,14 @@ TEST_F(SectionTest, BelowAnAncestorThatIsGoneNothingIsOpened) {
 TEST_F(SectionTest, TellsInOrderWhatAnotherProcessWritesToTwoSections) {
   auto const user = Open("One");
   auto const system = Open("Two", 0, kSystemStore);
-  auto *const first = new Sink;
-  auto *const deaf = new Sink;
-  auto *const last = new Sink;
+  for (char const name : {'f', 'd', 'l'}) {
+    auto *const sink = new Sink;
+    sink->name = name;
+    sink->deaf = name == 'd';
+    Advise(user.get(), sink);
+  }
   auto *const other = new Sink;
-  first->name = 'f';
-  deaf->deaf = true;
-  last->name = 'l';
   other->name = 'o';
-  for (Sink *sink : {first, deaf, last}) Advise(user.get(), sink);
   Advise(system.get(), other);
   Child writer([](Child::Pipe &) {
     ServerReference const server;
@@ -124,18 +103,15 @@ TEST_F(SectionTest, TellsInOrderWhatAnotherProcessWritesToTwoSections) {
 
 TEST_F(SectionTest, ASinkMayChangeWhoIsConnectedAndReleaseTheSection) {
   auto section = Open("Busy");
-  auto *const late = new Sink;
-  ComPtr<IUnknown> const heldLate(late);
-  auto *const last = new Sink;
-  ComPtr<IUnknown> const heldLast(last);
   DWORD_PTR cookie = 0;
-  auto *const leaving =
-      new Sink([&](Sink *) { EXPECT_EQ(PointOf(section.get())->Unadvise(cookie), S_OK); });
-  ComPtr<IUnknown> const heldLeaving(leaving);
-  cookie = Advise(section.get(), leaving);
-  Advise(section.get(), new Sink([&](Sink *) { Advise(section.get(), late); }));
+  ComPtr const late(new Sink);
+  ComPtr const last(new Sink);
+  ComPtr const leaving(
+      new Sink([&](Sink *) { EXPECT_EQ(PointOf(section.get())->Unadvise(cookie), S_OK); }));
+  cookie = Advise(section.get(), leaving.get());
+  Advise(section.get(), new Sink([&](Sink *) { Advise(section.get(), late.get()); }));
   Advise(section.get(), new Sink([&](Sink *) { section.Reset(); }));
-  Advise(section.get(), last);
+  Advise(section.get(), last.get());
   Change(IdOf("Busy"), "x");
   EXPECT_TRUE(DeliverUntil([&] { return last->heard == 1; }));
   EXPECT_EQ(leaving->heard, 1);
@@ -186,15 +162,13 @@ TEST_F(SectionTest, ASinkMayWrite) {
 
 TEST_F(SectionTest, IsReopenedAnewWhileItsMessagesAreOnTheirWay) {
   auto section = Open("Flight");
-  auto *const old = new Sink;
-  Advise(section.get(), old);
+  Connect(section.get());
   for (int i = 0; i < 3; i++) Change(IdOf("Flight"), "x");
   IUnknown *const before = section.get();
   section.Reset();
   section = Open("Flight");
   EXPECT_NE(section.get(), before);
-  auto *const sink = new Sink;
-  Advise(section.get(), sink);
+  auto *const sink = Connect(section.get());
   Change(IdOf("Flight"), "y");
   EXPECT_TRUE(DeliverUntil([&] { return sink->heard == 1; }));
   EXPECT_EQ(ServerReferences(), 2) << "the old one has gone by now";
@@ -204,42 +178,28 @@ TEST_F(SectionTest, IsReopenedAnewWhileItsMessagesAreOnTheirWay) {
 
 TEST_F(SectionTest, TwoApartmentsOpenAndCloseAtOnce) {
   auto const work = [](char const *own) {
+    ServerReference const server;
     for (int i = 0; i < 50; i++) {
       auto const alone = Open(own);
       auto const shared = Open("Both");
-      IStream *none = nullptr;
-      EXPECT_EQ(GetUserPrefs()->GetStream(static_cast<uint32_t>(IdOf(own)), "none", &none, 0),
-                E_FAIL);
+      auto const id = static_cast<uint32_t>(IdOf(own));
+      EXPECT_EQ(GetUserPrefs()->GetStream(id, "none", ComPtr<IStream>().Place(), 0), E_FAIL);
     }
   };
   server_.reset();
-  std::thread other([&] {
-    ServerReference const server;
-    work("Left");
-  });
-  {
-    ServerReference const server;
-    work("Right");
-  }
+  std::thread other(work, "Left");
+  work("Right");
   other.join();
 }
 
 TEST_F(SectionTest, AChildThatIsForkedMeanwhileOpensSections) {
   // The first use makes the locks, and has them looked after in forks.
   Open("Other");
-  std::atomic<bool> done = false;
-  std::thread other([&] {
-    while (!done) Open("Other");
-  });
-  for (int i = 0; i < 20; i++) {
-    Child child([](Child::Pipe &) {
-      Open("Other");
-      return ::testing::Test::HasFailure() ? 1 : 0;
-    });
-    EXPECT_EQ(child.Wait(), 0);
-  }
-  done = true;
-  other.join();
+  ForkMeanwhile([] { Open("Other"); },
+                [] {
+                  Open("Other");
+                  return !::testing::Test::HasFailure();
+                });
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 #include "zolt41/comserver/storage_view.h"
 
-#include <vector>
+#include <tuple>
+#include <utility>
 
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/stream.h"
 #include "zolt41/platform/com/com_alloc.h"
-#include "zolt41/prefs/pref_sections.h"
 
 namespace zolt::testing {
 namespace {
@@ -32,13 +32,19 @@ class StorageTest : public ServerTest {
     EXPECT_EQ(static_cast<bool>(stream), result == S_OK);
     return result;
   }
-  // Name, type and size of a record, which is given back.
-  static std::string Told(STATSTG *record) {
+  // Name, type and size of the next records, at most as many as are asked for.
+  static std::string Next(ComPtr<IEnumSTATSTG> const &walk, ULONG count, HRESULT result) {
+    STATSTG records[6] = {};
+    ULONG fetched = 9;
+    EXPECT_EQ(walk->Next(count, records, &fetched), result);
     std::string text;
-    for (char16_t const *at = record->pwcsName; *at != 0; at++) text += static_cast<char>(*at);
-    CoTaskMemFree(record->pwcsName);
-    text += " " + std::to_string(record->type) + " " + std::to_string(record->cbSize.QuadPart);
-    *record = {};
+    for (ULONG i = 0; i < fetched; i++) {
+      std::u16string const name = records[i].pwcsName;
+      CoTaskMemFree(records[i].pwcsName);
+      text += std::string(name.begin(), name.end()) + " " + std::to_string(records[i].type) + " " +
+              std::to_string(records[i].cbSize.QuadPart) + ", ";
+    }
+    EXPECT_EQ(records[fetched].type, 0U) << "no more than it says";
     return text;
   }
   static ComPtr<IEnumSTATSTG> Walk(ComPtr<IStorage> const &storage) {
@@ -62,9 +68,7 @@ TEST_F(StorageTest, CreatingWhatIsThereOpensIt) {
   EXPECT_EQ(OpenResult(store_, u"Sub"), S_OK);
   EXPECT_EQ(Create(store_, u"SUB").get(), made.get());
   auto const deeper = Create(made, u"Deeper");
-  HKEY key = 0;
-  EXPECT_EQ(RegOpenKeyA(SectionKey(IdOf("Store"), 0), "Sub\\Deeper", &key), ERROR_SUCCESS);
-  RegCloseKey(key);
+  EXPECT_EQ(InUserTree("Store\\Sub\\Deeper", ""), "no value") << "but the key is there";
   EXPECT_EQ(OpenResult(store_, u"Sub\\Deeper"), STG_E_FILENOTFOUND) << "a name is no path";
   Bytes("v", "below", REG_BINARY, IdOf("Deeper", IdOf("Sub", IdOf("Store"))));
   EXPECT_EQ(StreamResult(deeper, u"v"), S_OK);
@@ -73,14 +77,12 @@ TEST_F(StorageTest, CreatingWhatIsThereOpensIt) {
 TEST_F(StorageTest, CreatingAStreamKeepsTheBytesOfAnOldOne) {
   Bytes("old", "bytes");
   Bytes("text", std::string("abc\0", 4), REG_SZ);
-  struct {
-    char16_t const *name;
-    std::string bytes;
-  } const cases[] = {{u"old", "bytes"}, {u"new", ""}, {u"text", std::string("abc\0", 4)}};
-  for (auto const &test : cases) {
+  std::pair<char16_t const *, std::string> const cases[] = {
+      {u"old", "bytes"}, {u"new", ""}, {u"text", std::string("abc\0", 4)}};
+  for (auto const &[name, bytes] : cases) {
     ComPtr<IStream> stream;
-    ASSERT_EQ(store_->CreateStream(test.name, STGM_READ | STGM_CREATE, 0, 0, stream.Place()), S_OK);
-    EXPECT_EQ(testing::Read(stream, 64), test.bytes);
+    ASSERT_EQ(store_->CreateStream(name, STGM_READ | STGM_CREATE, 0, 0, stream.Place()), S_OK);
+    EXPECT_EQ(testing::Read(stream, 64), bytes);
   }
   EXPECT_EQ(ReadBytes("new", IdOf("Store")), "");
   EXPECT_EQ(StreamResult(store_, u"absent"), E_FAIL);
@@ -118,27 +120,22 @@ TEST_F(StorageTest, NamesAreBytesOfTheSameNumber) {
   Bytes("\x80\xE9\xFF", "high");
   EXPECT_EQ(StreamResult(store_, u"\u0080\u00E9\u00FF"), S_OK);
   auto const letters = [](size_t count) { return std::u16string(count, u'a'); };
-  struct {
-    std::u16string name;
-    HRESULT open;
-    HRESULT createStream;
-    HRESULT createStorage;
-  } const cases[] = {{u"\u0100", STG_E_INVALIDNAME, STG_E_INVALIDNAME, STG_E_INVALIDNAME},
-                     {u"a\u20AC", STG_E_INVALIDNAME, STG_E_INVALIDNAME, STG_E_INVALIDNAME},
-                     {u"\xD800", STG_E_INVALIDNAME, STG_E_INVALIDNAME, STG_E_INVALIDNAME},
-                     {letters(255), STG_E_FILENOTFOUND, S_OK, S_OK},
-                     {letters(256), STG_E_FILENOTFOUND, S_OK, E_FAIL},
-                     {letters(260), STG_E_FILENOTFOUND, STG_E_INVALIDNAME, E_FAIL},
-                     {letters(10000), STG_E_FILENOTFOUND, STG_E_INVALIDNAME, E_FAIL}};
-  for (auto const &test : cases) {
-    char16_t const *const name = test.name.c_str();
+  constexpr HRESULT kBad = STG_E_INVALIDNAME;
+  std::tuple<std::u16string, HRESULT, HRESULT, HRESULT> const cases[] = {
+      {u"\u0100", kBad, kBad, kBad},
+      {u"a\u20AC", kBad, kBad, kBad},
+      {u"\xD800", kBad, kBad, kBad},
+      {letters(255), STG_E_FILENOTFOUND, S_OK, S_OK},
+      {letters(256), STG_E_FILENOTFOUND, S_OK, E_FAIL},
+      {letters(260), STG_E_FILENOTFOUND, kBad, E_FAIL},
+      {letters(10000), STG_E_FILENOTFOUND, kBad, E_FAIL}};
+  for (auto const &[text, open, createStream, createStorage] : cases) {
+    char16_t const *const name = text.c_str();
     ComPtr<IStream> stream;
     ComPtr<IStorage> storage;
-    EXPECT_EQ(OpenResult(store_, name), test.open) << test.name.size();
-    EXPECT_EQ(store_->CreateStream(name, 0, 0, 0, stream.Place()), test.createStream)
-        << test.name.size();
-    EXPECT_EQ(store_->CreateStorage(name, 0, 0, 0, storage.Place()), test.createStorage)
-        << test.name.size();
+    EXPECT_EQ(OpenResult(store_, name), open) << text.size();
+    EXPECT_EQ(store_->CreateStream(name, 0, 0, 0, stream.Place()), createStream) << text.size();
+    EXPECT_EQ(store_->CreateStorage(name, 0, 0, 0, storage.Place()), createStorage) << text.size();
   }
   EXPECT_EQ(store_->CreateStream(u"", 0, 0, 0, ComPtr<IStream>().Place()), S_OK)
       << "the unnamed value";
@@ -152,27 +149,21 @@ TEST_F(StorageTest, WalksSubkeysThenValues) {
   Bytes("bytes", "12345");
   Bytes("text", std::string("t\0", 2), REG_SZ);
   auto const walk = Walk(store_);
-  STATSTG records[6] = {};
-  ULONG fetched = 9;
-  EXPECT_EQ(walk->Next(0, records, &fetched), S_OK) << "0 counts as 1";
-  EXPECT_EQ(fetched, 1U);
-  EXPECT_EQ(Told(&records[0]), "First 1 0");
+  EXPECT_EQ(Next(walk, 0, S_OK), "First 1 0, ") << "0 counts as 1";
   ComPtr<IEnumSTATSTG> clone;
   EXPECT_EQ(walk->Clone(clone.Place()), S_OK);
-  EXPECT_EQ(walk->Next(6, records, &fetched), S_FALSE);
-  EXPECT_EQ(fetched, 3U);
-  EXPECT_EQ(Told(&records[0]), "Second 1 0");
-  EXPECT_EQ(Told(&records[1]), "bytes 2 5");
-  EXPECT_EQ(Told(&records[2]), "text 4 2");
-  EXPECT_EQ(walk->Next(1, records, &fetched), S_FALSE);
-  EXPECT_EQ(fetched, 0U);
-  EXPECT_EQ(clone->Skip(2), S_OK);
-  EXPECT_EQ(clone->Next(1, records, nullptr), S_OK);
-  EXPECT_EQ(Told(&records[0]), "text 4 2");
+  EXPECT_EQ(Next(walk, 5, S_FALSE), "Second 1 0, bytes 2 5, text 4 2, ");
+  EXPECT_EQ(Next(walk, 1, S_FALSE), "");
+  EXPECT_EQ(clone->Skip(1), S_OK);
+  STATSTG record = {};
+  EXPECT_EQ(clone->Next(1, &record, nullptr), S_OK);
+  CoTaskMemFree(record.pwcsName);
+  EXPECT_EQ(Next(clone, 1, S_OK), "text 4 2, ");
   EXPECT_EQ(clone->Skip(0), S_OK);
   EXPECT_EQ(clone->Skip(1), S_FALSE);
   EXPECT_EQ(walk->Reset(), S_OK);
   EXPECT_EQ(walk->Skip(0x80000000), S_FALSE) << "past the end";
+  ULONG fetched = 9;
   EXPECT_EQ(walk->Next(1, nullptr, &fetched), E_INVALIDARG);
   EXPECT_EQ(walk->Clone(nullptr), E_INVALIDARG);
 }
@@ -182,19 +173,13 @@ TEST_F(StorageTest, AWalkKeepsItsCountWhenTheKeyChanges) {
   auto const walk = Walk(store_);
   store_.Reset();
   Bytes("d", "");
-  GetUserPrefs()->RemoveValue(static_cast<uint32_t>(IdOf("Store")), "a");
-  GetUserPrefs()->RemoveValue(static_cast<uint32_t>(IdOf("Store")), "b");
-  STATSTG records[3] = {};
-  ULONG fetched = 0;
-  EXPECT_EQ(walk->Next(3, records, &fetched), S_FALSE);
-  EXPECT_EQ(fetched, 2U);
-  EXPECT_EQ(Told(&records[0]), "c 2 0");
-  EXPECT_EQ(Told(&records[1]), "d 2 0");
-  EXPECT_EQ(records[2].type, 0U);
+  for (char const *name : {"a", "b"})
+    GetUserPrefs()->RemoveValue(static_cast<uint32_t>(IdOf("Store")), name);
+  EXPECT_EQ(Next(walk, 3, S_FALSE), "c 2 0, d 2 0, ");
   EXPECT_EQ(walk->Skip(1), S_OK) << "by the old count";
   ComPtr<IEnumSTATSTG> clone;
   EXPECT_EQ(walk->Clone(clone.Place()), S_OK);
-  EXPECT_EQ(clone->Next(1, records, nullptr), S_FALSE) << "counted anew, it stands past the end";
+  EXPECT_EQ(Next(clone, 1, S_FALSE), "") << "counted anew, it stands past the end";
 }
 
 TEST_F(StorageTest, DestroysStoragesOnlyAndSectionsOnThemLiveOn) {
@@ -211,8 +196,7 @@ TEST_F(StorageTest, DestroysStoragesOnlyAndSectionsOnThemLiveOn) {
   EXPECT_EQ(deep->CreateStream(u"s", 0, 0, 0, stream.Place()), E_FAIL);
   ComPtr<IStorage> below;
   EXPECT_EQ(deep->CreateStorage(u"s", 0, 0, 0, below.Place()), E_FAIL);
-  STATSTG record = {};
-  EXPECT_EQ(Walk(deep)->Next(1, &record, nullptr), S_FALSE);
+  EXPECT_EQ(Next(Walk(deep), 1, S_FALSE), "");
   EXPECT_EQ(OpenResult(deep, u"s"), STG_E_FILENOTFOUND);
   EXPECT_EQ(deep->DestroyElement(u"s"), STG_E_ACCESSDENIED);
 }

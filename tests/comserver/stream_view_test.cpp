@@ -1,8 +1,7 @@
 #include "zolt41/comserver/stream_view.h"
 
-#include <unistd.h>
-
 #include <fstream>
+#include <tuple>
 
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/child.h"
@@ -36,23 +35,20 @@ class StreamTest : public ServerTest {
 };
 
 TEST_F(StreamTest, TheModeDecidesWhatIsAllowed) {
-  struct {
-    DWORD mode;
-    HRESULT read;
-    HRESULT write;
-  } const cases[] = {{STGM_READ, S_OK, STG_E_ACCESSDENIED},
-                     {STGM_WRITE, STG_E_ACCESSDENIED, S_OK},
-                     {STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, S_OK, S_OK},
-                     {STGM_WRITE | STGM_READWRITE, STG_E_ACCESSDENIED, S_OK},
-                     {STGM_TRANSACTED, S_OK, STG_E_ACCESSDENIED}};
-  for (auto const &test : cases) {
-    auto const stream = OpenStream(test.mode);
+  std::tuple<DWORD, HRESULT, HRESULT> const cases[] = {
+      {STGM_READ, S_OK, STG_E_ACCESSDENIED},
+      {STGM_WRITE, STG_E_ACCESSDENIED, S_OK},
+      {STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, S_OK, S_OK},
+      {STGM_WRITE | STGM_READWRITE, STG_E_ACCESSDENIED, S_OK},
+      {STGM_TRANSACTED, S_OK, STG_E_ACCESSDENIED}};
+  for (auto const &[mode, read, write] : cases) {
+    auto const stream = OpenStream(mode);
     char byte = 0;
     ULONG count = 9;
-    EXPECT_EQ(stream->Read(&byte, 0, &count), test.read) << test.mode;
+    EXPECT_EQ(stream->Read(&byte, 0, &count), read) << mode;
     EXPECT_EQ(count, 0U);
-    EXPECT_EQ(stream->Write("x", 0, nullptr), test.write) << test.mode;
-    EXPECT_EQ(stream->Commit(0), test.write) << test.mode;
+    EXPECT_EQ(stream->Write("x", 0, nullptr), write) << mode;
+    EXPECT_EQ(stream->Commit(0), write) << mode;
     EXPECT_EQ(stream->SetSize(Wide(10)), S_OK) << "whatever the mode";
     EXPECT_EQ(stream->Revert(), S_OK);
   }
@@ -78,12 +74,7 @@ TEST_F(StreamTest, AWriteEndsTheValue) {
 TEST_F(StreamTest, SeeksForwardOnly) {
   auto const stream = OpenStream(STGM_READ);
   EXPECT_EQ(Seek(stream, 3, STREAM_SEEK_SET), S_OK);
-  struct {
-    int64_t move;
-    DWORD origin;
-    HRESULT result;
-    uint64_t reported;
-  } const cases[] = {
+  std::tuple<int64_t, DWORD, HRESULT, uint64_t> const cases[] = {
       {-1, STREAM_SEEK_CUR, STG_E_INVALIDFUNCTION, 0},
       {-1, STREAM_SEEK_END, STG_E_INVALIDFUNCTION, 0},
       {int64_t{1} << 32, STREAM_SEEK_SET, STG_E_INVALIDFUNCTION, 0},
@@ -92,12 +83,11 @@ TEST_F(StreamTest, SeeksForwardOnly) {
       {0, 9, S_OK, 3},
       {2, STREAM_SEEK_CUR, S_OK, 5},
       {5, STREAM_SEEK_END, S_OK, 15},
-      {0x7FFFFFFF, STREAM_SEEK_SET, S_OK, 0x7FFFFFFF},
-  };
-  for (auto const &test : cases) {
+      {0x7FFFFFFF, STREAM_SEEK_SET, S_OK, 0x7FFFFFFF}};
+  for (auto const &[move, origin, result, reported] : cases) {
     uint64_t place = 0;
-    EXPECT_EQ(Seek(stream, test.move, test.origin, &place), test.result) << test.move;
-    EXPECT_EQ(place, test.reported) << test.move;
+    EXPECT_EQ(Seek(stream, move, origin, &place), result) << move;
+    EXPECT_EQ(place, reported) << move;
   }
 }
 
@@ -210,17 +200,14 @@ TEST_F(StreamTest, OpensAnyTypeAlongTheChainAndWritesToItsStore) {
 TEST_F(StreamTest, RefusesNamesAndPlacesThatCannotBe) {
   std::string const longest(259, 'n');
   IStream *stream = nullptr;
-  struct {
-    uint32_t section;
-    std::string name;
-    HRESULT result;
-  } const cases[] = {{0x12345678, "v", E_FAIL},
-                     {kSection, "", E_FAIL},
-                     {kSection, longest, E_FAIL},
-                     {kSection, longest + 'n', STG_E_INVALIDNAME},
-                     {kSection, std::string(10000, 'n'), STG_E_INVALIDNAME}};
-  for (auto const &test : cases) {
-    EXPECT_EQ(GetUserPrefs()->GetStream(test.section, test.name.c_str(), &stream, 0), test.result);
+  std::tuple<uint32_t, std::string, HRESULT> const cases[] = {
+      {0x12345678, "v", E_FAIL},
+      {kSection, "", E_FAIL},
+      {kSection, longest, E_FAIL},
+      {kSection, longest + 'n', STG_E_INVALIDNAME},
+      {kSection, std::string(10000, 'n'), STG_E_INVALIDNAME}};
+  for (auto const &[section, name, result] : cases) {
+    EXPECT_EQ(GetUserPrefs()->GetStream(section, name.c_str(), &stream, 0), result);
     EXPECT_EQ(stream, nullptr);
   }
   Store(longest.c_str(), "long");

@@ -7,6 +7,7 @@
 #include <limits>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -53,14 +54,12 @@ TEST(AZString, ConcatAndSetLenInPlace) {
 
 TEST(AZString, Numbers) {
   constexpr int32_t kMin = std::numeric_limits<int32_t>::min();
-  std::pair<char const *, int32_t> const cases[] = {
-      {" \t+7ab", 7},
-      {"-x", 0},
-      {"0x10", 0},
-      {"-2147483648", kMin},
-      {"99999999999", 1215752191},
-      {"-9876543210", -1286608618},
-  };
+  std::pair<char const *, int32_t> const cases[] = {{" \t+7ab", 7},
+                                                    {"-x", 0},
+                                                    {"0x10", 0},
+                                                    {"-2147483648", kMin},
+                                                    {"99999999999", 1215752191},
+                                                    {"-9876543210", -1286608618}};
   for (auto const &[text, number] : cases) EXPECT_EQ(AZStr2Num(text), number) << text;
   AString written;
   EXPECT_EQ(Num2AStr(kMin, written.bytes), 11);
@@ -97,11 +96,8 @@ TEST(AString, ConcatKeepsTheFirstAndCutsTheSecond) {
 }
 
 TEST(AString, ExtractChars) {
-  struct {
-    int32_t start;
-    int32_t count;
-    char const *body;
-  } const cases[] = {{0, 3, "abc"}, {4, 2147483647, "ef"}, {6, 1, ""}, {2, -1, ""}, {-1, 2, ""}};
+  std::tuple<int32_t, int32_t, char const *> const cases[] = {
+      {0, 3, "abc"}, {4, 2147483647, "ef"}, {6, 1, ""}, {2, -1, ""}, {-1, 2, ""}};
   for (auto const &[start, count, body] : cases) {
     AString text("abcdef");
     AStrExtractChars(text.bytes, text.bytes, start, count);

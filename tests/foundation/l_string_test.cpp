@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -21,15 +22,9 @@ TEST(LString, ConvertsTheCountedBytesInPlace) {
 }
 
 TEST(LString, OrderWithAndWithoutCase) {
-  struct {
-    char const *a;
-    char const *b;
-    int32_t exact;
-    int32_t blind;
-  } const cases[] = {
+  std::tuple<char const *, char const *, int32_t, int32_t> const cases[] = {
       {"Name", "name", -1, 0},   {"\xC9", "\xE9", -1, 0}, {"b", "A", 1, 1}, {"a", "\xE9", -1, -1},
-      {"\x8Az", "\x9Ay", -1, 1}, {"ab", "a", 1, 1},       {"", "", 0, 0},
-  };
+      {"\x8Az", "\x9Ay", -1, 1}, {"ab", "a", 1, 1},       {"", "", 0, 0}};
   for (auto const &[a, b, exact, blind] : cases) {
     EXPECT_EQ(LZStrCompare(a, b, 1), exact) << a << " and " << b;
     EXPECT_EQ(LZStrCompare(a, b, 0), blind) << a << " and " << b;

@@ -1,10 +1,8 @@
 #include "zolt41/foundation/text_coding.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
+#include <array>
 #include <random>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/format_page.h"
@@ -12,11 +10,9 @@
 namespace zolt::testing {
 namespace {
 
-// Both ways that the bytes can go.
-std::vector<CodingBlocks const *> Ways() {
-  std::vector<CodingBlocks const *> ways = {nullptr};
-  if (VectorBlocks() != nullptr) ways.push_back(VectorBlocks());
-  return ways;
+// Both ways that the bytes can go; the same where there is one.
+std::array<CodingBlocks const *, 2> Ways() {
+  return {nullptr, VectorBlocks()};
 }
 
 std::string RandomBytes(size_t size) {
@@ -88,9 +84,8 @@ TEST(TextCodingTest, OtherTextIsRefused) {
     EXPECT_FALSE(DecodeBase64(text, &bytes)) << text;
   }
   EXPECT_TRUE(DecodeBase64("QUI=", &bytes) && bytes == "AB");
-  for (char const *const text : {"0", "000", "0a", "G0", "0:", " 0"}) {
+  for (char const *const text : {"0", "000", "0a", "G0", "0:", " 0"})
     EXPECT_FALSE(DecodeHex(text, &bytes)) << text;
-  }
 }
 
 TEST(TextCodingTest, LinesOfSixtyCharacters) {
@@ -105,11 +100,7 @@ TEST(TextCodingTest, LinesOfSixtyCharacters) {
 TEST(TextCodingTest, QuotedPrintable) {
   std::string const x59(59, 'x');
   std::string const x57 = x59.substr(2);
-  struct Row {
-    std::string text;
-    std::string quoted;
-  };
-  Row const rows[] = {
+  std::pair<std::string, std::string> const rows[] = {
       {"", ""},
       {"a=b\tc\x1F\x7F\x80\xE9~", "a=3Db\tc=1F\x7F=80=E9~"},
       {"a\r\nb\rc\nd\r", "a=0Ab=0Acd=0A"},
@@ -123,9 +114,8 @@ TEST(TextCodingTest, QuotedPrintable) {
       {"a \t\r\nb", "a \t=\r\n=0Ab"},
       {"a \nb", "a b"},
       // The line's length is not counted anew behind a blank.
-      {" \r\n" + x59, " =\r\n=0A" + x59.substr(7) + "=\r\n" + x59.substr(52)},
-  };
-  for (Row const &row : rows) EXPECT_EQ(QuotedPrintable(row.text), row.quoted) << row.text;
+      {" \r\n" + x59, " =\r\n=0A" + x59.substr(7) + "=\r\n" + x59.substr(52)}};
+  for (auto const &[text, quoted] : rows) EXPECT_EQ(QuotedPrintable(text), quoted) << text;
 }
 
 }  // namespace

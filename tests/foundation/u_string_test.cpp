@@ -79,13 +79,9 @@ TEST(UString, CopiesOverlap) {
 }
 
 TEST(UString, ConcatKeepsTheFirstWhole) {
-  struct {
-    size_t a;
-    size_t b;
-    size_t kept;
-    int32_t result;
-  } const cases[] = {{200, 55, 55, 0}, {200, 56, 55, -74}, {255, 255, 0, -74},
-                     {0, 255, 255, 0}, {3, 3, 3, 0},       {0, 0, 0, 0}};
+  std::tuple<size_t, size_t, size_t, int32_t> const cases[] = {
+      {200, 55, 55, 0}, {200, 56, 55, -74}, {255, 255, 0, -74},
+      {0, 255, 255, 0}, {3, 3, 3, 0},       {0, 0, 0, 0}};
   for (auto const &[a, b, kept, result] : cases) {
     std::u16string const expected = std::u16string(a, u'a') + std::u16string(kept, u'b');
     // Into a string of its own, over the first, and over the second.
@@ -131,13 +127,9 @@ TEST(UString, WalksNeverPassTheEnds) {
 }
 
 TEST(UString, ExtractChars) {
-  struct {
-    int32_t start;
-    int32_t count;
-    char16_t const *result;
-  } const cases[] = {{0, 3, u"abc"}, {4, 2147483647, u"ef"}, {6, 1, u""},
-                     {2, -1, u""},   {-1, 2, u""},           {2, 0, u""},
-                     {5, 1, u"f"}};
+  std::tuple<int32_t, int32_t, char16_t const *> const cases[] = {
+      {0, 3, u"abc"}, {4, 2147483647, u"ef"}, {6, 1, u""}, {2, -1, u""}, {-1, 2, u""}, {2, 0, u""},
+      {5, 1, u"f"}};
   for (auto const &[start, count, result] : cases) {
     UString text(u"abcdef", 0);
     UStrExtractChars(text.bytes, text.bytes, start, count);

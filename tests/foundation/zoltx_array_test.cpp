@@ -1,37 +1,11 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
 #include <string>
 #include <vector>
 
+#include "tests/support/failing_memory.h"
 #include "zolt41/foundation/zoltx_ptr_array.h"
 #include "zolt41/foundation/zoltx_string_array.h"
-
-namespace {
-
-// How many more allocations there is memory for; below 0 there is no end.
-int allocationsLeft = -1;
-
-// Not inlined: the compiler takes the pair of them for a mismatch.
-[[gnu::noinline]] void Free(void *memory) {
-  std::free(memory);
-}
-
-}  // namespace
-
-void *operator new(std::size_t size) {
-  void *const memory = allocationsLeft == 0 ? nullptr : std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  if (allocationsLeft > 0) allocationsLeft--;
-  return memory;
-}
-void operator delete(void *memory) noexcept {
-  Free(memory);
-}
-void operator delete(void *memory, std::size_t) noexcept {
-  Free(memory);
-}
 
 namespace {
 
@@ -41,9 +15,8 @@ void *const letterH = letters + 7;
 
 std::string Elements(ZOLTXPtrArray const &array) {
   std::string elements;
-  for (int32_t i = 0; i < array.GetSize(); i++) {
+  for (int32_t i = 0; i < array.GetSize(); i++)
     elements += array[i] == nullptr ? '.' : *static_cast<char const *>(array[i]);
-  }
   return elements;
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -58,11 +59,8 @@ TEST(ZOLTXList, WalksBackAndSearchesForward) {
 }
 
 TEST(ZOLTXList, GrowsByTheStatedSteps) {
-  struct {
-    uint32_t capacity;
-    uint32_t afterAdd;
-    uint32_t afterInsert;
-  } const cases[] = {{0, 1, 16}, {4, 5, 20}, {8, 9, 24}, {127, 142, 143}, {256, 288, 288}};
+  std::tuple<uint32_t, uint32_t, uint32_t> const cases[] = {
+      {0, 1, 16}, {4, 5, 20}, {8, 9, 24}, {127, 142, 143}, {256, 288, 288}};
   for (auto const &[capacity, afterAdd, afterInsert] : cases) {
     ZOLTXList added(capacity);
     ZOLTXList inserted(capacity);

@@ -61,8 +61,7 @@ TEST(ZOLTXString, LimitsWhereToInsertAndWhatToReplace) {
   std::tuple<char const *, int32_t, int32_t, char const *> const cases[] = {
       {"XY", -3, 0, "XY0123456789"}, {"XY", 99, 0, "0123456789XY"}, {"XY", 8, 5, "01234567XY"},
       {"XY", 20, 4, "0123456789XY"}, {"XY", 3, -4, "012XY3456789"}, {"", 2, 7, "019"},
-      {"XY", -2, 4, "XY456789"},     {"XY", 1, INT32_MAX, "0XY"},   {"", 0, 10, ""},
-  };
+      {"XY", -2, 4, "XY456789"},     {"XY", 1, INT32_MAX, "0XY"},   {"", 0, 10, ""}};
   for (auto const &[text, start, count, result] : cases) {
     ZOLTXString edited("0123456789");
     EXPECT_EQ(BytesOf(edited.Replace(text, start, count)), result);
@@ -76,13 +75,11 @@ TEST(ZOLTXString, LimitsWhereToInsertAndWhatToReplace) {
 TEST(ZOLTXString, LimitsWhatToCut) {
   ZOLTXString const text("abcde");
   std::tuple<int32_t, int32_t, char const *> const cases[] = {
-      {2, 100, "cde"}, {9, 1, ""},         {-2, 3, "abc"},
-      {1, -1, ""},     {5, 5, ""},         {INT32_MIN, INT32_MAX, "abcde"},
-      {3, 1, "d"},     {INT32_MAX, 1, ""},
-  };
-  for (auto const &[start, count, result] : cases) {
+      {2, 100, "cde"}, {9, 1, ""},        {-2, 3, "abc"},
+      {1, -1, ""},     {5, 5, ""},        {INT32_MIN, INT32_MAX, "abcde"},
+      {3, 1, "d"},     {INT32_MAX, 1, ""}};
+  for (auto const &[start, count, result] : cases)
     EXPECT_EQ(BytesOf(text.Mid(start, count)), result) << start << " and " << count;
-  }
   EXPECT_EQ(BytesOf(text.Mid(INT32_MIN)), "abcde");
   EXPECT_EQ(BytesOf(text.Mid(4)), "e");
   EXPECT_EQ(BytesOf(text.Mid(6)), "");
@@ -113,8 +110,7 @@ TEST(ZOLTXString, WrapsAtBlanks) {
       {"a b c ", 1, "a|b|c|"},
       {"a b", -1, "a b"},
       {"a b", INT32_MAX, "a b"},
-      {"", 5, ""},
-  };
+      {"", 5, ""}};
   for (auto const &[text, width, result] : cases) {
     ZOLTXString wrapped(text);
     wrapped.Replace('|', '\r').Wordwrap(width);
@@ -126,8 +122,7 @@ TEST(ZOLTXString, TellsTheWidthOfAGlyphByTwoBytes) {
   std::pair<char const *, int32_t> const cases[] = {
       {"xA", 1},       {"\xE2\x7F", 1}, {"x\xE0", 3},    {"x\xFF", 3},
       {"x\xC0", 2},    {"x\xDF", 2},    {"\xE2\x82", 3}, {"\xC3\xA9", 2},
-      {"\x7F\x80", 1}, {"\x82\xBF", 3}, {"\xDF\x80", 2},
-  };
+      {"\x7F\x80", 1}, {"\x82\xBF", 3}, {"\xDF\x80", 2}};
   for (auto const &[text, width] : cases) EXPECT_EQ(ZOLTXString(text).GlyphWidth(1), width);
   EXPECT_EQ(ZOLTXString("\xBF").GlyphWidth(0), 1);
   EXPECT_EQ(ZOLTXString("\xC3\xA9").GlyphWidth(0), 2);

@@ -1,5 +1,7 @@
 #include "zolt41/interchange/card_text_check.h"
 
+#include <utility>
+
 #include "tests/interchange/interchange_fixture.h"
 
 namespace zolt::testing {
@@ -25,55 +27,37 @@ TEST_F(CardTextCheckTest, WhatIsNotReadIsFound) {
   std::string const head = "1\n2\n\n[Card Infos]\n";
   std::string const prefs = head + "\n[General]\n";
   std::string const name32(32, 'n');
-  struct Row {
-    std::string text;
-    std::string found;
-  };
-  for (Row const &row : {
-           Row{head + "A=ASCII:HOME:x=3D\nB=UNICODE::<41000000>A\nC=DATA::<0A>\n", ""},
-           Row{prefs + "A=1\n\n[Flow Control]\nMaxCap=1\n\n[Preferences]\n\n", ""},
-           Row{"", "none"},
-           Row{"# Notes\n\nfor [Card Infos]\n", "none"},
-           Row{"[Card Infos]\nA=ASCII::x\n", "none"},
-           Row{head + std::string("A=ASCII::x\0y\n", 13), "none"},
-           Row{"1\n2 x\ty\n\n[Card Infos]\n", "none"},
-           Row{"1\n2\n\n[General]\nA=1\n", "none"},
-           Row{head + "A=ASCII::x\nFoo=BOGUS::x\nB=ASCII::x\n", "6! "},
-           Row{head + "A=ASCII::x\nno property\n\nstray\nmore\n[General]\nA=1\n", "6! "},
-           Row{head + "A=ASCII::1", "5 "},
-           Row{head + "A=UNICODE::<4100zz0000>\nB=ASCII::x\n", "5! "},
-           Row{head + "A=BITMAP::<0A0", "5! "},
-           Row{head + "A=BITMAP::<0A0\n", "5! "},
-           Row{head + "A=BITMAP::<0A>x\n", "5! "},
-           Row{head + "A=BITMAP::0A\nB=ASCII::\xE9\n", "5! "},
-           Row{head + "A=ASCII::x\xE9\nB=ASCII::x\ty\nC=ASCII::=4\nD=ASCII::=zz\n", "5! 6! 7! 8! "},
-           Row{head + "A=ASCII:HOME,HOEM:x\n", "5! "},
-           Row{head + "A=ASCII:HOME:x\na=ASCII:HOME:y\nA=ASCII::z\n", "6! "},
-           Row{head + "[General]\nA=1\n", "5! "},
-           Row{"1\n2\nstray\n[Card Infos]\n", "3 "},
-           Row{head + "\nsome\ttab\n[General]\nA=1\n", "6! "},
-           Row{prefs + "zw\xF6lf=1\nB=2\n", "7! "},
-           Row{prefs + "A=zw\xF6lf\n" + name32 + "=1\nB=" + std::string(1024, 'v') + "\n",
-               "7! 8! 9! "},
-           Row{prefs + "A=1\nB=2", "8! "},
-           Row{head + "\n[Nowhere]\nA=1\nB=2\n", "7 "},
-           Row{head + "\n[" + std::string(65, 'n') + "]\nA=1\n", "6! "},
-           Row{head + "\n[General\nA=1\n", "6! "},
-       }) {
-    EXPECT_EQ(Found(row.text), row.found) << row.text;
-  }
-}
-
-TEST_F(CardTextCheckTest, WhatIsWrittenIsSound) {
-  PCardStorage card;
-  AddWide(&card, "X-BRNDL-IP", 0, u"\u00E9 1");
-  AddText(&card, "TEL", PropertyHome, "5=5\t\xE9");
-  Add(&card, "PHOTO", PropertyBitmap, 0, FromHex("00FF0D0A"));
-  TYUserPrefs prefs(PrefLevelCard, nullptr, 0);
-  prefs.SetStr(0x474E524C, "AutoOpen", "Yes");
-  prefs.SetStr(0xFFFFFFFF, "Lost", "1");
-  AddPrefs(&card, &prefs);
-  EXPECT_EQ(Found(TextOf(&card)), "");
+  std::pair<std::string, std::string> const cases[] = {
+      {head + "A=ASCII:HOME:x=3D\nB=UNICODE::<41000000>A\nC=DATA::<0A>\n", ""},
+      {WithLineEnds(ExampleOf("card_text.md")) + "\r\n[Preferences]\r\nLost=1\r\n", ""},
+      {prefs + "A=1\n\n[Flow Control]\nMaxCap=1\n\n[Preferences]\n\n", ""},
+      {"", "none"},
+      {"# Notes\n\nfor [Card Infos]\n", "none"},
+      {"[Card Infos]\nA=ASCII::x\n", "none"},
+      {head + std::string("A=ASCII::x\0y\n", 13), "none"},
+      {"1\n2 x\ty\n\n[Card Infos]\n", "none"},
+      {"1\n2\n\n[General]\nA=1\n", "none"},
+      {head + "A=ASCII::x\nFoo=BOGUS::x\nB=ASCII::x\n", "6! "},
+      {head + "A=ASCII::x\nno property\n\nstray\nmore\n[General]\nA=1\n", "6! "},
+      {head + "A=ASCII::1", "5 "},
+      {head + "A=UNICODE::<4100zz0000>\nB=ASCII::x\n", "5! "},
+      {head + "A=BITMAP::<0A0", "5! "},
+      {head + "A=BITMAP::<0A0\n", "5! "},
+      {head + "A=BITMAP::<0A>x\n", "5! "},
+      {head + "A=BITMAP::0A\nB=ASCII::\xE9\n", "5! "},
+      {head + "A=ASCII::x\xE9\nB=ASCII::x\ty\nC=ASCII::=4\nD=ASCII::=zz\n", "5! 6! 7! 8! "},
+      {head + "A=ASCII:HOME,HOEM:x\n", "5! "},
+      {head + "A=ASCII:HOME:x\na=ASCII:HOME:y\nA=ASCII::z\n", "6! "},
+      {head + "[General]\nA=1\n", "5! "},
+      {"1\n2\nstray\n[Card Infos]\n", "3 "},
+      {head + "\nsome\ttab\n[General]\nA=1\n", "6! "},
+      {prefs + "zw\xF6lf=1\nB=2\n", "7! "},
+      {prefs + "A=zw\xF6lf\n" + name32 + "=1\nB=" + std::string(1024, 'v') + "\n", "7! 8! 9! "},
+      {prefs + "A=1\nB=2", "8! "},
+      {head + "\n[Nowhere]\nA=1\nB=2\n", "7 "},
+      {head + "\n[" + std::string(65, 'n') + "]\nA=1\n", "6! "},
+      {head + "\n[General\nA=1\n", "6! "}};
+  for (auto const &[text, found] : cases) EXPECT_EQ(Found(text), found) << text;
 }
 
 }  // namespace

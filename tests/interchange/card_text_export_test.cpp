@@ -1,5 +1,8 @@
 #include "zolt41/interchange/card_text_export.h"
 
+#include <tuple>
+#include <utility>
+
 #include "tests/interchange/interchange_fixture.h"
 #include "zolt41/prefs/section_name_hash.h"
 
@@ -42,17 +45,11 @@ TEST_F(CardTextExportTest, TheExampleInEveryForm) {
 }
 
 TEST_F(CardTextExportTest, ALineForEachProperty) {
-  struct Row {
-    uint32_t type;
-    uint32_t flags;
-    std::string value;
-    std::string line;
-  };
   std::string const nul(1, '\0');
   std::string const allNames =
       "DOM,INTL,POSTAL,PARCEL,HOME,WORK,PREF,VOICE,FAX,MSG,CELL,PAGER,BBS,MODEM,CAR,ISDN,VIDEO,"
       "_local";
-  Row const rows[] = {
+  std::tuple<uint32_t, uint32_t, std::string, std::string> const rows[] = {
       {0, 0, "a\tb\x7F\x80\xE9=~" + nul + "behind", "ASCII::a=09b\x7F=80=E9=3D~"},
       {3, 0x80000000, "no end", "DATETIME:_local:no end"},
       {5, 0x30, "http://x" + nul, "URL:HOME,WORK:http://x"},
@@ -65,26 +62,24 @@ TEST_F(CardTextExportTest, ALineForEachProperty) {
       {9, 0, "x", "DATA::<78>"},
       {0x80000005, 0x20000, FromHex("E900 8000 0900 AC20 0000 4100"),
        "UNICODE::<E90080000900AC2000004100>?=80=09?"},
-      {0x80000000, 0, FromHex("4100 42"), "UNICODE::<410042>A"},
-  };
-  for (Row const &row : rows) {
+      {0x80000000, 0, FromHex("4100 42"), "UNICODE::<410042>A"}};
+  for (auto const &[type, flags, value, line] : rows) {
     PCardStorage card;
-    Add(&card, "Any Name", row.type, row.flags, row.value);
-    EXPECT_EQ(TextOf(&card), kEmptyCard + "Any Name=" + row.line + "\r\n");
+    Add(&card, "Any Name", type, flags, value);
+    EXPECT_EQ(TextOf(&card), kEmptyCard + "Any Name=" + line + "\r\n");
   }
 }
 
 TEST_F(CardTextExportTest, HeadLinesHold64Bytes) {
-  struct Row {
-    size_t length;
-    std::string wide;  // what becomes of 16-bit text of that length, which is not cut
-  };
-  for (Row const &row : {Row{62, std::string(62, 'x')}, Row{63, "0.0.0.0"}, Row{65, "0.0.0.0"}}) {
+  // Wide: what becomes of 16-bit text of that length, which is not cut.
+  std::pair<size_t, std::string> const cases[] = {
+      {62, std::string(62, 'x')}, {63, "0.0.0.0"}, {65, "0.0.0.0"}};
+  for (auto const &[length, wide] : cases) {
     PCardStorage card;
-    AddWide(&card, "X-BRNDL-IP", 0, std::u16string(row.length, u'x'));
-    AddText(&card, "X-BRNDL-CONFID", 0, std::string(row.length, 'y'));
-    std::string const id(std::min<size_t>(row.length, 64), 'y');
-    EXPECT_TRUE(TextOf(&card).starts_with(row.wide + "\r\n" + id + "\r\n\r\n[Card")) << row.length;
+    AddWide(&card, "X-BRNDL-IP", 0, std::u16string(length, u'x'));
+    AddText(&card, "X-BRNDL-CONFID", 0, std::string(length, 'y'));
+    std::string const id(std::min<size_t>(length, 64), 'y');
+    EXPECT_TRUE(TextOf(&card).starts_with(wide + "\r\n" + id + "\r\n\r\n[Card")) << length;
   }
 }
 

@@ -76,8 +76,7 @@ TEST_F(CardTextImportTest, Head) {
       {"x\ty12", "X-BRNDL-IP/u/0/x$ X-BRNDL-CONFID/u/0/12$ "},
       {"only", "X-BRNDL-IP/u/0/only$ "},
       {longest + "89\n" + longest + "89",
-       "X-BRNDL-IP/u/0/" + longest + "$ X-BRNDL-CONFID/u/0/" + longest + "$ "},
-  };
+       "X-BRNDL-IP/u/0/" + longest + "$ X-BRNDL-CONFID/u/0/" + longest + "$ "}};
   for (Case const &c : cases) EXPECT_EQ(Imported(c.text), c.expected) << c.text;
 }
 
@@ -119,29 +118,26 @@ TEST_F(CardTextImportTest, PropertyLines) {
       {"Foo=DATA::<01>\nBar=NOTHING::1\nBar=DATA::<01>", "Foo/8/0/01 "},
       {"Foo=DATA::<01>\n\nBar=DATA::<01>", "Foo/8/0/01 "},
       {"Foo=DATA::<01>\nF\xE9=DATA::<01>\nBar=DATA::<01>", "Foo/8/0/01 "},
-      {"Foo=DATA:DOM,INTL,POSTAL,PARCEL,HOME,WORK,PREF,VOICE,FAX,MSG,CELL,PAGER,BBS:<01>", ""},
-  };
+      {"Foo=DATA:DOM,INTL,POSTAL,PARCEL,HOME,WORK,PREF,VOICE,FAX,MSG,CELL,PAGER,BBS:<01>", ""}};
   for (Case const &c : cases) EXPECT_EQ(Imported(kCard + c.text), c.expected) << c.text;
 }
 
 TEST_F(CardTextImportTest, Sections) {
   std::string const foo = "[card infos] rest\nFoo=DATA::<01>\n";
   std::string const name64(64, 'n');
-  Case const cases[] = {
-      {foo, "Foo/8/0/01 "},
-      {"any\x80\n\nlines\n" + foo, "Foo/8/0/01 "},
-      {foo + "\n" + foo, "Foo/8/0/01 Foo/8/0/01 "},
-      {"\tline\n" + foo, ""},
-      {"a\tline\n" + foo, ""},
-      {"[" + name64 + "]\n\n" + foo, "Foo/8/0/01 "},
-      {"[n" + name64 + "]\n\n" + foo, ""},
-      {"[Card Infos", ""},
-      {"[Card Infos]", ""},
-      // The line that ends a section is its last one, whatever it says.
-      {"[Card Infos]\n" + foo, ""},
-      {foo + "[General]\nA=1\n", "Foo/8/0/01 "},
-      {foo + "w=BAD:" + foo, "Foo/8/0/01 Foo/8/0/01 "},
-  };
+  Case const cases[] = {{foo, "Foo/8/0/01 "},
+                        {"any\x80\n\nlines\n" + foo, "Foo/8/0/01 "},
+                        {foo + "\n" + foo, "Foo/8/0/01 Foo/8/0/01 "},
+                        {"\tline\n" + foo, ""},
+                        {"a\tline\n" + foo, ""},
+                        {"[" + name64 + "]\n\n" + foo, "Foo/8/0/01 "},
+                        {"[n" + name64 + "]\n\n" + foo, ""},
+                        {"[Card Infos", ""},
+                        {"[Card Infos]", ""},
+                        // The line that ends a section is its last one, whatever it says.
+                        {"[Card Infos]\n" + foo, ""},
+                        {foo + "[General]\nA=1\n", "Foo/8/0/01 "},
+                        {foo + "w=BAD:" + foo, "Foo/8/0/01 Foo/8/0/01 "}};
   for (Case const &c : cases) EXPECT_EQ(Imported(kHead + c.text), c.expected) << c.text;
 }
 
@@ -169,8 +165,7 @@ TEST_F(CardTextImportTest, Preferences) {
       {"[General]\nA=1\n\nB=2\n[Audio]\nC=3\n", prefs + "474E524C/A=1;41554449/C=3; "},
       {"[General]\nA=1\nno value\nB=2\n", prefs + "474E524C/A=1; "},
       {"[General]\n" + name40 + "=1\n" + name40 + "=2\n" + name31 + "=3\n",
-       prefs + "474E524C/" + name31 + "=3;474E524C/" + name31 + "=3; "},
-  };
+       prefs + "474E524C/" + name31 + "=3;474E524C/" + name31 + "=3; "}};
   for (Case const &c : cases) EXPECT_EQ(Imported(kHead + c.text), c.expected) << c.text;
 }
 
@@ -186,13 +181,11 @@ TEST_F(CardTextImportTest, OldNames) {
       {"Audio Settings]\nEncoding Method=Unknown", "464F5250/AudioCodecIndex=3;"},
       {"Audio Settings]\nEncoding Method=Compressed", "464F5250/AudioCodecIndex=0;"},
       {"Audio Settings]\nEncoding Method=Raw", "464F5250/AudioCodecIndex=R;"},
-      {"Audio Settings]\nEncoding Method=", "464F5250/AudioCodecIndex=;"},
-  };
-  for (Case const &c : cases) {
+      {"Audio Settings]\nEncoding Method=", "464F5250/AudioCodecIndex=;"}};
+  for (Case const &c : cases)
     EXPECT_EQ(Imported(kHead + "[" + c.text + "\n"),
               "L-BRNDL-TYPREFS/8/2147483648/" + c.expected + " ")
         << c.text;
-  }
   WinPrefs *const names = GetSystemPrefs();
   SetSystemPrefs(nullptr);
   EXPECT_EQ(Imported(kHead + "[Settings]\nAutoOpen=1\nOther=2\n"),

@@ -1,23 +1,14 @@
 #ifndef ZOLT41_TESTS_INTERCHANGE_INTERCHANGE_FIXTURE_H_
 #define ZOLT41_TESTS_INTERCHANGE_INTERCHANGE_FIXTURE_H_
 
-#include <gtest/gtest.h>
-#include <signal.h>
-#include <stdlib.h>
-
-#include <filesystem>
-#include <functional>
-#include <string>
 #include <string_view>
 
-#include "tests/support/child.h"
-#include "tests/support/files.h"
 #include "tests/support/format_page.h"
 #include "tests/support/full_disk.h"
+#include "tests/support/mem_bytes.h"
 #include "zolt41/cards/card_prefs.h"
 #include "zolt41/cards/property_format.h"
 #include "zolt41/cards/property_storage.h"
-#include "zolt41/foundation/mem_block.h"
 #include "zolt41/interchange/card_text_export.h"
 #include "zolt41/library/library.h"
 #include "zolt41/platform/system/global_block.h"
@@ -41,9 +32,7 @@ inline void AddWide(PCardStorage *card, char const *name, uint32_t flags,
 }
 
 inline void AddPrefs(PCardStorage *card, TYUserPrefs *prefs) {
-  char *const blob = prefs->GetData();
-  Add(card, kCardPrefsProperty, PropertyData, PropertyLocal, {blob, GetMemSize(blob)});
-  _DisposeMem(blob);
+  Add(card, kCardPrefsProperty, PropertyData, PropertyLocal, Taken(prefs->GetData()));
 }
 
 inline std::string TextOf(PCardStorage *card) {
@@ -76,15 +65,6 @@ class InterchangeTest : public FileTest {
     std::filesystem::create_directory(directory);
     std::filesystem::permissions(directory, std::filesystem::perms::owner_all);
     return directory + "/qwe.ini";
-  }
-
-  // Whether all of `run` holds in a process whose files have no room for more than 4,096 bytes.
-  static bool HoldsOnAFullDisk(std::function<bool()> const &run) {
-    Child full([&](Child::Pipe &) {
-      FullDisk const limit;
-      return run() ? 0 : 1;
-    });
-    return full.Wait() == 0;
   }
 };
 

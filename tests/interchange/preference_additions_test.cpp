@@ -3,9 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <string>
 
-#include "tests/support/blob.h"
+#include "tests/support/mem_bytes.h"
 
 namespace zolt::testing {
 namespace {
@@ -26,7 +25,7 @@ TEST(PreferenceAdditionsTest, GiveWhatOneAfterTheOtherGives) {
       additions.Set(section, name, value);
     }
     additions.PutInto(&together);
-    ASSERT_EQ(BlobOf(&together), BlobOf(&plain)) << run;
+    ASSERT_EQ(Taken(together.GetData()), Taken(plain.GetData())) << run;
   }
 }
 

@@ -1,5 +1,8 @@
 #include "zolt41/interchange/vcard_export.h"
 
+#include <tuple>
+#include <utility>
+
 #include "tests/interchange/interchange_fixture.h"
 
 namespace zolt::testing {
@@ -70,23 +73,17 @@ TEST_F(VCardExportTest, ClassicRowsInTheirOrder) {
 
 TEST_F(VCardExportTest, ClassicValuesByType) {
   std::string const quoted = ";ENCODING=QUOTED-PRINTABLE;CHARSET=ISO-8859-1:";
-  struct Row {
-    uint32_t type;
-    std::string value;
-    std::string line;
-  };
-  Row const rows[] = {
+  std::tuple<uint32_t, std::string, std::string> const rows[] = {
       {0, "a=,;\\\r\n\xE9", ":a=,;\\\r\n\xE9\r\n"},
       {5, std::string("up to\0here", 10), ":up to\r\n"},
       {4, "bytes", "\r\n"},
       {0x80000001, FromHex("E900 2D4E 3D00 0000 4100"), quoted + "=E9?=3D\r\n"},
       {1, std::string(45, '\0'), ";ENCODING=BASE64:\r\n" + std::string(60, 'A') + "\r\n\r\n\r\n"},
-      {2, "", ";ENCODING=BASE64:\r\n\r\n\r\n"},
-  };
-  for (Row const &row : rows) {
+      {2, "", ";ENCODING=BASE64:\r\n\r\n\r\n"}};
+  for (auto const &[type, value, line] : rows) {
     PCardStorage card;
-    Add(&card, "ORG", row.type, 0, row.value);
-    EXPECT_EQ(Classic(&card), "ORG" + row.line);
+    Add(&card, "ORG", type, 0, value);
+    EXPECT_EQ(Classic(&card), "ORG" + line);
   }
 }
 
@@ -140,54 +137,43 @@ TEST_F(VCardExportTest, AddressesAndTheirLabels) {
 }
 
 TEST_F(VCardExportTest, ANameIsAlwaysThere) {
-  struct Row {
-    char const *property;
-    char const *text;
-    std::string lines;
-  };
-  for (Row const &row : {Row{"FN", "Ada", "N:Ada;;;;\r\nFN:Ada\r\n"},
-                         Row{"N", "King;Ada", "N:King;Ada\r\nFN:a b@c\r\n"},
-                         Row{"FN", " \t", "N:b@c;a;;;\r\nFN:a b@c\r\n"},
-                         Row{"X-BRNDL-TYNAME", "x;y", "N:x\\;y;;;;\r\nFN:x\\;y\r\n"}}) {
+  std::tuple<char const *, char const *, std::string> const cases[] = {
+      {"FN", "Ada", "N:Ada;;;;\r\nFN:Ada\r\n"},
+      {"N", "King;Ada", "N:King;Ada\r\nFN:a b@c\r\n"},
+      {"FN", " \t", "N:b@c;a;;;\r\nFN:a b@c\r\n"},
+      {"X-BRNDL-TYNAME", "x;y", "N:x\\;y;;;;\r\nFN:x\\;y\r\n"}};
+  for (auto const &[property, text, lines] : cases) {
     PCardStorage card;
     AddText(&card, "EMAIL", 0, "a b@c");
-    AddText(&card, row.property, 0, row.text);
-    EXPECT_TRUE(Lines(&card, VCard3).starts_with(row.lines)) << Lines(&card, VCard3);
+    AddText(&card, property, 0, text);
+    EXPECT_TRUE(Lines(&card, VCard3).starts_with(lines)) << Lines(&card, VCard3);
   }
 }
 
 TEST_F(VCardExportTest, MediaByTheirFirstBytes) {
-  struct Row {
-    std::string bytes;
-    std::string three;
-    std::string four;
-  };
-  for (Row const &row : {Row{FromHex("89504E470D0A1A0A"), ";TYPE=PNG", "image/png"},
-                         Row{"RIFF....WEBP", ";TYPE=WEBP", "image/webp"},
-                         Row{"RIFF....WAVE", ";TYPE=WAVE", "audio/wav"},
-                         Row{"RIFF....", "", "application/octet-stream"},
-                         Row{"RIF", "", "application/octet-stream"}}) {
+  std::tuple<std::string, std::string, std::string> const cases[] = {
+      {FromHex("89504E470D0A1A0A"), ";TYPE=PNG", "image/png"},
+      {"RIFF....WEBP", ";TYPE=WEBP", "image/webp"},
+      {"RIFF....WAVE", ";TYPE=WAVE", "audio/wav"},
+      {"RIFF....", "", "application/octet-stream"},
+      {"RIF", "", "application/octet-stream"}};
+  for (auto const &[bytes, three, four] : cases) {
     PCardStorage card;
     Add(&card, "PHOTO", PropertyBitmap, 0, "");
     Add(&card, "PHOTO", PropertyUrl, 0, "http://x");
-    Add(&card, "SOUND", PropertyData, 0, row.bytes);
-    EXPECT_NE(Lines(&card, VCard3)
-                  .find("\r\nPHOTO;VALUE=uri:http://x\r\nSOUND;ENCODING=b" + row.three + ":"),
-              std::string::npos);
+    Add(&card, "SOUND", PropertyData, 0, bytes);
     EXPECT_NE(
-        Lines(&card, VCard4).find("\r\nPHOTO:http://x\r\nSOUND:data:" + row.four + ";base64\\,"),
+        Lines(&card, VCard3).find("\r\nPHOTO;VALUE=uri:http://x\r\nSOUND;ENCODING=b" + three + ":"),
         std::string::npos);
+    EXPECT_NE(Lines(&card, VCard4).find("\r\nPHOTO:http://x\r\nSOUND:data:" + four + ";base64\\,"),
+              std::string::npos);
   }
 }
 
 TEST_F(VCardExportTest, TextIsUtf8InFoldedLines) {
-  struct Row {
-    std::u16string text;
-    std::string lines;
-  };
   std::string const s70(70, 's');
   std::u16string const w70(70, u's');
-  Row const rows[] = {
+  std::pair<std::u16string, std::string> const rows[] = {
       {w70 + u"t", "TITLE:" + s70.substr(1) + "\r\n st"},
       {w70.substr(1), "TITLE:" + s70.substr(1)},
       {w70.substr(2) + u"\u00E9", "TITLE:" + s70.substr(2) + "\r\n \u00E9"},
@@ -195,13 +181,12 @@ TEST_F(VCardExportTest, TextIsUtf8InFoldedLines) {
       {w70.substr(4) + u"\U0001F600" + w70 + w70,
        "TITLE:" + s70.substr(4) + "\r\n \U0001F600" + s70 + "\r\n " + s70},
       {u"\xD800x\xDC00", "TITLE:\uFFFDx\uFFFD"},
-      {u"a\tb\u0001\u007F\u0085c\\\r\nd\re\nf", "TITLE:a\tb\u0085c\\\\\\nd\\ne\\nf"},
-  };
-  for (Row const &row : rows) {
+      {u"a\tb\u0001\u007F\u0085c\\\r\nd\re\nf", "TITLE:a\tb\u0085c\\\\\\nd\\ne\\nf"}};
+  for (auto const &[text, lines] : rows) {
     PCardStorage card;
-    AddWide(&card, "TITLE", 0, row.text);
-    std::string const text = Exported(&card, VCard4);
-    EXPECT_EQ(text.substr(text.find("TITLE")), row.lines + "\r\nEND:VCARD\r\n");
+    AddWide(&card, "TITLE", 0, text);
+    std::string const vcard = Exported(&card, VCard4);
+    EXPECT_EQ(vcard.substr(vcard.find("TITLE")), lines + "\r\nEND:VCARD\r\n");
   }
   PCardStorage local;
   AddText(&local, "TITLE", 0, "\xE9\x80");

@@ -1,12 +1,5 @@
 #include "zolt41/platform/kernel/message_loop.h"
 
-#include <gtest/gtest.h>
-#include <poll.h>
-
-#include <string>
-#include <thread>
-#include <vector>
-
 #include "tests/support/child.h"
 
 namespace {
@@ -38,9 +31,8 @@ intptr_t UnhookAll(int32_t code, uintptr_t wParam, uintptr_t lParam) {
 
 TEST(MessageLoop, GivesMessagesInOrderAndByRange) {
   uint32_t const self = GetCurrentThreadId();
-  for (uint32_t number : {WM_USER, WM_USER + 5, WM_USER + 1}) {
+  for (uint32_t number : {WM_USER, WM_USER + 5, WM_USER + 1})
     ASSERT_EQ(PostThreadMessageA(self, number, number + 1, number + 2), 1);
-  }
   MSG message{};
   EXPECT_EQ(PeekMessageA(&message, 0, WM_USER + 1, WM_USER + 9, PM_NOREMOVE), 1);
   EXPECT_EQ(message.message, WM_USER + 5);

@@ -1,33 +1,24 @@
 #include "zolt41/platform/kernel/named_mutex.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <csignal>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <string>
-#include <thread>
 
 #include "tests/support/child.h"
-#include "tests/support/temp_home.h"
+#include "tests/support/files.h"
 #include "zolt41/platform/kernel/shared_segment.h"
 #include "zolt41/platform/system/last_failure.h"
 
-namespace zolt {
+namespace zolt::testing {
 namespace {
-
-using testing::Child;
 
 class NamedMutexTest : public ::testing::Test {
  protected:
   ~NamedMutexTest() override { DetachSegment(); }
 
-  testing::TempHome home_;
+  TempHome home_;
   HANDLE mutex_ = CreateMutexA(nullptr, 0, "/ZO/ZOLT/SECURE2");
 };
 
@@ -77,66 +68,35 @@ TEST_F(NamedMutexTest, ADeadOwnerGivesItToTheNextWaiter) {
 
 TEST_F(NamedMutexTest, AChildOwnsNothingOfItsParent) {
   ASSERT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
-  Child child([&](Child::Pipe &) {
-    return ReleaseMutex(mutex_) == 0 && WaitForSingleObject(mutex_, 0) == WAIT_TIMEOUT ? 0 : 1;
-  });
-  EXPECT_EQ(child.Wait(), 0);
+  EXPECT_TRUE(HoldsInChild(
+      [&] { return ReleaseMutex(mutex_) == 0 && WaitForSingleObject(mutex_, 0) == WAIT_TIMEOUT; }));
   EXPECT_EQ(ReleaseMutex(mutex_), 1);
 }
 
-TEST_F(NamedMutexTest, WithoutASegmentTheCallerGoesOnAlone) {
-  ASSERT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
-  ReleaseMutex(mutex_);
-  std::string const path = SegmentPath();
-  DetachSegment();
-  std::filesystem::remove(path);
-  std::ofstream(path) << "open to others";
-  chmod(path.c_str(), 0666);
-  EXPECT_EQ(WaitForSingleObject(mutex_, 1000), WAIT_FAILED);
-  DetachSegment();
-  std::filesystem::remove(path);
-  EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
-  ReleaseMutex(mutex_);
+// Holds the file as an attached process does; to be closed.
+int Attach(std::string const &path) {
+  int const file = open(path.c_str(), O_RDWR | O_CLOEXEC);
+  struct flock lock {};
+  lock.l_type = F_RDLCK;
+  EXPECT_EQ(fcntl(file, F_OFD_SETLK, &lock), 0);
+  return file;
 }
 
-std::string BytesOf(std::string const &path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-// As an attached process holds the file.
-class InUse {
- public:
-  explicit InUse(std::string const &path) : file_(open(path.c_str(), O_RDWR | O_CLOEXEC)) {
-    struct flock lock {};
-    lock.l_type = F_RDLCK;
-    lock.l_whence = SEEK_SET;
-    EXPECT_EQ(fcntl(file_, F_OFD_SETLK, &lock), 0);
-  }
-  ~InUse() { close(file_); }
-  InUse(InUse const &) = delete;
-  InUse &operator=(InUse const &) = delete;
-
- private:
-  int file_;
-};
-
-TEST_F(NamedMutexTest, AFileThatIsNoSegmentIsMadeAnewOrRefusedWhileItIsInUse) {
+TEST_F(NamedMutexTest, AFileThatIsNoSegmentIsMadeAnewOrRefused) {
   ASSERT_NE(SegmentArea(), nullptr);
   std::string const path = SegmentPath();
-  std::string const whole = BytesOf(path);
+  std::string const whole = ContentOf(path);
   DetachSegment();
   ZOLTSetLockWait(20);
   for (std::string const &bytes : {std::string(), whole.substr(0, 10), whole.substr(0, 0x2000),
                                    whole + "x", std::string(whole.size(), 'G')}) {
-    std::ofstream(path, std::ios::binary) << bytes;
+    WriteContent(path, bytes);
     chmod(path.c_str(), 0600);
-    {
-      InUse const other(path);
-      EXPECT_EQ(SegmentArea(), nullptr) << bytes.size();
-      EXPECT_EQ(WaitForSingleObject(mutex_, 1000), WAIT_FAILED);
-      EXPECT_TRUE(BytesOf(path) == bytes) << bytes.size();
-    }
+    int const other = Attach(path);
+    EXPECT_EQ(SegmentArea(), nullptr) << bytes.size();
+    EXPECT_EQ(WaitForSingleObject(mutex_, 1000), WAIT_FAILED);
+    EXPECT_TRUE(ContentOf(path) == bytes) << bytes.size();
+    close(other);
     DetachSegment();
     auto const *const area = static_cast<char const *>(SegmentArea());
     ASSERT_NE(area, nullptr) << bytes.size();
@@ -146,17 +106,23 @@ TEST_F(NamedMutexTest, AFileThatIsNoSegmentIsMadeAnewOrRefusedWhileItIsInUse) {
     DetachSegment();
   }
   ZOLTSetLockWait(5000);
+  WriteContent(path, "open to others");
+  chmod(path.c_str(), 0666);
+  EXPECT_EQ(WaitForSingleObject(mutex_, 1000), WAIT_FAILED) << "the caller goes on alone";
+  DetachSegment();
+  std::filesystem::remove(path);
+  EXPECT_EQ(WaitForSingleObject(mutex_, 0), WAIT_OBJECT_0);
+  ReleaseMutex(mutex_);
 }
 
 TEST_F(NamedMutexTest, TheSegmentIsForItsUserAloneAndGoesWithTheLast) {
   WaitForSingleObject(mutex_, 0);
   ReleaseMutex(mutex_);
   EXPECT_EQ(std::filesystem::status(SegmentPath()).permissions(), std::filesystem::perms(0600));
-  Child other([](Child::Pipe &) {
+  EXPECT_TRUE(HoldsInChild([] {
     DetachSegment();
-    return std::filesystem::exists(SegmentPath()) ? 0 : 1;
-  });
-  EXPECT_EQ(other.Wait(), 0) << "still used by its parent";
+    return std::filesystem::exists(SegmentPath());
+  })) << "still used by its parent";
   std::atomic<uint32_t> const *const used = SegmentEvent();
   DetachSegment();
   EXPECT_FALSE(std::filesystem::exists(SegmentPath()));
@@ -166,12 +132,11 @@ TEST_F(NamedMutexTest, TheSegmentIsForItsUserAloneAndGoesWithTheLast) {
 TEST_F(NamedMutexTest, AChildWhoseParentRemovedTheSegmentHasANewOne) {
   ASSERT_NE(SegmentEvent(), nullptr);
   std::filesystem::remove(SegmentPath());
-  Child child([this](Child::Pipe &) {
+  EXPECT_TRUE(HoldsInChild([this] {
     bool const got = WaitForSingleObject(mutex_, 0) == WAIT_OBJECT_0 && ReleaseMutex(mutex_) == 1;
-    return got && std::filesystem::exists(SegmentPath()) ? 0 : 1;
-  });
-  EXPECT_EQ(child.Wait(), 0);
+    return got && std::filesystem::exists(SegmentPath());
+  }));
 }
 
 }  // namespace
-}  // namespace zolt
+}  // namespace zolt::testing

@@ -1,13 +1,9 @@
 #include "zolt41/library/library.h"
 
-#include <signal.h>
-
-#include <filesystem>
 #include <fstream>
 #include <sstream>
 
 #include "tests/prefs/prefs_fixture.h"
-#include "tests/support/child.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/raw_hive.h"
 #include "zolt41/notify/channel_objects.h"
@@ -61,7 +57,7 @@ TEST(Library, StopsAtExactlyZeroAndStartsAgain) {
 
 TEST(Library, AFullDiskAtTheFirstStartLeavesNoBadKeys) {
   TempHome home;
-  Child child([&home](Child::Pipe &) {
+  EXPECT_TRUE(HoldsInChild([&home] {
     for (rlim_t size = 0; size <= 262144; size += 4096) {
       {
         FullDisk const limit(size);
@@ -70,14 +66,13 @@ TEST(Library, AFullDiskAtTheFirstStartLeavesNoBadKeys) {
       // With room again, whoever says that it can write does.
       for (TYPrefs *store : {UserPrefs(), SystemPrefs(), SharedUserPrefs(), SharedSystemPrefs()}) {
         store->SetStr(kSection, "n", "v");
-        if (store->IsWritable(kSection) != 0 && store->Exists(kSection, "n") == 0) return 1;
+        if (store->IsWritable(kSection) != 0 && store->Exists(kSection, "n") == 0) return false;
       }
       DisposeZOLT();
       std::filesystem::remove_all(home.path());
     }
-    return 0;
-  });
-  EXPECT_EQ(child.Wait(), 0);
+    return true;
+  }));
 }
 
 TEST(Library, ADamagedTreeIsToldThroughEveryCall) {

@@ -11,9 +11,6 @@
 namespace zolt {
 namespace {
 
-using std::chrono::milliseconds;
-using std::chrono::steady_clock;
-
 // The test is writer and listener in turn.
 class AcknowledgementsTest : public ::testing::Test {
  protected:
@@ -22,16 +19,14 @@ class AcknowledgementsTest : public ::testing::Test {
     slot_.listening.store(1);
   }
   ~AcknowledgementsTest() override { DetachSegment(); }
-
   uint32_t Expected(uint32_t number) {
     ExpectAnswers(channel_, number);
     return channel_->block.pendingAcks.load();
   }
-
   bool TimesOut(uint32_t number) {
-    auto const start = steady_clock::now();
+    auto const start = std::chrono::steady_clock::now();
     AwaitAnswers(channel_, number, Pause::none);
-    return steady_clock::now() - start >= milliseconds(50);
+    return std::chrono::steady_clock::now() - start >= std::chrono::milliseconds(50);
   }
 
   testing::TempHome home_;

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/support/temp_home.h"
 #include "zolt41/foundation/text_field.h"
 #include "zolt41/notify/channel_objects.h"
@@ -15,11 +17,8 @@ TEST(ChangeTable, ARecordOfALaterTransactionIsNotWrittenOver) {
   testing::TempHome const home;
   ChannelArea *const channel = Channel();
   ASSERT_TRUE(PrepareRecords(channel));
-  struct {
-    uint32_t known;
-    uint32_t marked;
-    uint32_t place;
-  } const cases[] = {{5, 4, 0}, {5, 5, 1}, {5, 6, 1}, {0, 0xFFFFFFFF, 0}, {0xFFFFFFFF, 0, 1}};
+  std::tuple<uint32_t, uint32_t, uint32_t> const cases[] = {
+      {5, 4, 0}, {5, 5, 1}, {5, 6, 1}, {0, 0xFFFFFFFF, 0}, {0xFFFFFFFF, 0, 1}};
   for (auto const &[known, marked, place] : cases) {
     channel->table.epoch.store(known);
     channel->block.recordCount.store(0);

@@ -48,6 +48,11 @@ class Listener : public CPrefNotify {
   }
 };
 
+inline void Drop(CPrefNotify *listener) {
+  RemoveNotificationObject(listener);
+  listener->Release();
+}
+
 // Delivers until `done`, or for 20 seconds without a message; gives whether it is done.
 inline bool DeliverUntil(std::function<bool()> const &done) {
   while (!done()) {

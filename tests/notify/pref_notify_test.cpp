@@ -1,11 +1,6 @@
 #include "zolt41/notify/pref_notify.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <atomic>
 #include <chrono>
-#include <thread>
 
 #include "tests/notify/listener.h"
 #include "tests/prefs/prefs_fixture.h"
@@ -13,10 +8,8 @@
 #include "zolt41/notify/subscriber_list.h"
 #include "zolt41/prefs/write_transaction.h"
 
+namespace zolt::testing {
 namespace {
-
-using zolt::testing::kAudio;
-using zolt::testing::Listener;
 
 constexpr auto kAudioId = static_cast<uint32_t>(kAudio);
 
@@ -29,7 +22,7 @@ class Mortal : public Listener {
   int *deaths_;
 };
 
-class PrefNotifyTest : public zolt::testing::PrefsTest {
+class PrefNotifyTest : public PrefsTest {
  protected:
   template <typename Kind>
   static Kind *Listen(Kind *listener) {
@@ -37,11 +30,10 @@ class PrefNotifyTest : public zolt::testing::PrefsTest {
     AddNotificationObject(listener);
     return listener;
   }
-
   void Change() {
-    zolt::Transaction transaction(PrefLevelUser);
+    Transaction transaction(PrefLevelUser);
     transaction.SetStr(kAudioId, "V", std::to_string(++value_).c_str());
-    ASSERT_EQ(transaction.Write(), zolt::Commit::done);
+    ASSERT_EQ(transaction.Write(), Commit::done);
   }
 
   int deaths_ = 0;
@@ -52,8 +44,7 @@ TEST_F(PrefNotifyTest, ReleaseWaitsForWhatIsOnItsWay) {
   auto *const mortal = Listen(new Mortal(&deaths_));
   Change();
   Change();
-  RemoveNotificationObject(mortal);
-  mortal->Release();
+  Drop(mortal);
   EXPECT_EQ(deaths_, 0);
   EXPECT_EQ(ZOLTDeliver(), 2);
   EXPECT_EQ(deaths_, 1);
@@ -61,8 +52,7 @@ TEST_F(PrefNotifyTest, ReleaseWaitsForWhatIsOnItsWay) {
   Change();
   ZOLTDeliver();
   EXPECT_EQ(idle->heard.size(), 1U) << "the hook that went with the last one is there again";
-  RemoveNotificationObject(idle);
-  idle->Release();
+  Drop(idle);
   EXPECT_EQ(deaths_, 2);
 }
 
@@ -71,12 +61,10 @@ TEST_F(PrefNotifyTest, ACallbackMayReleaseAddAndRemove) {
   auto *const killer = new Mortal(&deaths_);
   Listener *late = nullptr;
   killer->then = [&](Listener *self) {
-    RemoveNotificationObject(victim);
-    victim->Release();
+    Drop(victim);
     late = Listen(new Listener());
     Change();
-    RemoveNotificationObject(self);
-    self->Release();
+    Drop(self);
   };
   victim->then = [](Listener *) { FAIL() << "released"; };
   RemoveNotificationObject(victim);
@@ -85,13 +73,11 @@ TEST_F(PrefNotifyTest, ACallbackMayReleaseAddAndRemove) {
   Change();
   // In the queue now: the killer's, the victim's; then those of the change in the callback, which
   // the killer itself is still told of.
-  while (ZOLTDeliver() != 0) {
-  }
+  while (ZOLTDeliver() != 0) continue;
   EXPECT_EQ(deaths_, 2);
   ASSERT_NE(late, nullptr);
   EXPECT_EQ(late->heard.size(), 1U);
-  RemoveNotificationObject(late);
-  late->Release();
+  Drop(late);
 }
 
 TEST_F(PrefNotifyTest, AThreadThatEndsLeavesNothingBehind) {
@@ -101,14 +87,12 @@ TEST_F(PrefNotifyTest, AThreadThatEndsLeavesNothingBehind) {
     released = Listen(new Mortal(&deaths_));
     kept = Listen(new Mortal(&deaths_));
     Change();
-    RemoveNotificationObject(released);
-    released->Release();
+    Drop(released);
     EXPECT_EQ(deaths_, 0);
   }).join();
   EXPECT_EQ(deaths_, 1) << "its message went with the thread";
   Change();  // Finds no queue.
-  RemoveNotificationObject(kept);
-  kept->Release();
+  Drop(kept);
   EXPECT_EQ(deaths_, 2);
 }
 
@@ -121,8 +105,7 @@ TEST_F(PrefNotifyTest, WhatWaitsFollowsASubscriberToAnotherThread) {
     EXPECT_EQ(ZOLTDeliver(), 2);
     EXPECT_EQ(mortal->heard.size(), 2U);
     Change();
-    RemoveNotificationObject(mortal);
-    mortal->Release();
+    Drop(mortal);
     EXPECT_EQ(ZOLTDeliver(), 1);
     EXPECT_EQ(deaths_, 1);
   }).join();
@@ -134,7 +117,7 @@ TEST_F(PrefNotifyTest, StrangeMessagesAreNotFollowed) {
   uint32_t const self = GetCurrentThreadId();
   for (uintptr_t const who : {uintptr_t{0}, uintptr_t{1}, reinterpret_cast<uintptr_t>(&deaths_),
                               reinterpret_cast<uintptr_t>(listener)}) {
-    PostThreadMessageA(self, zolt::kChangeMessage, who, who);
+    PostThreadMessageA(self, kChangeMessage, who, who);
   }
   Change();
   ZOLTDeliver();
@@ -143,8 +126,8 @@ TEST_F(PrefNotifyTest, StrangeMessagesAreNotFollowed) {
   Change();
   std::thread([listener] {
     Listener here;
-    PostThreadMessageA(GetCurrentThreadId(), zolt::kChangeMessage,
-                       reinterpret_cast<uintptr_t>(listener), 0);
+    PostThreadMessageA(GetCurrentThreadId(), kChangeMessage, reinterpret_cast<uintptr_t>(listener),
+                       0);
     EXPECT_EQ(ZOLTDeliver(), 1);
   }).join();
   EXPECT_EQ(listener->heard.size(), 1U) << "called back on another thread";
@@ -162,29 +145,27 @@ TEST_F(PrefNotifyTest, AThreadThatNeverPumpsCostsBoundedMemoryAndIsToldOfTheGap)
   all->AddNotificationAll();
   AddNotificationObject(all);
   NotificationInfo const record = {"n", "new", "old"};
-  zolt::AnnouncementHead const head = {kAudioId, 0, 4, 0, 0};
+  AnnouncementHead const head = {kAudioId, 0, 4, 0, 0};
   uint32_t lost = 0;
   {
     // 64 MiB are 29,127 records, and each change counts as one more.
-    zolt::SubscriberList &list = zolt::SubscriberList::The();
+    SubscriberList &list = SubscriberList::The();
     std::lock_guard const guard(list.lock());
     for (int i = 0; i < 14570; i++) lost += list.Deliver(head, &record, 1);
     list.DeliverGap();
   }
   EXPECT_EQ(lost, 6U);
-  while (ZOLTDeliver() != 0) {
-  }
+  while (ZOLTDeliver() != 0) continue;
   ASSERT_EQ(all->heard.size(), 14565U) << "one gap for all that was lost";
   EXPECT_EQ(all->heard.back(), "modified FFFFFFFF 0 0");
-  RemoveNotificationObject(all);
-  all->Release();
+  Drop(all);
 }
 
 TEST_F(PrefNotifyTest, AForkWaitsForATransactionThatAsksForSubscribers) {
   alarm(60);
   std::atomic<bool> begun = false;
   std::thread holder([&] {
-    zolt::HiveTransaction hive(HKEY_CURRENT_USER);
+    HiveTransaction hive(HKEY_CURRENT_USER);
     ASSERT_EQ(hive.Begin(), ERROR_SUCCESS);
     begun = true;
     Listener listener;
@@ -192,28 +173,25 @@ TEST_F(PrefNotifyTest, AForkWaitsForATransactionThatAsksForSubscribers) {
     while (std::chrono::steady_clock::now() < end) listener.SetTransactionType(0);
   });
   while (!begun) std::this_thread::yield();
-  EXPECT_EQ(zolt::testing::Child([](auto &) { return 0; }).Wait(), 0);
+  EXPECT_EQ(Child([](auto &) { return 0; }).Wait(), 0);
   holder.join();
 }
 
 TEST_F(PrefNotifyTest, AChildOfForkListensWithItsOwnObjects) {
   Listener *const listener = Listen(new Listener());
   Change();
-  zolt::testing::Child child([&](zolt::testing::Child::Pipe &) {
-    if (ZOLTDeliver() != 0) return 1;
-    RemoveNotificationObject(listener);
-    listener->Release();
+  EXPECT_TRUE(HoldsInChild([&] {
+    if (ZOLTDeliver() != 0) return false;
+    Drop(listener);
     Listener *const own = Listen(new Listener());
     Change();
-    bool const heard = zolt::testing::DeliverUntil([&] { return !own->heard.empty(); });
-    RemoveNotificationObject(own);
-    own->Release();
-    return heard ? 0 : 2;
-  });
-  EXPECT_EQ(child.Wait(), 0);
-  EXPECT_TRUE(zolt::testing::DeliverUntil([&] { return listener->heard.size() == 2; }));
-  RemoveNotificationObject(listener);
-  listener->Release();
+    bool const heard = DeliverUntil([&] { return !own->heard.empty(); });
+    Drop(own);
+    return heard;
+  }));
+  EXPECT_TRUE(DeliverUntil([&] { return listener->heard.size() == 2; }));
+  Drop(listener);
 }
 
 }  // namespace
+}  // namespace zolt::testing

@@ -1,36 +1,27 @@
 #include "zolt41/notify/transaction.h"
 
-#include <gtest/gtest.h>
-
 #include <chrono>
-#include <string>
-#include <vector>
+#include <tuple>
 
 #include "tests/notify/listener.h"
 #include "tests/prefs/prefs_fixture.h"
 #include "zolt41/prefs/write_transaction.h"
 
+namespace zolt::testing {
 namespace {
 
-using zolt::testing::kAudio;
-using zolt::testing::kGeneral;
-using zolt::testing::Listener;
 using Lines = std::vector<std::string>;
 
 constexpr auto kAudioId = static_cast<uint32_t>(kAudio);
 constexpr auto kGeneralId = static_cast<uint32_t>(kGeneral);
 
-class TransactionTest : public zolt::testing::PrefsTest {
+class TransactionTest : public PrefsTest {
  protected:
   TransactionTest() {
     ear_->AddNotificationID(kAudio, 0, 0);
     AddNotificationObject(ear_);
   }
-  ~TransactionTest() override {
-    RemoveNotificationObject(ear_);
-    ear_->Release();
-  }
-
+  ~TransactionTest() override { Drop(ear_); }
   Lines Heard() {
     ZOLTDeliver();
     return std::exchange(ear_->heard, {});
@@ -76,13 +67,10 @@ TEST_F(TransactionTest, TellsTheChangesBetweenBeginAndEnd) {
 
 TEST_F(TransactionTest, KeepsTheFirst128RecordsAndCutsTheirTexts) {
   WinPrefs *const store = GetUserPrefs();
-  std::string const name(300, 'n');
-  std::string const text(2000, 't');
   BeginPrefsModify(kAudio, 0, 0);
-  store->SetStr(kAudioId, name.c_str(), text.c_str());
-  for (int i = 0; i < 129; i++) {
+  store->SetStr(kAudioId, std::string(300, 'n').c_str(), std::string(2000, 't').c_str());
+  for (int i = 0; i < 129; i++)
     store->SetFree(kAudioId, std::to_string(i).c_str(), REG_BINARY, nullptr, 0);
-  }
   EndPrefsModify();
   ear_->then = [&](Listener *ear) {
     ASSERT_EQ(ear->changedRecords.GetSize(), 128);
@@ -97,14 +85,14 @@ TEST_F(TransactionTest, OneWriteTellsRemovedThenModifiedThenCreatedOfEachSection
   auto *const all = new Listener();
   all->AddNotificationAll();
   AddNotificationObject(all);
-  zolt::Transaction first(PrefLevelUser, 5);
+  Transaction first(PrefLevelUser, 5);
   first.SetStr(kAudioId, "A", "1");
   first.SetFree(kAudioId, "B", REG_BINARY, "xy", 2);
   first.Expect(kAudioId, "A", nullptr);
-  ASSERT_EQ(first.Write(), zolt::Commit::done);
-  EXPECT_EQ(first.Write(), zolt::Commit::unchanged) << "what was written is forgotten";
+  ASSERT_EQ(first.Write(), Commit::done);
+  EXPECT_EQ(first.Write(), Commit::unchanged) << "what was written is forgotten";
 
-  zolt::Transaction second(PrefLevelUser);
+  Transaction second(PrefLevelUser);
   second.SetStr(kAudioId, "New", "n");
   second.SetStr(kGeneralId, "G", "g");
   second.Remove(kAudioId, "b");
@@ -113,7 +101,7 @@ TEST_F(TransactionTest, OneWriteTellsRemovedThenModifiedThenCreatedOfEachSection
   second.Remove(kAudioId, "never");
   second.Expect(kAudioId, "a", "1");
   second.ExpectFree(kAudioId, "B", REG_BINARY, "xy", 2);
-  ASSERT_EQ(second.Write(), zolt::Commit::done);
+  ASSERT_EQ(second.Write(), Commit::done);
   Lines const expected = {"created 41554449 4 5 A=>1 B=>", "removed 41554449 4 0 b=>",
                           "modified 41554449 4 0 A=1>2", "created 41554449 4 0 New=>n"};
   ZOLTDeliver();
@@ -124,83 +112,74 @@ TEST_F(TransactionTest, OneWriteTellsRemovedThenModifiedThenCreatedOfEachSection
   EXPECT_EQ(all->heard[4], "created 474E524C 4 0 G=>g");
   all->heard.pop_back();
   EXPECT_EQ(all->heard, expected);
-  RemoveNotificationObject(all);
-  all->Release();
+  Drop(all);
 }
 
 TEST_F(TransactionTest, WritesAllOrNothing) {
-  struct {
-    zolt::Commit result;
-    PrefLevel level;
-    uint32_t section;
-    char const *expected;
-  } const cases[] = {
-      {zolt::Commit::mismatch, PrefLevelUser, kAudioId, "not this"},
-      {zolt::Commit::mismatch, PrefLevelUser, kAudioId, nullptr},
-      {zolt::Commit::denied, PrefLevelCard, kAudioId, "1"},
-      {zolt::Commit::denied, PrefLevelThis, kAudioId, "1"},
-      {zolt::Commit::denied, PrefLevelUser, 0x12345678, "1"},
-      {zolt::Commit::unchanged, PrefLevelUser, kAudioId, "1"},
-  };
+  std::tuple<Commit, PrefLevel, uint32_t, char const *> const cases[] = {
+      {Commit::mismatch, PrefLevelUser, kAudioId, "not this"},
+      {Commit::mismatch, PrefLevelUser, kAudioId, nullptr},
+      {Commit::denied, PrefLevelCard, kAudioId, "1"},
+      {Commit::denied, PrefLevelThis, kAudioId, "1"},
+      {Commit::denied, PrefLevelUser, 0x12345678, "1"},
+      {Commit::unchanged, PrefLevelUser, kAudioId, "1"}};
   GetUserPrefs()->SetStr(kAudioId, "A", "1");
   for (auto const &[result, level, section, expected] : cases) {
-    zolt::Transaction transaction(level);
-    transaction.SetStr(kAudioId, "A", result == zolt::Commit::unchanged ? "1" : "2");
-    transaction.SetStr(section, "A", result == zolt::Commit::unchanged ? "1" : "2");
+    Transaction transaction(level);
+    transaction.SetStr(kAudioId, "A", result == Commit::unchanged ? "1" : "2");
+    transaction.SetStr(section, "A", result == Commit::unchanged ? "1" : "2");
     transaction.Expect(section, "A", expected);
     EXPECT_EQ(transaction.Write(), result);
-    EXPECT_EQ(zolt::testing::Read(GetUserPrefs(), "A", 0, kAudioId), "1");
+    EXPECT_EQ(Read(GetUserPrefs(), "A", 0, kAudioId), "1");
   }
   EXPECT_EQ(Heard(), Lines{});
 }
 
 TEST_F(TransactionTest, TenThousandChangesComeWholeAndClearRemovesThemAll) {
-  zolt::Transaction write(PrefLevelUser);
+  Transaction write(PrefLevelUser);
   for (int i = 0; i < 10000; i++) write.SetStr(kAudioId, std::to_string(i).c_str(), "v");
-  ASSERT_EQ(write.Write(), zolt::Commit::done);
-  zolt::Transaction clear(PrefLevelUser);
+  ASSERT_EQ(write.Write(), Commit::done);
+  Transaction clear(PrefLevelUser);
   clear.Clear(kAudioId);
   clear.SetStr(kAudioId, "7", "kept");
-  ASSERT_EQ(clear.Write(), zolt::Commit::done);
+  ASSERT_EQ(clear.Write(), Commit::done);
   int32_t records = 0;
   ear_->then = [&](Listener *ear) { records += ear->changedRecords.GetSize(); };
   // 78 announcements of 128 and one of 16; of the second write 79 again and one for the change.
   EXPECT_EQ(Heard().size(), 159U);
   EXPECT_EQ(records, 20000);
-  EXPECT_EQ(zolt::testing::Read(GetUserPrefs(), "7", 0, kAudioId), "kept");
+  EXPECT_EQ(Read(GetUserPrefs(), "7", 0, kAudioId), "kept");
   EXPECT_EQ(GetUserPrefs()->Exists(kAudioId, "9999"), 0);
 }
 
 TEST_F(TransactionTest, AStandardSectionIsToldUnderItsNameToo) {
   // As a component client opens them.
   WinPrefs *const store = GetUserPrefs();
-  int32_t const general = SectionNameHash("General");
-  int32_t const audio = SectionNameHash("ConferencingAudio");
-  store->RegisterSection(general, "general");
+  auto const general = static_cast<uint32_t>(SectionNameHash("General"));
+  auto const audio = static_cast<uint32_t>(SectionNameHash("ConferencingAudio"));
+  store->RegisterSection(static_cast<int32_t>(general), "general");
   auto *const named = new Listener();
-  named->AddNotificationKey(0, static_cast<uint32_t>(general), 0);
-  named->AddNotificationKey(0, static_cast<uint32_t>(audio), 0);
-  named->AddNotificationKey(0, kGeneralId, 0);
+  for (uint32_t const id : {general, audio, kGeneralId}) named->AddNotificationKey(0, id, 0);
   AddNotificationObject(named);
-  for (uint32_t const section : {kGeneralId, static_cast<uint32_t>(general), kAudioId}) {
-    zolt::Transaction transaction(PrefLevelUser);
+  for (uint32_t const section : {kGeneralId, general, kAudioId}) {
+    Transaction transaction(PrefLevelUser);
     transaction.SetStr(section, "V", std::to_string(section).c_str());
-    ASSERT_EQ(transaction.Write(), zolt::Commit::done);
+    ASSERT_EQ(transaction.Write(), Commit::done);
   }
   ZOLTDeliver();
   EXPECT_EQ(named->heard.size(), 5U) << "two each way for General, one for Audio";
-  zolt::Transaction mixed(PrefLevelUser);
+  Transaction mixed(PrefLevelUser);
   for (char const *value : {"first", "last"}) {
     mixed.SetStr(kGeneralId, "M", value);
-    mixed.SetStr(static_cast<uint32_t>(general), "m", value);
+    mixed.SetStr(general, "m", value);
   }
   mixed.SetStr(kGeneralId, "M", "the one that counts");
-  ASSERT_EQ(mixed.Write(), zolt::Commit::done);
-  EXPECT_EQ(zolt::testing::Read(GetUserPrefs(), "M"), "the one that counts");
+  ASSERT_EQ(mixed.Write(), Commit::done);
+  EXPECT_EQ(Read(GetUserPrefs(), "M"), "the one that counts");
   ZOLTDeliver();
   EXPECT_EQ(named->heard.size(), 7U) << "one section, whatever it was called";
-  RemoveNotificationObject(named);
-  named->Release();
+  Drop(named);
 }
 
 }  // namespace
+}  // namespace zolt::testing

@@ -1,6 +1,7 @@
 #include "zolt41/prefs/list_enum_prefs.h"
 
 #include <memory>
+#include <tuple>
 
 #include "tests/notify/listener.h"
 #include "tests/prefs/prefs_fixture.h"
@@ -19,7 +20,6 @@ class Numbers : public ListEnumData {
       if (GetList()->AddItem(item.get()) != ZOLTXList::kNone) static_cast<void>(item.release());
     }
   }
-  ~Numbers() override = default;
 
   std::vector<int32_t> Items() {
     std::vector<int32_t> items;
@@ -33,12 +33,10 @@ class ListEnumPrefsTest : public PrefsTest {
  protected:
   ListEnumPrefsTest() : list_(UserPrefs()->GetListEnum(0, kLists, "Lists", "L")) {}
   ~ListEnumPrefsTest() override { list_->Release(); }
-
   void Store(std::initializer_list<char const *> names) {
     for (char const *name : names)
       UserPrefs()->SetStr(kLists, name, *name == '\0' ? "unnamed" : name);
   }
-
   void WriteTexts(std::initializer_list<char const *> texts) {
     StringListEnumData data;
     for (char const *text : texts) data.AddString(text);
@@ -53,7 +51,6 @@ class ListEnumPrefsTest : public PrefsTest {
     walk->Release();
     return names;
   }
-
   static std::string Texts(StringListEnumData const &data) {
     std::string texts;
     char text[300];
@@ -95,14 +92,11 @@ TEST_F(ListEnumPrefsTest, TrimmingTakesWhatParsesAsTheStemAndANumber) {
          "L-99999999999"});
   list_->LimitNumberOfValues(2);
   EXPECT_EQ(Names(), " L LL5 l5 L-3 L- L+-4 Lx L1 L-99999999999 ");
-}
-
-TEST_F(ListEnumPrefsTest, StemWithPercentIsPlainTextAndWhiteSpaceMatchesAny) {
+  ClearPrefSection(kLists, 0);
+  // A percent sign is plain text, and white space matches any.
   Store({"a%d0", "a%d2", "a12", "a%%d3", "t\t5", "t5", "t  6", "tt 7"});
-  for (char const *stem : {"a%d", "t "}) {
-    CListEnumPrefs list(kLists, "Lists", 0, GetUserPrefs(), stem);
-    list.LimitNumberOfValues(1);
-  }
+  for (char const *stem : {"a%d", "t "})
+    CListEnumPrefs(kLists, "Lists", 0, GetUserPrefs(), stem).LimitNumberOfValues(1);
   EXPECT_EQ(Names(), "a%d0 a12 a%%d3 tt 7 ");
 }
 
@@ -145,17 +139,13 @@ TEST_F(ListEnumPrefsTest, NumbersAndBooleansComeBack) {
 TEST_F(ListEnumPrefsTest, DifferencesOfTexts) {
   WriteTexts({"one", "two", "three"});
   WriteTexts({"one", "", "three"});
-  struct Row {
-    std::vector<char const *> texts;
-    int32_t general;
-    int32_t texty;
-  };
-  for (Row const &row :
-       {Row{{"one", "", "three"}, 0, 1}, Row{{"one", "", "Three"}, 1, 1}, Row{{"one", ""}, 1, 1}}) {
+  std::tuple<std::vector<char const *>, int32_t, int32_t> const cases[] = {
+      {{"one", "", "three"}, 0, 1}, {{"one", "", "Three"}, 1, 1}, {{"one", ""}, 1, 1}};
+  for (auto const &[texts, asList, asTexts] : cases) {
     StringListEnumData data;
-    for (char const *text : row.texts) data.AddString(text);
-    EXPECT_EQ(list_->IsDiffList(static_cast<ListEnumData *>(&data)), row.general);
-    EXPECT_EQ(list_->IsDiffList(&data), row.texty);
+    for (char const *text : texts) data.AddString(text);
+    EXPECT_EQ(list_->IsDiffList(static_cast<ListEnumData *>(&data)), asList);
+    EXPECT_EQ(list_->IsDiffList(&data), asTexts);
   }
   WriteTexts({"one"});
   StringListEnumData data;

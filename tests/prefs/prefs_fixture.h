@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "tests/support/temp_home.h"
 #include "zolt41/library/library.h"
 #include "zolt41/prefs/pref_sections.h"

@@ -1,5 +1,8 @@
 #include "zolt41/prefs/typed_prefs.h"
 
+#include <tuple>
+#include <utility>
+
 #include "tests/prefs/prefs_fixture.h"
 
 namespace zolt::testing {
@@ -17,41 +20,33 @@ TEST_F(TypedPrefsTest, ReadsFollowTheChainsWhichNeverJoin) {
   for (int level = 1; level <= 4; ++level)
     for (char const *name : {"all", names[level]})
       stores[level]->SetStr(kSection, name, names[level]);
-  struct {
-    TYPrefs *store;
-    char const *own;      // what "all" gives
-    char const *general;  // what it gives with the parents first
-    char const *seen;     // the levels that it sees
-  } const rows[] = {{&card, "4", "4", "--34"},
-                    {stores[4], "4", "3", "--34"},
-                    {stores[3], "3", "3", "--3-"},
-                    {stores[2], "2", "1", "12--"},
-                    {stores[1], "1", "1", "1---"}};
-  for (auto const &row : rows)
+  // A store, what "all" gives, what it gives with the parents first, the levels that it sees.
+  std::tuple<TYPrefs *, char const *, char const *, char const *> const rows[] = {
+      {&card, "4", "4", "--34"},
+      {stores[4], "4", "3", "--34"},
+      {stores[3], "3", "3", "--3-"},
+      {stores[2], "2", "1", "12--"},
+      {stores[1], "1", "1", "1---"}};
+  for (auto const &[store, own, general, levels] : rows)
     for (int32_t const parentFirst : {0, 1}) {
-      EXPECT_EQ(Read(row.store, "all", parentFirst), parentFirst != 0 ? row.general : row.own);
+      EXPECT_EQ(Read(store, "all", parentFirst), parentFirst != 0 ? general : own);
       std::string seen;
-      for (int level = 1; level <= 4; ++level) seen += Read(row.store, names[level], parentFirst);
-      EXPECT_EQ(seen, row.seen);
+      for (int level = 1; level <= 4; ++level) seen += Read(store, names[level], parentFirst);
+      EXPECT_EQ(seen, levels);
     }
 }
 
 TEST_F(TypedPrefsTest, WritesGoToTheStoreOfTheLevelOrNowhere) {
-  struct {
-    TYPrefs *store;
-    int32_t level;
-    int32_t taker;  // 0: none
-  } const rows[] = {
-      {stores[4], 0, 4}, {stores[4], 4, 4}, {stores[4], 3, 3},  {stores[4], 1, 0},
-      {stores[4], 2, 0}, {stores[4], 5, 0}, {stores[4], 6, 0},  {stores[2], 4, 0},
-      {stores[2], 1, 1}, {stores[2], 0, 2}, {&card, 4, 4},      {&card, 3, 3},
-      {&card, 2, 0},     {stores[3], 4, 0}, {stores[3], 99, 0},
-  };
-  for (auto const &row : rows) {
-    EXPECT_EQ(row.store->WriteBool(kSection, "n", 7, static_cast<PrefLevel>(row.level)),
-              row.taker != 0);
+  // The taker 0 is none.
+  std::tuple<TYPrefs *, int32_t, int32_t> const rows[] = {
+      {stores[4], 0, 4}, {stores[4], 4, 4}, {stores[4], 3, 3}, {stores[4], 1, 0},
+      {stores[4], 2, 0}, {stores[4], 5, 0}, {stores[4], 6, 0}, {stores[2], 4, 0},
+      {stores[2], 1, 1}, {stores[2], 0, 2}, {&card, 4, 4},     {&card, 3, 3},
+      {&card, 2, 0},     {stores[3], 4, 0}, {stores[3], 99, 0}};
+  for (auto const &[store, asked, taker] : rows) {
+    EXPECT_EQ(store->WriteBool(kSection, "n", 7, static_cast<PrefLevel>(asked)), taker != 0);
     for (int level = 1; level <= 4; ++level) {
-      EXPECT_EQ(stores[level]->Exists(kSection, "n"), level == row.taker) << row.level;
+      EXPECT_EQ(stores[level]->Exists(kSection, "n"), level == taker) << asked;
       stores[level]->RemoveValue(kSection, "n");
     }
   }
@@ -59,22 +54,20 @@ TEST_F(TypedPrefsTest, WritesGoToTheStoreOfTheLevelOrNowhere) {
 
 TEST_F(TypedPrefsTest, NumbersAndBooleansAreTexts) {
   constexpr int32_t kNone = -77;
-  std::pair<char const *, int32_t> const rows[] = {
-      {" \t\n+7 rest", 7},
-      {"-0x10", -16},
-      {"0XfFg", 255},
-      {"010", 8},
-      {"08", 0},
-      {"2147483648", INT32_MIN},
-      {"0xFFFFFFFF", -1},
-      {"+-5", kNone},
-      {"yes", kNone},
-      {"True", kNone},
-      {" Yes", kNone},
-      {"", kNone},
-      {"99999999999999999999", -1},
-      {"-99999999999999999999", 0},
-  };
+  std::pair<char const *, int32_t> const rows[] = {{" \t\n+7 rest", 7},
+                                                   {"-0x10", -16},
+                                                   {"0XfFg", 255},
+                                                   {"010", 8},
+                                                   {"08", 0},
+                                                   {"2147483648", INT32_MIN},
+                                                   {"0xFFFFFFFF", -1},
+                                                   {"+-5", kNone},
+                                                   {"yes", kNone},
+                                                   {"True", kNone},
+                                                   {" Yes", kNone},
+                                                   {"", kNone},
+                                                   {"99999999999999999999", -1},
+                                                   {"-99999999999999999999", 0}};
   for (auto const &[text, number] : rows) {
     bool const flag = text[0] == 'y' || text[0] == 'T';
     UserPrefs()->SetStr(kSection, "n", text);

@@ -1,3 +1,5 @@
+#include <tuple>
+
 #include "tests/prefs/prefs_fixture.h"
 
 namespace zolt::testing {
@@ -25,37 +27,29 @@ TEST_F(SectionsTest, TheNewestOfAnIdIsFoundAndAnOlderOneShowsAgain) {
 TEST_F(SectionsTest, EveryStoreHasItsTreeAndItsBits) {
   int32_t const id = user.GetIDFromString("Private", SectionNameHash("Chat"));
   ASSERT_NE(user.RegisterSection("Private", SectionNameHash("Chat")), 0U);
-  struct {
-    TYPrefs *store;
-    HKEY root;
-    char const *tree;
-    int32_t readable;
-  } const rows[] = {{UserPrefs(), HKEY_CURRENT_USER, "5.0", 0x01},
-                    {SharedUserPrefs(), HKEY_CURRENT_USER, "Shared", 0x04},
-                    {SystemPrefs(), HKEY_LOCAL_MACHINE, "5.0", 0x10},
-                    {SharedSystemPrefs(), HKEY_LOCAL_MACHINE, "Shared", 0x40}};
-  for (auto const &row : rows)
-    row.store->WriteNum(static_cast<uint32_t>(id), "n", row.readable, PrefLevelThis);
-  for (auto const &row : rows) {
-    std::string const path = std::string("Software\\Veltrane\\Tessaly\\") + row.tree;
-    EXPECT_EQ(Raw(row.root, path + "\\Conferencing\\Chat\\Private", "n"),
-              std::to_string(row.readable));
-    EXPECT_EQ(row.store->IsReadable(kSection), row.readable);
-    EXPECT_EQ(row.store->IsWritable(kSection), row.readable * 2);
-    EXPECT_EQ(row.store->IsReadable(0), 0);
+  std::tuple<TYPrefs *, HKEY, char const *, int32_t> const rows[] = {
+      {UserPrefs(), HKEY_CURRENT_USER, "5.0", 0x01},
+      {SharedUserPrefs(), HKEY_CURRENT_USER, "Shared", 0x04},
+      {SystemPrefs(), HKEY_LOCAL_MACHINE, "5.0", 0x10},
+      {SharedSystemPrefs(), HKEY_LOCAL_MACHINE, "Shared", 0x40}};
+  for (auto const &[store, root, tree, readable] : rows)
+    store->WriteNum(static_cast<uint32_t>(id), "n", readable, PrefLevelThis);
+  for (auto const &[store, root, tree, readable] : rows) {
+    std::string const path = std::string("Software\\Veltrane\\Tessaly\\") + tree;
+    EXPECT_EQ(Raw(root, path + "\\Conferencing\\Chat\\Private", "n"), std::to_string(readable));
+    EXPECT_EQ(store->IsReadable(kSection), readable);
+    EXPECT_EQ(store->IsWritable(kSection), readable * 2);
+    EXPECT_EQ(store->IsReadable(0), 0);
   }
 }
 
 TEST_F(SectionsTest, AnIdIsAHashOfTheNamesNearestParentFirst) {
-  struct {
-    std::string name;
-    int32_t parent;
-    uint32_t id;
-  } const rows[] = {{"CHAT", 0, 0x44148435},
-                    {"cab", 0, 0x42414300},
-                    {"Caf\xE9", 0, 0x9464143C},
-                    {std::string(260, 'a'), 0, 0x14141414},
-                    {"Private", SectionNameHash("Chat"), 0xF1DA71FC}};
+  std::tuple<std::string, int32_t, uint32_t> const rows[] = {
+      {"CHAT", 0, 0x44148435},
+      {"cab", 0, 0x42414300},
+      {"Caf\xE9", 0, 0x9464143C},
+      {std::string(260, 'a'), 0, 0x14141414},
+      {"Private", SectionNameHash("Chat"), 0xF1DA71FC}};
   for (auto const &[name, parent, id] : rows)
     EXPECT_EQ(static_cast<uint32_t>(user.GetIDFromString(name.c_str(), parent)), id);
   EXPECT_EQ(user.RegisterSection("Private", 12345), 0U);

@@ -1,6 +1,7 @@
 #include "zolt41/prefs/win_prefs.h"
 
 #include <cstring>
+#include <utility>
 
 #include "tests/prefs/prefs_fixture.h"
 #include "zolt41/prefs/enum_prefs.h"
@@ -61,21 +62,20 @@ TEST_F(WinPrefsTest, BytesAreReadInTwoStepsAlongTheChain) {
 }
 
 TEST_F(WinPrefsTest, APathEndsAtItsFirstEmptyComponent) {
-  struct {
-    std::string path;
-    std::string key;  // empty: none
-  } const rows[] = {{"One:Two\\Three", "One\\Two\\Three"},
-                    {"One::Two", "One"},
-                    {"One:", "One"},
-                    {"", ""},
-                    {"\\One", ""},
-                    {std::string(300, 'p'), std::string(254, 'p')}};
-  for (auto const &row : rows) {
-    WinPrefs store(PrefLevelUser, row.path.c_str());
-    store.SetStr(0, "n", row.path.substr(0, 9).c_str());
-    EXPECT_EQ(store.SectionKey(0, 0) != 0, !row.key.empty()) << row.path;
-    if (!row.key.empty()) {
-      EXPECT_EQ(Raw(HKEY_CURRENT_USER, row.key, "n"), row.path.substr(0, 9));
+  // Key: empty: none.
+  std::pair<std::string, std::string> const rows[] = {
+      {"One:Two\\Three", "One\\Two\\Three"},
+      {"One::Two", "One"},
+      {"One:", "One"},
+      {"", ""},
+      {"\\One", ""},
+      {std::string(300, 'p'), std::string(254, 'p')}};
+  for (auto const &[path, key] : rows) {
+    WinPrefs store(PrefLevelUser, path.c_str());
+    store.SetStr(0, "n", path.substr(0, 9).c_str());
+    EXPECT_EQ(store.SectionKey(0, 0) != 0, !key.empty()) << path;
+    if (!key.empty()) {
+      EXPECT_EQ(Raw(HKEY_CURRENT_USER, key, "n"), path.substr(0, 9));
     }
   }
 }

@@ -1,50 +1,41 @@
 #include "zolt41/platform/registry/generation.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <vector>
+#include <tuple>
 
 #include "tests/support/child.h"
-#include "tests/support/temp_home.h"
+#include "tests/support/files.h"
 
-namespace zolt {
+namespace zolt::testing {
 namespace {
 
-using testing::Child;
-
-class GenerationTest : public ::testing::Test {
+class GenerationTest : public FileTest {
  protected:
-  testing::TempHome home_;
   Generation words_;
 };
 
 TEST_F(GenerationTest, WhatADeadWriterLeftIsMendedByTheNextOwner) {
   ASSERT_EQ(words_.Attach(home_.UserSync()), Failure::none);
-  struct Case {
-    std::vector<uint16_t> words;
-    bool all;
-    bool epochMoves;
-  };
-  for (Case const &c : {Case{{9}, false, false}, Case{{9, 9, 100}, false, false},
-                        Case{{}, true, true}, Case{std::vector<uint16_t>(257, 9), false, true}}) {
+  std::tuple<std::vector<uint16_t>, bool, bool> const cases[] = {
+      {{9}, false, false},
+      {{9, 9, 100}, false, false},
+      {{}, true, true},
+      {std::vector<uint16_t>(257, 9), false, true}};
+  for (auto const &[words, all, epochMoves] : cases) {
     Stamp const before = words_.Words().Read(9);
-    Child dying([&](Child::Pipe &) {
-      if (!words_.Lock(1000)) return 1;
-      words_.BeginChange(c.words, c.all);
-      return 0;  // ends with the mutex in hand
-    });
-    ASSERT_EQ(dying.Wait(), 0);
+    ASSERT_TRUE(HoldsInChild([this, words = words, all = all] {
+      if (!words_.Lock(1000)) return false;
+      words_.BeginChange(words, all);
+      return true;  // ends with the mutex in hand
+    }));
     Stamp const odd = words_.Words().Read(9);
     EXPECT_EQ((odd.word | odd.epoch) & 1, 1u);
     ASSERT_TRUE(words_.Lock(1000));
     Stamp const after = words_.Words().Read(9);
     EXPECT_EQ((after.word | after.epoch) & 1, 0u);
     EXPECT_NE(after, before) << "a copy from before must not come back to life";
-    EXPECT_EQ(after.epoch != before.epoch, c.epochMoves);
+    EXPECT_EQ(after.epoch != before.epoch, epochMoves);
     words_.Unlock();
   }
 }
@@ -70,44 +61,25 @@ TEST_F(GenerationTest, MadeAnewOnlyWhenNobodyIsAttached) {
 }
 
 TEST_F(GenerationTest, RefusesWhatItMustNotTrust) {
-  struct Case {
-    char const *what;
-    std::function<void(std::string const &)> make;
-    Failure failure;
+  auto const make = [this](char const *name, mode_t mode) {
+    WriteContent(Path(name), "x");
+    chmod(Path(name).c_str(), mode);
   };
-  Case const cases[] = {
-      {"open to others",
-       [](std::string const &path) {
-         std::ofstream(path) << "x";
-         chmod(path.c_str(), 0644);
-       },
-       Failure::denied},
-      {"a link",
-       [](std::string const &path) {
-         std::ofstream(path + ".real") << "";
-         symlink((path + ".real").c_str(), path.c_str());
-       },
-       Failure::denied},
-      {"two names",
-       [](std::string const &path) {
-         std::ofstream(path + ".real") << "";
-         chmod((path + ".real").c_str(), 0600);
-         link((path + ".real").c_str(), path.c_str());
-       },
-       Failure::denied},
-      {"a directory", [](std::string const &path) { mkdir(path.c_str(), 0700); }, Failure::io},
-  };
-  for (Case const &c : cases) {
-    std::string const path = home_.path() + "/sync-" + c.what;
-    c.make(path);
+  make("open to others", 0644);
+  make("own", 0600);
+  ASSERT_EQ(symlink("own", Path("a link").c_str()), 0);
+  make("first name", 0600);
+  ASSERT_EQ(link(Path("first name").c_str(), Path("second name").c_str()), 0);
+  ASSERT_EQ(mkdir(Path("a directory").c_str(), 0700), 0);
+  for (char const *what : {"open to others", "a link", "second name", "a directory"}) {
     Generation words;
-    EXPECT_EQ(words.Attach(path), c.failure) << c.what;
+    EXPECT_EQ(words.Attach(Path(what)), what[2] == 'd' ? Failure::io : Failure::denied) << what;
     EXPECT_FALSE(words.attached());
   }
 }
 
 TEST_F(GenerationTest, GarbageOfADeadRunIsMadeAnewAndAnotherLayoutInUseIsRefused) {
-  std::ofstream(home_.UserSync()) << std::string(100000, 'G');
+  WriteContent(home_.UserSync(), std::string(100000, 'G'));
   chmod(home_.UserSync().c_str(), 0600);
   ASSERT_EQ(words_.Attach(home_.UserSync()), Failure::none);
   EXPECT_EQ(words_.Words().Read(5), Stamp{});
@@ -118,4 +90,4 @@ TEST_F(GenerationTest, GarbageOfADeadRunIsMadeAnewAndAnotherLayoutInUseIsRefused
 }
 
 }  // namespace
-}  // namespace zolt
+}  // namespace zolt::testing

@@ -1,129 +1,89 @@
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <functional>
-#include <string>
+#include <tuple>
 
-#include "tests/support/child.h"
 #include "tests/support/files.h"
 #include "tests/support/full_disk.h"
 #include "tests/support/key.h"
 #include "tests/support/raw_hive.h"
-#include "tests/support/temp_home.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/name_walk.h"
-#include "zolt41/platform/registry/registry.h"
 
-namespace zolt {
+namespace zolt::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::Child;
-using testing::ContentOf;
-using testing::FullDisk;
-using testing::Key;
-using testing::LastFailure;
-using testing::RawHive;
-using testing::WriteContent;
 
 // What a hive's file, and what lies around it, can do to us.
-class HiveFileTest : public ::testing::Test {
+class HiveFileTest : public FileTest {
  protected:
   // Makes a home with one value in each tree and leaves it.
   void Prepare() {
-    for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
-      Key const key(root);
-      ASSERT_EQ(key.Set("v", "old"), ERROR_SUCCESS);
-    }
-    LeaveHives();
-    // The log into the file, so that what is damaged is the file.
-    RawHive(home_.UserHive()).Run("PRAGMA wal_checkpoint(TRUNCATE)");
+    for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
+      ASSERT_EQ(Key(root).Set("v", "old"), ERROR_SUCCESS);
+    Leave(home_.UserHive());
   }
-
-  testing::TempHome home_;
+  // The log goes into the file, so that what is damaged or moved is the file.
+  static void Leave(std::string const &path) {
+    LeaveHives();
+    RawHive(path).Run("PRAGMA wal_checkpoint(TRUNCATE)");
+  }
 };
 
 TEST_F(HiveFileTest, IsMadeForItsUserAlone) {
   umask(0);
   Prepare();
-  for (std::string const &path : {home_.UserHive(), home_.UserSync(), home_.MachineHive()}) {
+  for (std::string const &path : {home_.UserHive(), home_.UserSync(), home_.MachineHive()})
     EXPECT_EQ(fs::status(path).permissions(), fs::perms(0600)) << path;
-  }
-  EXPECT_EQ(fs::status(home_.path() + "/machine").permissions(), fs::perms(0700));
+  EXPECT_EQ(fs::status(Path("machine")).permissions(), fs::perms(0700));
 }
 
 TEST_F(HiveFileTest, StoresNamesAsUtf8) {
-  {
-    Key const key(HKEY_CURRENT_USER,
-                  "Stra\xDF"
-                  "e");
-    key.Set("Preis \x80", "5");
-  }
+  Key(HKEY_CURRENT_USER, "Ma\xDF").Set("Preis \x80", "5");
   LeaveHives();
   RawHive raw(home_.UserHive());
-  EXPECT_EQ(raw.Run("SELECT name FROM key"),
-            "Stra\xC3\x9F"
-            "e");
+  EXPECT_EQ(raw.Run("SELECT name FROM key"), "Ma\xC3\x9F");
   EXPECT_EQ(raw.Run("SELECT name FROM value"), "Preis \xE2\x82\xAC");
 }
 
 TEST_F(HiveFileTest, DamageIsToldAndTheFileIsLeftAsItIs) {
-  struct Case {
-    char const *what;
-    std::function<std::string(std::string)> change;
-    int32_t result;
-    int32_t failure;
-  };
-  Case const cases[] = {
-      {"garbage", [](std::string) { return std::string(9000, 'Z'); }, ERROR_REGISTRY_CORRUPT, 4},
-      {"a text", [](std::string) { return std::string("Volume=70\n"); }, ERROR_REGISTRY_CORRUPT, 4},
-      {"cut inside a page", [](std::string b) { return b.substr(0, 5000); }, ERROR_REGISTRY_CORRUPT,
-       4},
-      {"no head", [](std::string b) { return std::string(100, '\0') + b.substr(100); },
-       ERROR_REGISTRY_CORRUPT, 4},
-      {"schema page lost",
-       [](std::string b) { return b.substr(0, 100) + std::string(3996, '\xFF') + b.substr(4096); },
-       ERROR_REGISTRY_CORRUPT, 4},
-  };
   Prepare();
-  for (std::string const &path : {home_.UserHive(), home_.MachineHive()}) {
+  for (HKEY const root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+    std::string const path = root == HKEY_CURRENT_USER ? home_.UserHive() : home_.MachineHive();
     std::string const whole = ContentOf(path);
-    for (Case const &c : cases) {
-      std::string const bytes = c.change(whole);
+    std::pair<char const *, std::string> const cases[] = {
+        {"garbage", std::string(9000, 'Z')},
+        {"a text", "Volume=70\n"},
+        {"cut inside a page", whole.substr(0, 5000)},
+        {"no head", std::string(100, '\0') + whole.substr(100)},
+        {"no schema", whole.substr(0, 100) + std::string(3996, '\xFF') + whole.substr(4096)}};
+    for (auto const &[what, bytes] : cases) {
       WriteContent(path, bytes);
-      HKEY const root = path == home_.UserHive() ? HKEY_CURRENT_USER : HKEY_LOCAL_MACHINE;
-      Key const key(root);
-      EXPECT_EQ(key.opened, c.result) << c.what;
+      EXPECT_EQ(Key(root).opened, ERROR_REGISTRY_CORRUPT) << what;
       std::string subject;
-      EXPECT_EQ(LastFailure(&subject), c.failure) << c.what;
+      EXPECT_EQ(LastFailure(&subject), 4) << what;
       EXPECT_EQ(subject, fs::canonical(path));
       ReportHiveFailure(root);
-      EXPECT_EQ(LastFailure(), c.failure) << "it can be told again";
+      EXPECT_EQ(LastFailure(), 4) << "it can be told again";
       LeaveHives();
-      EXPECT_EQ(ContentOf(path), bytes) << c.what;
+      EXPECT_EQ(ContentOf(path), bytes) << what;
     }
     WriteContent(path, whole);
-    EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "old");
+    EXPECT_EQ(Key(root).Get("v"), "old");
     LeaveHives();
   }
 }
 
 TEST_F(HiveFileTest, ForeignAndNewerDatabasesAreRefused) {
-  struct Case {
-    char const *sql;
-    int32_t result;
-    int32_t failure;
-  };
-  for (Case const &c : {Case{"UPDATE hive SET layout=2", ERROR_REVISION_MISMATCH, 5},
-                        Case{"DROP TABLE hive", ERROR_REGISTRY_CORRUPT, 4},
-                        Case{"DELETE FROM hive", ERROR_REGISTRY_CORRUPT, 4}}) {
+  std::tuple<char const *, int32_t, int32_t> const cases[] = {
+      {"UPDATE hive SET layout=2", ERROR_REVISION_MISMATCH, 5},
+      {"DROP TABLE hive", ERROR_REGISTRY_CORRUPT, 4},
+      {"DELETE FROM hive", ERROR_REGISTRY_CORRUPT, 4}};
+  for (auto const &[sql, result, failure] : cases) {
     Prepare();
-    EXPECT_EQ(RawHive(home_.UserHive()).Run(c.sql), "");
-    EXPECT_EQ(Key(HKEY_CURRENT_USER).opened, c.result) << c.sql;
-    EXPECT_EQ(LastFailure(), c.failure) << c.sql;
+    EXPECT_EQ(RawHive(home_.UserHive()).Run(sql), "");
+    EXPECT_EQ(Key(HKEY_CURRENT_USER).opened, result) << sql;
+    EXPECT_EQ(LastFailure(), failure) << sql;
     LeaveHives();
     fs::remove(home_.UserHive());
   }
@@ -131,12 +91,9 @@ TEST_F(HiveFileTest, ForeignAndNewerDatabasesAreRefused) {
 
 TEST_F(HiveFileTest, DamagedPagesNeverGiveAWrongValue) {
   Prepare();
-  {
-    Key const key(HKEY_CURRENT_USER);
-    for (int i = 0; i < 300; i++) key.Set("n" + std::to_string(i), "value " + std::to_string(i));
-  }
-  LeaveHives();
-  RawHive(home_.UserHive()).Run("PRAGMA wal_checkpoint(TRUNCATE)");
+  for (int i = 0; i < 300; i++)
+    Key(HKEY_CURRENT_USER).Set("n" + std::to_string(i), "value " + std::to_string(i));
+  Leave(home_.UserHive());
   std::string const whole = ContentOf(home_.UserHive());
   for (size_t page = 1; page < whole.size() / 4096; page++) {
     std::string bytes = whole;
@@ -154,7 +111,7 @@ TEST_F(HiveFileTest, DamagedPagesNeverGiveAWrongValue) {
 
 TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {
   Prepare();
-  fs::copy_file(home_.UserHive(), home_.path() + "/backup");
+  fs::copy_file(home_.UserHive(), Path("backup"));
   Key const key(HKEY_CURRENT_USER);
   key.Set("v", "new");
   key.Set("only in the log", "x");
@@ -164,11 +121,11 @@ TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {
   auto const second = [&walk, &walked] {
     char name[32];
     uint32_t size = sizeof name;
-    return walk.At(walked.handle, 1, name, &size) == ERROR_SUCCESS ? std::string(name, size)
-                                                                   : "none";
+    int32_t const result = walk.At(walked.handle, 1, name, &size);
+    return result == ERROR_SUCCESS ? std::string(name, size) : "none";
   };
   EXPECT_EQ(second(), "only in the log");
-  fs::rename(home_.path() + "/backup", home_.UserHive());
+  fs::rename(Path("backup"), home_.UserHive());
   // A miss looks; the log of the old file must not be applied to the new one.
   EXPECT_EQ(key.Get("another"), "!2");
   EXPECT_EQ(key.Get("v"), "old");
@@ -182,16 +139,15 @@ TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {
 
 TEST_F(HiveFileTest, AHandleFollowsItsPathIntoAnotherFile) {
   // In the other file the number of our key belongs to another key.
-  setenv("ZOLT_HOME", (home_.path() + "/other").c_str(), 1);
+  setenv("ZOLT_HOME", Path("other").c_str(), 1);
   for (char const *name : {"Decoy", "Test"}) Key(HKEY_CURRENT_USER, name).Set("v", name);
-  LeaveHives();
-  RawHive(home_.path() + "/other/user.hive").Run("PRAGMA wal_checkpoint(TRUNCATE)");
+  Leave(Path("other/user.hive"));
   setenv("ZOLT_HOME", home_.path().c_str(), 1);
   Prepare();
   Key const key(HKEY_CURRENT_USER);
   Key const gone(HKEY_CURRENT_USER, "Only here");
   EXPECT_EQ(gone.Set("v", "1"), ERROR_SUCCESS);
-  fs::rename(home_.path() + "/other/user.hive", home_.UserHive());
+  fs::rename(Path("other/user.hive"), home_.UserHive());
   EXPECT_EQ(RegDeleteValueA(key.handle, "v"), ERROR_SUCCESS);
   EXPECT_EQ(Key(HKEY_CURRENT_USER, "Decoy").Get("v"), "Decoy") << "not of another key";
   EXPECT_EQ(key.Set("w", "written"), ERROR_SUCCESS);
@@ -206,14 +162,11 @@ TEST_F(HiveFileTest, AHandleFollowsItsPathIntoAnotherFile) {
 
 TEST_F(HiveFileTest, AnotherFileIsNoticedBetweenTwoRuns) {
   Prepare();
-  fs::copy_file(home_.UserHive(), home_.path() + "/backup");
-  {
-    Key const key(HKEY_CURRENT_USER);
-    key.Set("v", "new");
-  }
+  fs::copy_file(home_.UserHive(), Path("backup"));
+  Key(HKEY_CURRENT_USER).Set("v", "new");
   LeaveHives();
   ASSERT_GT(fs::file_size(home_.UserHive() + "-wal"), 0u) << "the change is still in the log";
-  fs::rename(home_.path() + "/backup", home_.UserHive());
+  fs::rename(Path("backup"), home_.UserHive());
   EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "old");
 }
 
@@ -233,10 +186,9 @@ TEST_F(HiveFileTest, AForeignEditIsNoticedAtTheNextMiss) {
     Key const key(root);
     EXPECT_EQ(key.Get("v"), "old");
     std::string const path = root == HKEY_CURRENT_USER ? home_.UserHive() : home_.MachineHive();
-    Child editor([&](Child::Pipe &) {
-      return RawHive(path).Run("UPDATE value SET data='edited' WHERE name='v'") == "" ? 0 : 1;
-    });
-    ASSERT_EQ(editor.Wait(), 0);
+    EXPECT_TRUE(HoldsInChild([&] {
+      return RawHive(path).Run("UPDATE value SET data='edited' WHERE name='v'").empty();
+    }));
     key.Get("a name that nobody asked for before");
     EXPECT_EQ(key.Get("v"), "edited") << "stored without its NUL, read with it";
   }
@@ -253,13 +205,13 @@ TEST_F(HiveFileTest, AHiveWhoseLogAForeignProgramSwitchedOffGetsItBack) {
 }
 
 TEST_F(HiveFileTest, ALinkedHiveIsOneHiveWithItsTarget) {
-  fs::create_directory(home_.path() + "/store");
-  std::ofstream(home_.path() + "/store/real.hive") << "";
-  fs::permissions(home_.path() + "/store/real.hive", fs::perms(0600));
+  fs::create_directory(Path("store"));
+  WriteContent(Path("store/real.hive"), "");
+  fs::permissions(Path("store/real.hive"), fs::perms(0600));
   fs::create_symlink("store/real.hive", home_.UserHive());
   Key const key(HKEY_CURRENT_USER);
   EXPECT_EQ(key.Set("v", "1"), ERROR_SUCCESS);
-  EXPECT_TRUE(fs::exists(home_.path() + "/store/user.sync")) << "beside what everybody shares";
+  EXPECT_TRUE(fs::exists(Path("store/user.sync"))) << "beside what everybody shares";
   EXPECT_TRUE(fs::is_symlink(home_.UserHive()));
   LeaveHives();
   fs::remove(home_.UserHive());
@@ -299,13 +251,12 @@ TEST_F(HiveFileTest, AFullDiskLosesNothingThatWasKept) {
 TEST_F(HiveFileTest, AFullDiskAtTheFirstStartIsFullAndLeavesNothingInTheWay) {
   // Whichever file meets the end of the space first.
   for (rlim_t const size : {0u, 1000u, 8192u, 20000u, 33600u, 40000u, 60000u, 80000u}) {
-    Child first([&](Child::Pipe &) {
+    EXPECT_TRUE(HoldsInChild([&] {
       FullDisk const limit(size);
       Key const key(HKEY_CURRENT_USER);
       bool const full = key.opened == ERROR_DISK_FULL && LastFailure() == 3;
-      return full || key.Set("v", "1") == ERROR_SUCCESS ? 0 : key.opened + 1;
-    });
-    EXPECT_EQ(first.Wait(), 0) << size;
+      return full || key.Set("v", "1") == ERROR_SUCCESS;
+    })) << size;
     EXPECT_EQ(Key(HKEY_CURRENT_USER).Set("w", "2"), ERROR_SUCCESS) << size;
     LeaveHives();
     for (auto const &entry : fs::directory_iterator(home_.path())) fs::remove_all(entry.path());
@@ -316,12 +267,12 @@ TEST_F(HiveFileTest, FollowsTheEnvironmentOnceNothingIsOpen) {
   {
     Key const key(HKEY_CURRENT_USER);
     key.Set("v", "first home");
-    setenv("ZOLT_HOME", (home_.path() + "/second").c_str(), 1);
+    setenv("ZOLT_HOME", Path("second").c_str(), 1);
     EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "first home");
   }
   EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "!2");
-  EXPECT_TRUE(fs::exists(home_.path() + "/second/user.hive"));
+  EXPECT_TRUE(fs::exists(Path("second/user.hive")));
 }
 
 }  // namespace
-}  // namespace zolt
+}  // namespace zolt::testing

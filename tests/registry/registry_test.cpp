@@ -2,21 +2,20 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <tuple>
 
 #include "tests/support/key.h"
 #include "tests/support/temp_home.h"
+#include "zolt41/platform/registry/hive_status.h"
 
-namespace zolt {
+namespace zolt::testing {
 namespace {
 
-using testing::Key;
-using testing::LastFailure;
 using namespace std::string_literals;
 
 class RegistryTest : public ::testing::TestWithParam<HKEY> {
  protected:
-  testing::TempHome home_;
+  TempHome home_;
 };
 
 INSTANTIATE_TEST_SUITE_P(BothTrees, RegistryTest,
@@ -66,33 +65,21 @@ TEST_P(RegistryTest, NamesCompareWithoutAsciiCaseAndKeepTheirFirstSpelling) {
 
 TEST_P(RegistryTest, TextIsReadInOneStep) {
   Key const key(GetParam());
-  struct Case {
-    uint32_t type;
-    std::string stored;
-    uint32_t room;
-    int32_t result;
-    uint32_t size;
-  };
-  for (Case const &c : {Case{1, std::string(255, 'x') + '\0', 256, ERROR_SUCCESS, 256},
-                        Case{1, std::string(256, 'x') + '\0', 256, ERROR_MORE_DATA, 257},
-                        Case{1, std::string(255, 'x'), 256, ERROR_SUCCESS, 256},
-                        Case{1, std::string(256, 'x'), 256, ERROR_MORE_DATA, 257},
-                        Case{1, "", 256, ERROR_SUCCESS, 1},
-                        Case{4, "\1\0\0\0"s, 256, ERROR_UNSUPPORTED_TYPE, 256}}) {
-    ASSERT_EQ(key.SetBytes("v", c.type, c.stored), ERROR_SUCCESS);
+  std::tuple<uint32_t, std::string, int32_t, uint32_t> const cases[] = {
+      {1, std::string(255, 'x') + '\0', ERROR_SUCCESS, 256},
+      {1, std::string(256, 'x') + '\0', ERROR_MORE_DATA, 257},
+      {1, std::string(255, 'x'), ERROR_SUCCESS, 256},
+      {1, std::string(256, 'x'), ERROR_MORE_DATA, 257},
+      {1, "", ERROR_SUCCESS, 1},
+      {4, "\1\0\0\0"s, ERROR_UNSUPPORTED_TYPE, 0}};
+  for (auto const &[type, stored, result, expected] : cases) {
+    ASSERT_EQ(key.SetBytes("v", type, stored), ERROR_SUCCESS);
     for (int from = 0; from < 2; from++) {
       std::string buffer(300, '#');
-      uint32_t size = c.room;
-      EXPECT_EQ(ZOLTQueryText(key.handle, "v", buffer.data(), &size), c.result) << c.stored.size();
-      if (c.result != ERROR_SUCCESS) {
-        EXPECT_EQ(buffer, std::string(300, '#'));
-      }
-      if (c.result != ERROR_UNSUPPORTED_TYPE) {
-        EXPECT_EQ(size, c.size);
-      }
-      if (c.result == ERROR_SUCCESS) {
-        EXPECT_EQ(buffer[size - 1], '\0');
-      }
+      uint32_t size = 256;
+      EXPECT_EQ(ZOLTQueryText(key.handle, "v", buffer.data(), &size), result) << stored.size();
+      EXPECT_TRUE(size == expected || result == ERROR_UNSUPPORTED_TYPE) << size;
+      EXPECT_EQ(buffer.find('\0'), result == ERROR_SUCCESS ? size - 1 : std::string::npos);
     }
   }
   EXPECT_EQ(LastFailure(), 0) << "none of these is a failure of the store";
@@ -120,29 +107,43 @@ TEST_P(RegistryTest, WalksInTheOrderOfFirstWriting) {
   Key const key(GetParam());
   for (char const *name : {"b", "a", "c", "A", "d"}) key.Set(name, "x");
   EXPECT_EQ(key.ValueNames(), (std::vector<std::string>{"b", "a", "c", "d"}));
-  char name[260];
-  uint32_t length = sizeof name;
-  ASSERT_EQ(RegEnumValueA(key.handle, 1, name, &length, nullptr, nullptr, nullptr, nullptr), 0);
   RegDeleteValueA(key.handle, "B");
   EXPECT_EQ(key.ValueNames(), (std::vector<std::string>{"a", "c", "d"})) << "positions shift";
   key.Set("b", "again");
   EXPECT_EQ(key.ValueNames().back(), "b");
-  length = 1;
+  char name[1];
+  uint32_t length = 1;
   EXPECT_EQ(RegEnumValueA(key.handle, 0, name, &length, nullptr, nullptr, nullptr, nullptr),
             ERROR_MORE_DATA);
   EXPECT_EQ(RegDeleteValueA(key.handle, "none"), ERROR_FILE_NOT_FOUND);
 }
 
-TEST_P(RegistryTest, WalksAcrossStretchesOfNames) {
+TEST_P(RegistryTest, WalksAcrossStretchesOfNamesAndCountsThem) {
   Key const key(GetParam());
-  zolt::HiveTransaction transaction(GetParam());
+  // Subkeys and the length of the longest one's name, and so of values.
+  using Counts = std::array<uint32_t, 4>;
+  auto const counts = [&key] {
+    Counts c = {9, 9, 9, 9};
+    EXPECT_EQ(RegQueryInfoKeyA(key.handle, nullptr, nullptr, nullptr, &c[0], &c[1], nullptr, &c[2],
+                               &c[3], nullptr, nullptr, nullptr),
+              ERROR_SUCCESS);
+    return c;
+  };
+  EXPECT_EQ(counts(), (Counts{0, 0, 0, 0}));
+  HiveTransaction transaction(GetParam());
   ASSERT_EQ(transaction.Begin(), ERROR_SUCCESS);
-  int const count = 20000;
-  for (int i = 0; i < count; i++) key.Set("v" + std::to_string(i), "x");
+  std::vector<std::string> names;
+  for (int i = 0; i < 20000; i++) key.Set(names.emplace_back("v" + std::to_string(i)), "x");
+  key.Set(names.emplace_back(""), "unnamed");
+  key.Set(std::string(300, '\xE9'), "");
+  EXPECT_EQ(counts(), (Counts{0, 0, 20002, 300})) << "more than one stretch, in a transaction";
   ASSERT_EQ(transaction.Commit(), ERROR_SUCCESS);
-  std::vector<std::string> const names = key.ValueNames();
-  ASSERT_EQ(names.size(), static_cast<size_t>(count));
-  for (int i = 0; i < count; i++) ASSERT_EQ(names[static_cast<size_t>(i)], "v" + std::to_string(i));
+  EXPECT_EQ(key.ValueNames(), names) << "up to one of more than 260 bytes";
+  Key const below(key.handle, "B\xFCro");
+  EXPECT_EQ(counts(), (Counts{1, 4, 20002, 300}));
+  EXPECT_EQ(RegQueryInfoKeyA(12345, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                             nullptr, nullptr, nullptr, nullptr),
+            ERROR_INVALID_HANDLE);
 }
 
 TEST_P(RegistryTest, WhatATransactionWroteLastIsWhatIsRead) {
@@ -174,47 +175,47 @@ TEST_P(RegistryTest, KeysComeAndGo) {
   Key const key(GetParam());
   HKEY child = 0;
   uint32_t disposition = 0;
-  auto create = [&](uint32_t access) {
+  auto const create = [&](uint32_t access = KEY_READ | KEY_WRITE) {
     return RegCreateKeyExA(key.handle, "Child\\with:signs", 0, nullptr, 0, access, nullptr, &child,
                            &disposition);
   };
-  ASSERT_EQ(create(KEY_READ | KEY_WRITE), ERROR_SUCCESS);
+  auto const write = [](HKEY to) {
+    return RegSetValueExA(to, "v", 0, 1, reinterpret_cast<uint8_t const *>("1"), 2);
+  };
+  char text[16];
+  uint32_t size = sizeof text;
+  ASSERT_EQ(create(), ERROR_SUCCESS);
   EXPECT_EQ(disposition, 1u);
   HKEY grandchild = 0;
   ASSERT_EQ(RegCreateKeyA(child, "g", &grandchild), ERROR_SUCCESS);
-  ASSERT_EQ(RegSetValueExA(child, "v", 0, 1, reinterpret_cast<uint8_t const *>("1"), 2), 0);
+  ASSERT_EQ(write(child), ERROR_SUCCESS);
   EXPECT_EQ(RegDeleteKeyA(key.handle, "Child\\with:signs"), ERROR_ACCESS_DENIED);
   EXPECT_EQ(RegDeleteKeyA(child, "G"), ERROR_SUCCESS);
   EXPECT_EQ(RegDeleteKeyA(key.handle, "Child\\with:signs"), ERROR_SUCCESS);
-  char text[16];
-  uint32_t size = sizeof text;
   EXPECT_EQ(ZOLTQueryText(child, "v", text, &size), ERROR_FILE_NOT_FOUND);
   HKEY const old = child;
-  ASSERT_EQ(create(KEY_READ | KEY_WRITE), ERROR_SUCCESS);
+  ASSERT_EQ(create(), ERROR_SUCCESS);
   EXPECT_EQ(disposition, 1u);
-  EXPECT_EQ(RegSetValueExA(old, "v", 0, 1, reinterpret_cast<uint8_t const *>("1"), 2),
-            ERROR_KEY_DELETED);
-  size = sizeof text;
+  EXPECT_EQ(write(old), ERROR_KEY_DELETED);
   EXPECT_EQ(ZOLTQueryText(child, "v", text, &size), ERROR_FILE_NOT_FOUND);
   ASSERT_EQ(create(KEY_READ), ERROR_SUCCESS);
   EXPECT_EQ(disposition, 2u);
-  EXPECT_EQ(RegSetValueExA(child, "v", 0, 1, reinterpret_cast<uint8_t const *>("1"), 2),
-            ERROR_ACCESS_DENIED);
+  EXPECT_EQ(write(child), ERROR_ACCESS_DENIED);
 }
 
 TEST_P(RegistryTest, OpensPathsAndNamesWithBackslashes) {
   Key const key(GetParam());
-  HKEY odd = 0;
-  ASSERT_EQ(RegCreateKeyA(key.handle, "a\\b", &odd), ERROR_SUCCESS);
+  Key const a(key.handle, "a");
+  Key const c(a.handle, "c");
   HKEY found = 0;
-  EXPECT_EQ(RegOpenKeyA(GetParam(), "test\\A\\B", &found), ERROR_FILE_NOT_FOUND);
-  EXPECT_EQ(RegOpenKeyA(key.handle, "a\\b", &found), ERROR_SUCCESS);
-  HKEY a = 0;
-  ASSERT_EQ(RegCreateKeyA(key.handle, "a", &a), ERROR_SUCCESS);
-  HKEY c = 0;
-  ASSERT_EQ(RegCreateKeyA(a, "c", &c), ERROR_SUCCESS);
   EXPECT_EQ(RegOpenKeyA(GetParam(), "test\\A\\C", &found), ERROR_SUCCESS);
   EXPECT_EQ(RegOpenKeyA(GetParam(), "test\\none", &found), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(OpenOneKey(GetParam(), "test\\a", KEY_READ, &found), ERROR_FILE_NOT_FOUND);
+  Key const odd(key.handle, "a\\b");
+  EXPECT_EQ(RegOpenKeyA(GetParam(), "test\\A\\B", &found), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(RegOpenKeyA(key.handle, "a\\b", &found), ERROR_SUCCESS);
+  EXPECT_EQ(OpenOneKey(key.handle, "A\\B", KEY_READ, &found), ERROR_SUCCESS);
+  EXPECT_EQ(RegSetValueExA(found, "v", 0, REG_SZ, nullptr, 0), ERROR_ACCESS_DENIED) << "to read";
   std::string const longest(255, 'k');
   EXPECT_EQ(RegCreateKeyA(key.handle, longest.c_str(), &found), ERROR_SUCCESS);
   EXPECT_EQ(RegCreateKeyA(key.handle, (longest + "k").c_str(), &found), ERROR_INVALID_PARAMETER);
@@ -263,4 +264,4 @@ TEST_P(RegistryTest, ATransactionIsAllOrNothing) {
 }
 
 }  // namespace
-}  // namespace zolt
+}  // namespace zolt::testing

@@ -16,13 +16,11 @@ using Result = ValueCache::Result;
 class ValueCacheTest : public ::testing::Test {
  protected:
   StampSource Source() const { return {words_.data(), kWordMask, &epoch_}; }
-
   void Fill(std::string const &name, std::string const &data, uint32_t type = 1,
             uint32_t word = 7) {
     cache_.Fill({0, 5, name}, word, Source().Read(word), type, data.data(),
                 static_cast<uint32_t>(data.size()));
   }
-
   Result Find(std::string const &name, std::string *data = nullptr, uint32_t hive = 0,
               int64_t key = 5) {
     std::array<char, 600> buffer{};
@@ -32,7 +30,6 @@ class ValueCacheTest : public ::testing::Test {
     if (result == Result::hit && data != nullptr) data->assign(buffer.data(), size);
     return result;
   }
-
   std::array<std::atomic<uint64_t>, kValueWords + 1> words_{};
   std::atomic<uint64_t> epoch_{0};
   ValueCache cache_;

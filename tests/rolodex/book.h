@@ -1,26 +1,24 @@
 #ifndef ZOLT41_TESTS_ROLODEX_BOOK_H_
 #define ZOLT41_TESTS_ROLODEX_BOOK_H_
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
-#include <filesystem>
 #include <map>
-#include <string>
 #include <vector>
 
 #include "tests/support/files.h"
+#include "tests/support/mem_bytes.h"
 #include "zolt41/cardfile/call_card.h"
 #include "zolt41/foundation/endian.h"
-#include "zolt41/foundation/mem_block.h"
 #include "zolt41/rolodex/rolodex.h"
 
 namespace zolt::testing {
 
-constexpr uint32_t kArea = 10248;  // where cards begin
+constexpr uint32_t kArea = 10248;       // where cards begin
+constexpr uint32_t kRecord = 124 + 50;  // one with a body of 50
+constexpr uint32_t kThird = kArea + 2 * kRecord;
 
 inline uint32_t NumberAt(std::string const &bytes, size_t position) {
   return LoadLittle32(bytes.data() + position);
@@ -28,6 +26,11 @@ inline uint32_t NumberAt(std::string const &bytes, size_t position) {
 
 inline void PutNumber(std::string *bytes, size_t position, uint32_t number) {
   StoreLittle32(number, bytes->data() + position);
+}
+
+inline std::string With(std::string content, size_t position, uint32_t number) {
+  PutNumber(&content, position, number);
+  return content;
 }
 
 // Long trials are a hundred times longer where there is time for it.
@@ -108,10 +111,7 @@ class Book : public Rolodex {
   std::string Body(uint32_t id) {
     PCardStorage card;
     if (LoadCard(id, &card) == 0) return "!";
-    char *const block = card.Get();
-    std::string const list(block, GetMemSize(block));
-    _DisposeMem(block);
-    return list;
+    return Taken(card.Get());
   }
   Names NamesOf(uint32_t id) {
     char text[3][32] = {};
@@ -122,6 +122,25 @@ class Book : public Rolodex {
     unsigned char list[129] = {};
     GetCardCategories(id, list);
     return {Body(id), NamesOf(id), {list, list + (*list == 255 ? 1 : *list + 1)}};
+  }
+  // By SelectByCategory, with a block that was there before.
+  Ids By(unsigned char const *required, unsigned char const *keep, unsigned char const *exclude) {
+    char *block = NewMem(8);
+    uint32_t const count = SelectByCategory(required, keep, exclude, &block);
+    std::string const bytes = Taken(block);
+    EXPECT_EQ(bytes.size(), 4 * count);
+    Ids ids;
+    for (uint32_t i = 0; i < count; i++) ids.push_back(NumberAt(bytes, 4 * i));
+    return ids;
+  }
+  uint32_t Mark(Ids const &ids, char const *property, int oper, char const *value,
+                uint32_t category) {
+    auto const size = static_cast<uint32_t>(4 * ids.size());
+    char *const block = NewMem(size);
+    std::copy_n(reinterpret_cast<char const *>(ids.data()), size, block);
+    uint32_t const count = Select(block, property, static_cast<CSOper>(oper), value, category);
+    _DisposeMem(block);
+    return count;
   }
   // In file order.
   Ids AllIds() {
@@ -135,23 +154,6 @@ class Book : public Rolodex {
     for (uint32_t const id : AllIds()) cards[id] = Card(id);
     return cards;
   }
-};
-
-// Files that are made while this lives lie in memory, where there is such a place: trials that open
-// thousands of them spend their time elsewhere.
-class FilesInMemory {
- public:
-  FilesInMemory() {
-    char const *const old = std::getenv("TMPDIR");
-    if (old != nullptr) old_ = old;
-    if (std::filesystem::is_directory("/dev/shm")) setenv("TMPDIR", "/dev/shm", 1);
-  }
-  ~FilesInMemory() { old_.empty() ? unsetenv("TMPDIR") : setenv("TMPDIR", old_.c_str(), 1); }
-  FilesInMemory(FilesInMemory const &) = delete;
-  FilesInMemory &operator=(FilesInMemory const &) = delete;
-
- private:
-  std::string old_;
 };
 
 // An empty database, open for writing.
@@ -174,9 +176,13 @@ class BookTest : public ::testing::Test {
     WriteContent(path_, content);
   }
   std::string Content() const { return ContentOf(path_); }
+  // Trials that open thousands of files lie in memory, where there is such a place.
+  static std::filesystem::path Parent() {
+    return std::filesystem::is_directory("/dev/shm") ? "/dev/shm"
+                                                     : std::filesystem::temp_directory_path();
+  }
 
-  FilesInMemory const inMemory_;
-  TempHome home_;
+  TempHome home_{Parent()};
   std::string const path_ = home_.path() + "/book";
   Book book_;
 };

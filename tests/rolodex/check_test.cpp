@@ -1,5 +1,6 @@
-#include <gtest/gtest.h>
 #include <unistd.h>
+
+#include <tuple>
 
 #include "tests/rolodex/book.h"
 #include "zolt41/rolodex/redo_block.h"
@@ -7,9 +8,6 @@
 
 namespace zolt::testing {
 namespace {
-
-constexpr uint32_t kRecord = 124 + 50;
-constexpr uint32_t kThird = kArea + 2 * kRecord;
 
 class CheckTest : public BookTest {
  protected:
@@ -44,10 +42,9 @@ class CheckTest : public BookTest {
     std::vector<char const *> paths;
     for (std::string const &file : files) paths.push_back(file.c_str());
     unlink(target_.c_str());
+    auto const size = static_cast<uint32_t>(paths.size());
     uint32_t count = 0;
-    EXPECT_EQ(
-        RepairRolodex(paths.data(), static_cast<uint32_t>(paths.size()), target_.c_str(), &count),
-        0);
+    EXPECT_EQ(RepairRolodex(paths.data(), size, target_.c_str(), &count), 0);
     Book book;
     EXPECT_EQ(book.Open(target_.c_str(), 1), 0);
     EXPECT_EQ(book.GetCategoryInfo(100)->number, 7U);
@@ -63,66 +60,30 @@ class CheckTest : public BookTest {
 };
 
 TEST_F(CheckTest, WhatIsSoundCutAndLost) {
-  auto const with = [](std::string content, size_t position, uint32_t number) {
-    PutNumber(&content, position, number);
-    return content;
-  };
-  struct Row {
-    char const *what;
-    std::string content;
-    bool clean;
-    std::string told;
-    Ids repaired;
-  };
-  for (Row const &row : {
-           Row{"closed", clean_, true, " 1sound 3sound 4sound 5sound", {1, 3, 4, 5}},
-           Row{"not closed", dirty_, false, " 1sound 3sound 4sound 5sound", {1, 3, 4, 5}},
-           Row{"a wrong position",
-               with(dirty_, kThird, 5),
-               false,
-               " 1sound 4lost 5lost",
-               {1, 4, 5}},
-           Row{"one in a closed file",
-               with(clean_, kThird, 5),
-               false,
-               " 1sound 3cut 4sound 5sound",
-               {1, 3, 4, 5}},
-           Row{"a size beyond the file",
-               with(dirty_, kThird + 8, 10000),
-               false,
-               " 1sound 3cut! 4lost 5lost",
-               {1, 4, 5}},
-           Row{"a list that is none",
-               with(dirty_, kThird + 124, 9),
-               false,
-               " 1sound 3cut! 4sound 5sound",
-               {1, 4, 5}},
-           Row{"big-endian",
-               BigEndian(clean_),
-               false,
-               " 1sound 3sound 4sound 5sound",
-               {1, 3, 4, 5}},
-           Row{"big-endian and broken",
-               with(BigEndian(dirty_), kThird, 5),
-               false,
-               " 1sound 4lost 5lost",
-               {1, 4, 5}},
-           Row{"a cut file",
-               dirty_.substr(0, dirty_.size() - 6),
-               false,
-               " 1sound 3sound 4sound 5cut!",
-               {1, 3, 4}},
-           Row{"a file cut in a head",
-               dirty_.substr(0, kArea + 4 * kRecord + 60),
-               false,
-               " 1sound 3sound 4sound 5cut!",
-               {1, 3, 4}},
-       }) {
-    SCOPED_TRACE(row.what);
-    EXPECT_EQ(Check(row.content), row.told);
-    EXPECT_EQ(report_.clean, row.clean);
+  std::string const big = BigEndian(clean_);
+  std::string const bigAndBroken = With(BigEndian(dirty_), kThird, 5);
+  std::string const cut = dirty_.substr(0, dirty_.size() - 6);
+  std::string const cutInAHead = dirty_.substr(0, kArea + 4 * kRecord + 60);
+  std::string const sound = " 1sound 3sound 4sound 5sound";
+  Ids const all = {1, 3, 4, 5}, withoutThird = {1, 4, 5}, withoutLast = {1, 3, 4};
+  std::tuple<char const *, std::string, bool, std::string, Ids> const cases[] = {
+      {"closed", clean_, true, sound, all},
+      {"not closed", dirty_, false, sound, all},
+      {"wrong position", With(dirty_, kThird, 5), false, " 1sound 4lost 5lost", withoutThird},
+      {"closed, too", With(clean_, kThird, 5), false, " 1sound 3cut 4sound 5sound", all},
+      {"large", With(dirty_, kThird + 8, 10000), false, " 1sound 3cut! 4lost 5lost", withoutThird},
+      {"no list", With(dirty_, kThird + 124, 9), false, " 1sound 3cut! 4sound 5sound",
+       withoutThird},
+      {"big-endian", big, false, sound, all},
+      {"and broken", bigAndBroken, false, " 1sound 4lost 5lost", withoutThird},
+      {"a cut file", cut, false, " 1sound 3sound 4sound 5cut!", withoutLast},
+      {"cut in a head", cutInAHead, false, " 1sound 3sound 4sound 5cut!", withoutLast}};
+  for (auto const &[what, content, clean, told, repaired] : cases) {
+    SCOPED_TRACE(what);
+    EXPECT_EQ(Check(content), told);
+    EXPECT_EQ(report_.clean, clean);
     Cards expected;
-    for (uint32_t const id : row.repaired) expected[id] = all_[id];
+    for (uint32_t const id : repaired) expected[id] = all_[id];
     EXPECT_EQ(Repaired({path_}), expected);
   }
   EXPECT_EQ(report_.freeRecords, 1U);
@@ -136,28 +97,20 @@ TEST_F(CheckTest, CopiesOfACard) {
   CardContent const second = all_[4];
   PutNumber(&dirty_, kThird + kRecord + 4, 3);
   PutNumber(&dirty_, kThird + 2 * kRecord + 4, kLastId);
-  struct Row {
-    char const *what;
-    uint32_t torn;
-    std::string told;
-    CardContent opened;
-    Cards repaired;
-  };
-  for (Row const &row : {
-           Row{"both are whole", 0, " 3sound", first, {{2, second}, {3, first}}},
-           Row{"only the first", kThird + kRecord, " 3sound", first, {{3, first}}},
-           Row{"only the second", kThird, " 3cut! 3sound", second, {{3, second}}},
-       }) {
-    SCOPED_TRACE(row.what);
-    std::string content = dirty_;
-    if (row.torn != 0) PutNumber(&content, row.torn + 124, 77777);
-    EXPECT_EQ(Check(content), " 1sound" + row.told + " 4294967295sound");
-    Cards expected = row.repaired;
+  std::tuple<char const *, uint32_t, std::string, CardContent, Cards> const cases[] = {
+      {"both are whole", 0, " 3sound", first, {{2, second}, {3, first}}},
+      {"only the first", kThird + kRecord, " 3sound", first, {{3, first}}},
+      {"only the second", kThird, " 3cut! 3sound", second, {{3, second}}}};
+  for (auto const &[what, torn, told, opened, repaired] : cases) {
+    SCOPED_TRACE(what);
+    EXPECT_EQ(Check(torn == 0 ? dirty_ : With(dirty_, torn + 124, 77777)),
+              " 1sound" + told + " 4294967295sound");
+    Cards expected = repaired;
     expected[1] = all_[1];
     expected[kLastId] = all_[5];
     EXPECT_EQ(Repaired({path_}), expected);
     ASSERT_EQ(Open(), 0);
-    EXPECT_EQ(book_.All(), (Cards{{1, all_[1]}, {3, row.opened}, {kLastId, all_[5]}}));
+    EXPECT_EQ(book_.All(), (Cards{{1, all_[1]}, {3, opened}, {kLastId, all_[5]}}));
   }
 }
 
@@ -196,9 +149,7 @@ TEST_F(CheckTest, PiecesComeBack) {
   std::string const lost = path_ + ".lost-1";
   EXPECT_EQ(Repaired({path_, lost, lost}), expected);
   // A conversion that comes to a broken record keeps what it does not convert.
-  std::string big = BigEndian(clean_);
-  PutNumber(&big, kThird, 5);
-  Put(big);
+  Put(With(BigEndian(clean_), kThird, 5));
   ASSERT_EQ(Open(), 0);
   book_.Close();
   EXPECT_EQ(Repaired({path_, path_ + ".lost-2"}),

@@ -1,10 +1,6 @@
 // What a crash leaves at any moment is found again: the files are built anew as they stood after
 // each call that changed one, and after a part of it, and opened.
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-
 #include "tests/rolodex/random_steps.h"
 #include "tests/support/file_shim.h"
 
@@ -90,7 +86,6 @@ class CrashTest : public BookTest {
         LookAtRecovery(disk->at(path), before, after);
     }
   }
-
   void LookAtSubsets(Disk const &synced, std::vector<FileStep> const &pending, Cards const &before,
                      Cards const &after) {
     for (size_t chosen = 0; chosen < pending.size(); chosen++) {
@@ -122,7 +117,6 @@ class CrashTest : public BookTest {
       for (Disk const &disk : {alone, others, half, torn}) Look(disk.at(path_), before, after);
     }
   }
-
   void Note(std::string const &wrong) {
     losses_++;
     if (!control_) ADD_FAILURE() << wrong;
@@ -145,7 +139,6 @@ class CrashTest : public BookTest {
       LookAtAll(path_, done, &disk, before, steps.cards());
     }
   }
-
   std::string const crashed_ = home_.path() + "/crashed";
   bool control_ = false;  // without redo blocks
   int losses_ = 0;

@@ -1,10 +1,5 @@
 // Files that lie, are broken, or change under an open database.
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <filesystem>
-
 #include "tests/rolodex/book.h"
 #include "tests/support/file_shim.h"
 #include "tests/support/key.h"
@@ -12,8 +7,6 @@
 namespace zolt::testing {
 namespace {
 
-constexpr uint32_t kRecord = 124 + 50;
-constexpr uint32_t kThird = kArea + 2 * kRecord;
 constexpr uint32_t kEnd = kArea + 4 * kRecord;
 
 class DamageTest : public BookTest {
@@ -26,10 +19,6 @@ class DamageTest : public BookTest {
     book_.Close();
     clean_ = Content();
     dirty_ = clean_.substr(0, kEnd + 4);
-  }
-  static std::string With(std::string content, size_t position, uint32_t number) {
-    PutNumber(&content, position, number);
-    return content;
   }
   template <typename Trial>
   static void ForLyingNumbers(Trial const &trial) {
@@ -63,8 +52,8 @@ class DamageTest : public BookTest {
     Cards const cards = book_.All();
     char *block = NewMem(0);
     book_.SelectByCategory(nullptr, nullptr, nullptr, &block);
-    book_.Select(block, "_Label", CSContains, "a", 3);
     _DisposeMem(block);
+    book_.Mark(book_.AllIds(), "_Label", CSContains, "a", 3);
     Search();
     for (auto const &[id, card] : cards) {
       book_.SetCardName(id, "new", nullptr, nullptr);

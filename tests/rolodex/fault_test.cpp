@@ -1,10 +1,7 @@
 // A disk that fails or is full, at every call in turn; and programs that are killed.
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <csignal>
+#include <tuple>
 
 #include "tests/rolodex/random_steps.h"
 #include "tests/support/child.h"
@@ -65,23 +62,6 @@ TEST_P(FaultSequenceTest, EveryCallInTurn) {
         ASSERT_FALSE(HasFailure()) << number << " " << fault.error << fault.part;
     }
   });
-}
-
-// After a full disk the same object works on once there is room.
-TEST_F(FaultTest, AFullDiskIsNotTheEnd) {
-  FileShim shim;
-  ASSERT_EQ(book_.Add(BodyOf(10, 'a')), 1U);
-  shim.FailAt(1, ENOSPC, true, false);
-  EXPECT_EQ(book_.Add(BodyOf(5000, 'b')), 0U);
-  EXPECT_EQ(LastFailure(), 3);
-  shim.FailAt(1, ENOSPC, true, false);
-  EXPECT_EQ(book_.Save(1, BodyOf(10, 'c')), 0);
-  EXPECT_EQ(book_.Body(1), BodyOf(10, 'a'));
-  EXPECT_EQ(book_.Add(BodyOf(5000, 'b')), 2U);
-  EXPECT_EQ(book_.Save(1, BodyOf(10, 'c')), 1);
-  Cards const all = book_.All();
-  Reopen(1);
-  EXPECT_EQ(book_.All(), all);
 }
 
 // The head of the card that is saved crosses a page, so that it is freed through a redo block, for
@@ -169,19 +149,15 @@ TEST_F(FaultTest, OpeningAndMaking) {
   left.erase(2);
   left.erase(5);
   left[1].names[0] = "z";
-  struct Row {
-    std::string content;
-    bool inPlace;
-    Cards cards;
-  };
-  for (Row const &row :
-       {Row{dirty + block, false, left}, Row{big, false, all}, Row{big, true, all}}) {
+  std::tuple<std::string, bool, Cards> const cases[] = {
+      {dirty + block, false, left}, {big, false, all}, {big, true, all}};
+  for (auto const &[content, inPlace, cards] : cases) {
     for (Fault const &fault : {Fault{EIO, true, true}, Fault{ENOSPC, true, false}}) {
       for (int number = 1, result = -1; result != 0 || number < 40; number++) {
         SCOPED_TRACE(number);
-        Put(row.content);
+        Put(content);
         FileShim shim;
-        shim.set_noNewFiles(row.inPlace);
+        shim.set_noNewFiles(inPlace);
         shim.FailAt(number, fault.error, fault.part, fault.forever);
         result = Open();
         EXPECT_TRUE(result == 0 || LastFailure() == (fault.error == ENOSPC ? 3 : 6));
@@ -189,9 +165,9 @@ TEST_F(FaultTest, OpeningAndMaking) {
         shim.FailNothing();
         RolodexReport report;
         EXPECT_EQ(CheckRolodex(path_.c_str(), nullptr, nullptr, &report), 0);
-        EXPECT_EQ(report.sound, row.cards.size());
+        EXPECT_EQ(report.sound, cards.size());
         ASSERT_EQ(Open(), 0);
-        EXPECT_TRUE(book_.All() == row.cards);
+        EXPECT_TRUE(book_.All() == cards);
         book_.Close();
         for (int i = 1; unlink((path_ + ".lost-" + std::to_string(i)).c_str()) == 0;) i++;
       }

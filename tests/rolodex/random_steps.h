@@ -2,11 +2,8 @@
 #define ZOLT41_TESTS_ROLODEX_RANDOM_STEPS_H_
 
 #include <functional>
-#include <iterator>
 #include <random>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include "tests/rolodex/model.h"
 

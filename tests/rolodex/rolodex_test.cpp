@@ -1,10 +1,9 @@
 #include "zolt41/rolodex/rolodex.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
+#include <tuple>
 #include <utility>
 
 #include "tests/rolodex/book.h"
@@ -55,18 +54,10 @@ TEST_F(RolodexTest, RedoBlockOfTheFormatPage) {
   ASSERT_EQ(Open(), 0);
   EXPECT_TRUE(book_.AllIds().empty());
   // One that lies anywhere is not done, and not kept.
-  for (auto const &[at, number] :
-       std::initializer_list<std::pair<size_t, uint32_t>>{{0, 4},
-                                                          {0, start - 4},
-                                                          {4, 9},
-                                                          {4, 0xFFFFFFF8},
-                                                          {16, 10252},
-                                                          {20, 17},
-                                                          {24, 0},
-                                                          {32, 0}}) {
-    std::string block = Example(3);
-    PutNumber(&block, at, number);
-    Put(open + block);
+  std::pair<size_t, uint32_t> const lies[] = {{0, 4},      {0, start - 4}, {4, 9},  {4, 0xFFFFFFF8},
+                                              {16, 10252}, {20, 17},       {24, 0}, {32, 0}};
+  for (auto const &[at, number] : lies) {
+    Put(open + With(Example(3), at, number));
     ASSERT_EQ(Open(), 0);
     EXPECT_EQ(book_.AllIds(), Ids{1}) << at << " " << number;
     book_.Close();
@@ -77,19 +68,13 @@ TEST_F(RolodexTest, RedoBlockOfTheFormatPage) {
 TEST_F(RolodexTest, OpeningWhatIsNoDatabase) {
   std::string newer = Content();
   newer[4] = 1;
-  struct Row {
-    std::string content;
-    int32_t code;
-  };
-  for (Row const &row : {Row{"", -8995},
-                         {Front().substr(0, 7), -8995},
-                         {Front().substr(0, 8), -8995},
-                         {Front().substr(0, kArea - 1), -8995},
-                         {newer, -1},
-                         {std::string(20000, 'x'), -1}}) {
-    Put(row.content);
-    for (int32_t const readOnly : {1, 0}) EXPECT_EQ(Open(readOnly), row.code);
-    EXPECT_EQ(Content(), row.content);
+  std::pair<std::string, int32_t> const cases[] = {
+      {"", -8995}, {Front().substr(0, 7), -8995}, {Front().substr(0, 8), -8995},
+      {newer, -1}, {std::string(20000, 'x'), -1}, {Front().substr(0, kArea - 1), -8995}};
+  for (auto const &[content, code] : cases) {
+    Put(content);
+    for (int32_t const readOnly : {1, 0}) EXPECT_EQ(Open(readOnly), code);
+    EXPECT_EQ(Content(), content);
   }
   EXPECT_EQ(book_.Open((path_ + "none").c_str(), 0), -8991);
   EXPECT_EQ(book_.LoadCard(1, nullptr), 0);
@@ -133,48 +118,19 @@ TEST_F(RolodexTest, WhatChangesNothingKeepsTheIndex) {
   EXPECT_EQ(Content(), clean);
 }
 
-// A memory block of ids, and the queries that take one.
-class Selection {
- public:
-  explicit Selection(Book *book) : book_(book), block_(NewMem(0)) {}
-  ~Selection() { _DisposeMem(block_); }
-  Selection(Selection const &) = delete;
-  Selection &operator=(Selection const &) = delete;
-
-  Ids By(unsigned char const *required, unsigned char const *keep, unsigned char const *exclude) {
-    uint32_t const count = book_->SelectByCategory(required, keep, exclude, &block_);
-    EXPECT_EQ(GetMemSize(block_), 4 * count);
-    Ids ids;
-    for (uint32_t i = 0; i < count; i++) ids.push_back(NumberAt({block_, 4 * count}, 4 * i));
-    return ids;
-  }
-  void Take(Ids const &ids) {
-    SetMemSize(&block_, static_cast<uint32_t>(4 * ids.size()));
-    std::memcpy(block_, ids.data(), 4 * ids.size());
-  }
-  uint32_t Mark(char const *property, int oper, char const *value, uint32_t category) {
-    return book_->Select(block_, property, static_cast<CSOper>(oper), value, category);
-  }
-
- private:
-  Book *book_;
-  char *block_;
-};
-
 TEST_F(RolodexTest, SelectingByCategory) {
-  Selection cards(&book_);
-  EXPECT_EQ(cards.By(nullptr, nullptr, nullptr), Ids{});
+  EXPECT_EQ(book_.By(nullptr, nullptr, nullptr), Ids{});
   for (Categories const &set : {Categories{2, 1, 2}, {2, 1, 3}, {255}, {0}})
     book_.Add(BodyOf(4, 'x'), {}, set);
   unsigned char const one[] = {1, 1}, both[] = {2, 1, 2}, three[] = {1, 3}, all[] = {255};
-  EXPECT_EQ(cards.By(nullptr, nullptr, nullptr), (Ids{1, 2, 3, 4}));
-  EXPECT_EQ(cards.By(both, nullptr, nullptr), (Ids{1, 3}));
-  EXPECT_EQ(cards.By(all, nullptr, nullptr), (Ids{3}));
-  EXPECT_EQ(cards.By(nullptr, nullptr, three), (Ids{1, 4}));
-  EXPECT_EQ(cards.By(nullptr, three, three), (Ids{1, 2, 3, 4}));
-  EXPECT_EQ(cards.By(nullptr, both, all), (Ids{1, 2, 3, 4}));
-  EXPECT_EQ(cards.By(nullptr, three, nullptr), (Ids{1, 2, 3, 4}));
-  EXPECT_EQ(cards.By(one, nullptr, all), Ids{});
+  EXPECT_EQ(book_.By(nullptr, nullptr, nullptr), (Ids{1, 2, 3, 4}));
+  EXPECT_EQ(book_.By(both, nullptr, nullptr), (Ids{1, 3}));
+  EXPECT_EQ(book_.By(all, nullptr, nullptr), (Ids{3}));
+  EXPECT_EQ(book_.By(nullptr, nullptr, three), (Ids{1, 4}));
+  EXPECT_EQ(book_.By(nullptr, three, three), (Ids{1, 2, 3, 4}));
+  EXPECT_EQ(book_.By(nullptr, both, all), (Ids{1, 2, 3, 4}));
+  EXPECT_EQ(book_.By(nullptr, three, nullptr), (Ids{1, 2, 3, 4}));
+  EXPECT_EQ(book_.By(one, nullptr, all), Ids{});
 }
 
 TEST_F(RolodexTest, SelectingByProperty) {
@@ -185,53 +141,38 @@ TEST_F(RolodexTest, SelectingByProperty) {
     book_.CreateCard(&card, label, nullptr, nullptr, nullptr);
   book_.DeleteCard(2);
   Reopen(1);  // marks need no right to write
-  Selection cards(&book_);
-  cards.By(nullptr, nullptr, nullptr);
+  Ids const all = book_.By(nullptr, nullptr, nullptr);
   unsigned char const marked[] = {1, 77};
-  struct Row {
-    char const *property;
-    int oper;
-    char const *value;
-    Ids ids;
-  };
-  for (Row const &row : {Row{"_label", CSBeginsWith, "ab", {1}},
-                         {"_Label", CSEndsWith, "bc", {1}},
-                         {"_Label", CSEquals, "ab", {}},
-                         {"_Label", CSEquals, "abc", {1}},
-                         {"_Label", CSContains, "b", {1}},
-                         {"_Label", CSContains, "", {1, 3, 4}},
-                         {"_Label", CSContains, "abcd", {}},
-                         {"_Label", CSEquals, "\xE4", {}},
-                         {"_Label", 4, "abc", {}},
-                         {"ORG", CSContains, "CM", {1, 3, 4}},
-                         {"PHOTO", CSContains, "Acme", {}}}) {
-    EXPECT_EQ(cards.Mark(row.property, row.oper, row.value, 77), row.ids.size()) << row.value;
-    Selection found(&book_);
-    EXPECT_EQ(found.By(marked, nullptr, nullptr), row.ids) << row.property << row.value;
+  std::tuple<char const *, int, char const *, Ids> const cases[] = {
+      {"_label", CSBeginsWith, "ab", {1}},
+      {"_Label", CSEndsWith, "bc", {1}},
+      {"_Label", CSEquals, "ab", {}},
+      {"_Label", CSEquals, "abc", {1}},
+      {"_Label", CSContains, "b", {1}},
+      {"_Label", CSContains, "", {1, 3, 4}},
+      {"_Label", CSContains, "abcd", {}},
+      {"_Label", CSEquals, "\xE4", {}},
+      {"_Label", 4, "abc", {}},
+      {"ORG", CSContains, "CM", {1, 3, 4}},
+      {"PHOTO", CSContains, "Acme", {}}};
+  for (auto const &[property, oper, value, ids] : cases) {
+    EXPECT_EQ(book_.Mark(all, property, oper, value, 77), ids.size()) << value;
+    EXPECT_EQ(book_.By(marked, nullptr, nullptr), ids) << property << value;
   }
-  EXPECT_EQ(cards.Mark("_Label", CSContains, "", 128), 0U);
-  cards.Take({1, 0, 3, 4});
-  EXPECT_EQ(cards.Mark("_Label", CSContains, "", 77), 3U) << "0 is no card, nor the deleted one";
+  EXPECT_EQ(book_.Mark(all, "_Label", CSContains, "", 128), 0U);
+  EXPECT_EQ(book_.Mark({1, 0, 3, 4}, "_Label", CSContains, "", 77), 3U)
+      << "0 is no card, nor the deleted one";
 }
 
 TEST_F(RolodexTest, CompactingWhenItPays) {
-  struct Row {
-    uint32_t cards, size;  // bodies
-    Ids deleted;
-    int32_t force, result;
-  };
-  for (Row const &row : {Row{0, 4, {}, 0, 1},
-                         {20, 4, {}, 1, 0},
-                         {21, 4, {5}, 2, 0},
-                         {21, 4, {5}, 3, 1},
-                         {4, 4, {1, 3}, 0, 1},
-                         {11, 49876, {3}, 0, 0},
-                         {6, 49875, {3}, 0, 0},
-                         {6, 49876, {3}, 0, 1}}) {
+  std::tuple<uint32_t, uint32_t, Ids, int32_t, int32_t> const cases[] = {
+      {0, 4, {}, 0, 1},     {20, 4, {}, 1, 0},      {21, 4, {5}, 2, 0},    {21, 4, {5}, 3, 1},
+      {4, 4, {1, 3}, 0, 1}, {11, 49876, {3}, 0, 0}, {6, 49875, {3}, 0, 0}, {6, 49876, {3}, 0, 1}};
+  for (auto const &[cards, bodySize, deleted, force, result] : cases) {
     Begin();
-    for (uint32_t i = 0; i < row.cards; i++) book_.Add(BodyOf(row.size, 'x'));
-    for (uint32_t const id : row.deleted) book_.DeleteCard(id);
-    EXPECT_EQ(book_.Compact(row.force), row.result) << row.cards << " " << row.size;
+    for (uint32_t i = 0; i < cards; i++) book_.Add(BodyOf(bodySize, 'x'));
+    for (uint32_t const id : deleted) book_.DeleteCard(id);
+    EXPECT_EQ(book_.Compact(force), result) << cards << " " << bodySize;
   }
 }
 
@@ -282,9 +223,7 @@ TEST_F(RolodexTest, BigEndianFiles) {
   Book other;
   EXPECT_EQ(other.Open(path_.c_str(), 1), -8991) << "the new file is locked, too";
   EXPECT_EQ(Content(), little);
-  struct stat status {};
-  ASSERT_EQ(stat(path_.c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777, 0640U);
+  EXPECT_EQ(std::filesystem::status(path_).permissions(), std::filesystem::perms(0640));
   // A file with two names keeps them.
   Put(big);
   std::string const second = path_ + "2";

@@ -5,7 +5,6 @@
 
 #include <fstream>
 #include <iterator>
-#include <string>
 
 #include "tests/support/temp_home.h"
 

@@ -5,6 +5,8 @@
 
 #include <csignal>
 
+#include "tests/support/child.h"
+
 namespace zolt::testing {
 
 // For as long as it lives, no file of this process, or of one that it starts, grows beyond `size`
@@ -27,6 +29,14 @@ class FullDisk {
   rlimit before_{};
   void (*handler_)(int);
 };
+
+// Whether all of `run` holds in a process whose files have no room for more than 4,096 bytes.
+inline bool HoldsOnAFullDisk(std::function<bool()> const &run) {
+  return HoldsInChild([&] {
+    FullDisk const limit;
+    return run();
+  });
+}
 
 }  // namespace zolt::testing
 

@@ -5,31 +5,14 @@
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <termios.h>
-#include <unistd.h>
 
-#include <array>
 #include <iterator>
 #include <sstream>
-#include <stdexcept>
 
 #include "tests/support/child.h"
 
 namespace zolt::testing {
 namespace {
-
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {
-    if (number < 0) throw std::runtime_error("no descriptor");
-  }
-  ~Descriptor() { close(number_); }
-  Descriptor(Descriptor const &) = delete;
-  Descriptor &operator=(Descriptor const &) = delete;
-  int number() const { return number_; }
-
- private:
-  int number_;
-};
 
 int MemoryFile(std::string const &content) {
   int const file = memfd_create("tool", MFD_CLOEXEC);
@@ -79,31 +62,28 @@ std::string Captured(int file) {
 
 // Puts the tool in the place of this process.
 int Become(std::vector<std::string> words, std::vector<std::string> environment) {
-  std::string path = ZOLT_TOOL;
-  std::vector<char *> argv = {path.data()};
-  for (std::string &word : words) argv.push_back(word.data());
-  argv.push_back(nullptr);
+  words.insert(words.begin(), ZOLT_TOOL);
   for (std::string &entry : environment) putenv(entry.data());
-  execv(argv[0], argv.data());
-  return 127;
+  return Child::Become(words);
 }
 
 }  // namespace
 
 ToolResult RunTool(std::vector<std::string> const &arguments, ToolSetting const &setting) {
-  Descriptor const in(MemoryFile(setting.input));
-  Descriptor const out(OutputFor(setting.output));
-  Descriptor const err(MemoryFile(""));
+  int const in = MemoryFile(setting.input);
+  int const out = OutputFor(setting.output);
+  int const err = MemoryFile("");
   Child tool([&](Child::Pipe &) {
     bool const terminal = setting.output == ToolOutput::terminal;
-    dup2(in.number(), 0);
-    dup2(terminal ? ioctl(out.number(), TIOCGPTPEER, O_RDWR | O_NOCTTY) : out.number(), 1);
-    dup2(err.number(), 2);
+    dup2(in, 0);
+    dup2(terminal ? ioctl(out, TIOCGPTPEER, O_RDWR | O_NOCTTY) : out, 1);
+    dup2(err, 2);
     if (setting.output == ToolOutput::closed) close(1);
     return Become(arguments, setting.environment);
   });
-  int const code = tool.Wait();
-  return {code, Captured(out.number()), Captured(err.number())};
+  ToolResult const result = {tool.Wait(), Captured(out), Captured(err)};
+  for (int const file : {in, out, err}) close(file);
+  return result;
 }
 
 std::vector<std::string> Words(std::string const &line) {

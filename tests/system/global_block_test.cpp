@@ -26,9 +26,6 @@ TEST(GlobalBlockTest, BlocksKnowTheirSizeAndKeepWhatFits) {
   block = GlobalReAlloc(block, 0, 0);
   EXPECT_EQ(GlobalSize(block), 0U);
   EXPECT_EQ(GlobalFree(block), nullptr);
-}
-
-TEST(GlobalBlockTest, NothingIsLetPass) {
   EXPECT_EQ(GlobalAlloc(0, UINT64_MAX), nullptr);
   EXPECT_EQ(GlobalLock(nullptr), nullptr);
   EXPECT_EQ(GlobalSize(nullptr), 0U);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <tuple>
 
 namespace zolt {
 namespace {
@@ -15,24 +16,19 @@ int SetOrUnset(char const *name, char const *value) {
 
 TEST(HomeTest, IsWhereTheEnvironmentSays) {
   std::string const here = std::filesystem::current_path();
-  struct Case {
-    char const *chosen;
-    char const *xdg;
-    char const *home;
-    std::string user;
-    std::string machine;
-    bool isPublic;
-  };
-  for (Case const &c :
-       {Case{"/a/b/", "/x", "/h", "/a/b", "/a/b/machine", false},
-        Case{"rel", "/x", "/h", here + "/rel", here + "/rel/machine", false},
-        Case{nullptr, "/x", "/h", "/x/zolt41", "/var/lib/zolt41", true},
-        Case{"", "relative", "/h", "/h/.local/share/zolt41", "/var/lib/zolt41", true},
-        Case{nullptr, nullptr, "/h", "/h/.local/share/zolt41", "/var/lib/zolt41", true}}) {
-    SetOrUnset("ZOLT_HOME", c.chosen);
-    SetOrUnset("XDG_DATA_HOME", c.xdg);
-    SetOrUnset("HOME", c.home);
-    EXPECT_EQ(ResolveHomes(), (Homes{c.user, c.machine, c.isPublic}));
+  std::string const below = "/h/.local/share/zolt41";
+  std::string const all = "/var/lib/zolt41";
+  std::tuple<char const *, char const *, Homes> const cases[] = {
+      {"/a/b/", "/x", {"/a/b", "/a/b/machine", false}},
+      {"rel", "/x", {here + "/rel", here + "/rel/machine", false}},
+      {nullptr, "/x", {"/x/zolt41", all, true}},
+      {"", "relative", {below, all, true}},
+      {nullptr, nullptr, {below, all, true}}};
+  setenv("HOME", "/h", 1);
+  for (auto const &[chosen, xdg, homes] : cases) {
+    SetOrUnset("ZOLT_HOME", chosen);
+    SetOrUnset("XDG_DATA_HOME", xdg);
+    EXPECT_EQ(ResolveHomes(), homes);
   }
 }
 

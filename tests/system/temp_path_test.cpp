@@ -2,9 +2,6 @@
 
 #include <unistd.h>
 
-#include <filesystem>
-#include <string>
-
 #include "tests/support/files.h"
 #include "zolt41/platform/system/last_failure.h"
 

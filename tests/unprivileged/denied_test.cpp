@@ -1,28 +1,21 @@
-#include <gtest/gtest.h>
 #include <sched.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
-#include <filesystem>
-#include <string>
 
+#include "tests/prefs/prefs_fixture.h"
 #include "tests/support/child.h"
+#include "tests/support/files.h"
 #include "tests/support/key.h"
 #include "tests/support/raw_hive.h"
-#include "tests/support/temp_home.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/zolt41.h"
 
-namespace zolt {
+namespace zolt::testing {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::Child;
-using testing::Key;
-using testing::LastFailure;
-using testing::RawHive;
 
 // What is refused to a user without rights. Root is refused nothing, so it cannot see this.
 class DeniedTest : public ::testing::Test {
@@ -33,7 +26,6 @@ class DeniedTest : public ::testing::Test {
   // The whole home, or the machine's part of it alone, may be written or not.
   void Allow(bool write) const { Change(home_.path(), write); }
   void AllowMachine(bool write) const { Change(home_.path() + "/machine", write); }
-
   static void Change(std::string const &directory, bool write) {
     fs::permissions(directory, fs::perms(0700));
     for (auto const &entry : fs::directory_iterator(directory)) {
@@ -45,13 +37,12 @@ class DeniedTest : public ::testing::Test {
     }
     fs::permissions(directory, fs::perms(write ? 0700 : 0500));
   }
-
   static void Prepare(std::string const &text) {
     for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) Key(root).Set("v", text);
     LeaveHives();
   }
 
-  testing::TempHome home_;
+  TempHome home_;
 };
 
 TEST_F(DeniedTest, AHomeThatMayNotBeWrittenIsRead) {
@@ -74,7 +65,6 @@ TEST_F(DeniedTest, AHomeThatMayNotBeWrittenIsRead) {
         ERROR_ACCESS_DENIED);
     EXPECT_EQ(HiveTransaction(root).Begin(), ERROR_ACCESS_DENIED);
   }
-  EXPECT_EQ(fs::directory_iterator(home_.path())->exists(), true);
 }
 
 TEST_F(DeniedTest, AReadOnlyHomeFollowsItsWriter) {
@@ -82,13 +72,12 @@ TEST_F(DeniedTest, AReadOnlyHomeFollowsItsWriter) {
   Allow(false);
   Key const key(HKEY_CURRENT_USER);
   EXPECT_EQ(key.Get("v"), "first");
-  Child writer([this](Child::Pipe &) {
+  ASSERT_TRUE(HoldsInChild([this] {
     Allow(true);
     Prepare("second");
     Allow(false);
-    return 0;
-  });
-  ASSERT_EQ(writer.Wait(), 0);
+    return true;
+  }));
   EXPECT_EQ(key.Get("v"), "second");
 }
 
@@ -104,11 +93,8 @@ TEST_F(DeniedTest, WithoutAMachineHiveEverythingWorksButSystemWrites) {
   EXPECT_EQ(UserPrefs()->WriteStr(audio, "v", "mine", PrefLevelUser), 1);
   EXPECT_EQ(UserPrefs()->WriteStr(audio, "v", "system", PrefLevelSystem), 1);
   EXPECT_EQ(LastFailure(), 1) << "quiet, but it tells why";
-  char buffer[256];
-  EXPECT_EQ(UserPrefs()->ReadStr(audio, "v", buffer, "", 0), 1);
-  EXPECT_STREQ(buffer, "mine");
-  EXPECT_EQ(SystemPrefs()->ReadStr(audio, "v", buffer, "none", 0), 0);
-  EXPECT_STREQ(buffer, "none");
+  EXPECT_EQ(Read(UserPrefs(), "v", 0, audio), "mine");
+  EXPECT_EQ(Read(SystemPrefs(), "v", 0, audio), "-");
   CEnumPrefs *system = GetSystemPrefs()->GetEnum(0, static_cast<int32_t>(audio), "Audio");
   EXPECT_EQ(system->CreateKey("New"), 0) << "nothing is made where nothing may be";
   EXPECT_EQ(LastFailure(), 1);
@@ -124,40 +110,25 @@ TEST_F(DeniedTest, WithoutAMachineHiveEverythingWorksButSystemWrites) {
   DisposeZOLT();
 }
 
+// Where there is no hive, and where there is one without the key.
 TEST_F(DeniedTest, AMachineKeyThatAppearsLaterIsSeenThroughAnOldHandle) {
-  Prepare("v");
-  AllowMachine(false);
-  Key const late(HKEY_LOCAL_MACHINE, "Later");
-  EXPECT_EQ(late.opened, ERROR_SUCCESS);
-  EXPECT_EQ(late.Get("v"), "!2");
-  Child administrator([this](Child::Pipe &) {
-    AllowMachine(true);
-    Key const key(HKEY_LOCAL_MACHINE, "Later");
-    bool const good = key.Set("v", "now") == ERROR_SUCCESS;
-    LeaveHives();
-    AllowMachine(false);
-    return good ? 0 : 1;
-  });
-  ASSERT_EQ(administrator.Wait(), 0);
-  EXPECT_EQ(late.Get("v"), "now");
-}
-
-TEST_F(DeniedTest, AMachineHiveThatAppearsIsSeenThroughAnOldHandle) {
   fs::create_directory(home_.path() + "/machine");
-  fs::permissions(home_.path() + "/machine", fs::perms(0500));
-  Key const early(HKEY_LOCAL_MACHINE);
-  EXPECT_EQ(early.Get("v"), "!2");
-  Child administrator([this](Child::Pipe &) {
-    fs::permissions(home_.path() + "/machine", fs::perms(0700));
-    bool const good = Key(HKEY_LOCAL_MACHINE).Set("v", "now") == ERROR_SUCCESS;
-    LeaveHives();
-    AllowMachine(false);
-    return good ? 0 : 1;
-  });
-  ASSERT_EQ(administrator.Wait(), 0);
-  auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (early.Get("v") != "now" && std::chrono::steady_clock::now() < deadline) sched_yield();
-  EXPECT_EQ(early.Get("v"), "now");
+  AllowMachine(false);
+  for (char const *name : {"First", "Second"}) {
+    Key const early(HKEY_LOCAL_MACHINE, name);
+    EXPECT_EQ(early.opened, ERROR_SUCCESS);
+    EXPECT_EQ(early.Get("v"), "!2");
+    ASSERT_TRUE(HoldsInChild([&] {
+      AllowMachine(true);
+      bool const good = Key(HKEY_LOCAL_MACHINE, name).Set("v", "now") == ERROR_SUCCESS;
+      LeaveHives();
+      AllowMachine(false);
+      return good;
+    }));
+    auto const deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (early.Get("v") != "now" && std::chrono::steady_clock::now() < deadline) sched_yield();
+    EXPECT_EQ(early.Get("v"), "now");
+  }
 }
 
 TEST_F(DeniedTest, AJournalThatADeadAdministratorLeftIsRolledBackInACopy) {
@@ -206,5 +177,21 @@ TEST_F(DeniedTest, AHomeThatCannotBeMadeReadsAsEmpty) {
   EXPECT_EQ(LastFailure(), 1);
 }
 
+TEST_F(DeniedTest, ACardThatMayNotBeReadOrWrittenStaysAsItIs) {
+  std::string const path = home_.path() + "/c";
+  ASSERT_EQ(CallCard(CardFormatBinary).SaveCardAs(CardFormatBinary, path.c_str()), 1);
+  std::string const bytes = ContentOf(path);
+  for (mode_t const mode : {0000U, 0400U}) {
+    ASSERT_EQ(chmod(path.c_str(), mode), 0);
+    CallCard card(path.c_str());
+    EXPECT_EQ(LastFailure(), mode == 0 ? 1 : 0);
+    EXPECT_EQ(card.Format(), mode == 0 ? CardFormatText : CardFormatBinary);
+    EXPECT_EQ(card.SaveCard(), 0) << "also where the directory would allow it";
+    EXPECT_EQ(LastFailure(), 1);
+  }
+  ASSERT_EQ(chmod(path.c_str(), 0600), 0);
+  EXPECT_EQ(ContentOf(path), bytes);
+}
+
 }  // namespace
-}  // namespace zolt
+}  // namespace zolt::testing
