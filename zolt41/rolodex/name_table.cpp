@@ -23,14 +23,14 @@ uint32_t SumOf(std::string_view name) {
   return static_cast<uint32_t>(sum);
 }
 
-uint64_t KeyOf(std::string_view name, uint32_t position) {
-  return NumberSet::Of(SumOf(name), position);
+uint64_t KeyOf(std::string_view name, uint32_t place) {
+  return NumberSet::Of(SumOf(name), place);
 }
 
 }  // namespace
 
-uint64_t NameTable::KeyOf(CardEntry const &entry) const {
-  return zolt::KeyOf(entry.name(which_), entry.position());
+uint64_t NameTable::KeyOf(CardEntry const &entry, uint32_t place) const {
+  return zolt::KeyOf(entry.name(which_), place);
 }
 
 void NameTable::Take(std::vector<uint64_t> keys) {

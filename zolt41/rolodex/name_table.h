@@ -3,38 +3,41 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "zolt41/rolodex/card_entry.h"
 #include "zolt41/rolodex/number_set.h"
 
 namespace zolt {
 
-// Where the cards with a name lie, for one of the three names: names that AZStrEqual takes for
-// equal are found together, by position, and sometimes others with them.
+// The cards with a name, for one of the three names: names that AZStrEqual takes for equal are
+// found together, by a number of each card that says its place among them, and sometimes others
+// with them.
 class NameTable {
  public:
   explicit NameTable(uint32_t which) : which_(which) {}
 
-  template <typename Entries>
-  void Build(Entries const &entries) {
+  // `placeOf` gives a card's number by its entry's.
+  template <typename PlaceOf>
+  void Build(std::vector<CardEntry> const &entries, PlaceOf const &placeOf) {
     std::vector<uint64_t> keys;
-    for (CardEntry const &entry : entries)
-      if (!entry.free()) keys.push_back(KeyOf(entry));
+    for (uint32_t slot = 0; slot < entries.size(); slot++)
+      if (!entries[slot].free()) keys.push_back(KeyOf(entries[slot], placeOf(slot)));
     Take(std::move(keys));
   }
-  void Insert(CardEntry const &entry) { keys_.Insert(KeyOf(entry)); }
-  void Erase(CardEntry const &entry) { keys_.Erase(KeyOf(entry)); }
+  void Insert(CardEntry const &entry, uint32_t place) { keys_.Insert(KeyOf(entry, place)); }
+  void Erase(CardEntry const &entry, uint32_t place) { keys_.Erase(KeyOf(entry, place)); }
 
-  // The position, from `from` on, of the first card that can have the name; kEndMark if there is
+  // The number, from `from` on, of the first card that can have the name; kEndMark if there is
   // none.
   uint32_t Find(char const *name, uint32_t from) const;
 
  private:
-  uint64_t KeyOf(CardEntry const &entry) const;
+  uint64_t KeyOf(CardEntry const &entry, uint32_t place) const;
   void Take(std::vector<uint64_t> keys);
 
   uint32_t which_;
-  NumberSet keys_;  // a sum of the name, and the position
+  NumberSet keys_;  // a sum of the name, and the card's number
 };
 
 }  // namespace zolt

@@ -86,8 +86,8 @@ void RolodexIndex::DropSlot(uint32_t slot) {
 void RolodexIndex::Free(uint32_t slot, FreedRecord const &freed) {
   bool const found = ids_.Find(entries_[slot].id()) == slot;
   if (found) ids_.Erase(entries_[slot].id());
-  ForgetNames(entries_[slot]);
   NumberSet &order = Order();
+  ForgetNames(slot);
   uint64_t const first = NumberSet::Of(freed.position, freed.head);
   while (true) {
     uint64_t const *const next = order.NotBelow(first + 1);
@@ -112,7 +112,7 @@ void RolodexIndex::Enter(Place const &place, CardEntry const &entry) {
     uint32_t const slot = NewSlot(entry);
     if (order_) order_->Insert(NumberSet::Of(entry.position(), slot));
     ids_.Insert(entry.id(), slot);
-    return EnterNames(entry);
+    return EnterNames(slot);
   }
   uint32_t const slot = SlotAtPosition(place.position);
   free_.Erase(NumberSet::Of(place.room, place.position));
@@ -124,7 +124,7 @@ void RolodexIndex::Enter(Place const &place, CardEntry const &entry) {
   }
   SetEntry(slot, entry);
   ids_.Insert(entry.id(), slot);
-  EnterNames(entry);
+  EnterNames(slot);
 }
 
 }  // namespace zolt

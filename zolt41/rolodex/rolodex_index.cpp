@@ -49,6 +49,8 @@ NumberSet &RolodexIndex::Order() {
     keys.push_back(NumberSet::Of(entries_[slot].position(), slot));
   NumberSet order;
   order.Assign(keys);
+  // From here on the places of cards are others.
+  names_ = {};
   return order_.emplace(std::move(order));
 }
 
@@ -95,7 +97,7 @@ bool RolodexIndex::HasNames(uint32_t slot,
   return true;
 }
 
-// From position to position that one of the names has next, so that the rarest of them says how
+// From place to place that one of the names has next, so that the rarest of them says how
 // many are looked at.
 uint32_t RolodexIndex::FindByTables(std::array<char const *, kCardNames> const &names,
                                     uint32_t number) {
@@ -106,19 +108,19 @@ uint32_t RolodexIndex::FindByTables(std::array<char const *, kCardNames> const &
     given[count++] = which;
     if (names_[which]) continue;
     NameTable table(which);
-    table.Build(entries_);
+    table.Build(entries_, [this](uint32_t slot) { return SequenceOf(slot); });
     names_[which] = std::move(table);
   }
-  Order();  // finds a position in fewer steps through memory than the entries
-  uint32_t position = entries_[SlotAt(number)].position();
+  uint32_t place = SequenceOf(SlotAt(number));
   for (uint32_t turn = 0, agreed = 0;; turn = turn + 1 < count ? turn + 1 : 0) {
     uint32_t const which = given[turn];
-    uint32_t const found = names_[which]->Find(names[which], position);
+    uint32_t const found = names_[which]->Find(names[which], place);
     if (found == kEndMark) return kNone;
-    agreed = found == position ? agreed + 1 : 1;
-    position = found;
+    agreed = found == place ? agreed + 1 : 1;
+    place = found;
     if (agreed < count) continue;
-    uint32_t const slot = SlotAtPosition(position++);
+    uint32_t const slot = order_ ? SlotAtPosition(place) : place;
+    place++;
     if (HasNames(slot, names)) return slot;
     agreed = 0;
   }
@@ -143,20 +145,20 @@ void RolodexIndex::Prefer(uint32_t slot) {
   ids_.Insert(id, slot);
 }
 
-void RolodexIndex::EnterNames(CardEntry const &entry) {
+void RolodexIndex::EnterNames(uint32_t slot) {
   for (auto &table : names_)
-    if (table) table->Insert(entry);
+    if (table) table->Insert(entries_[slot], SequenceOf(slot));
 }
 
-void RolodexIndex::ForgetNames(CardEntry const &entry) {
+void RolodexIndex::ForgetNames(uint32_t slot) {
   for (auto &table : names_)
-    if (table) table->Erase(entry);
+    if (table) table->Erase(entries_[slot], SequenceOf(slot));
 }
 
 void RolodexIndex::Replace(uint32_t slot, CardEntry const &entry) {
-  ForgetNames(entries_[slot]);
+  ForgetNames(slot);
   SetEntry(slot, entry);
-  EnterNames(entry);
+  EnterNames(slot);
 }
 
 // Takes no memory for a slot that is there.

@@ -130,8 +130,10 @@ class RolodexIndex {
   uint32_t NewSlot(CardEntry const &entry);
   void DropSlot(uint32_t slot);
   void SetEntry(uint32_t slot, CardEntry const &entry);
-  void EnterNames(CardEntry const &entry);
-  void ForgetNames(CardEntry const &entry);
+  // What tells the order of cards in the file: the slots as long as they do.
+  uint32_t SequenceOf(uint32_t slot) const { return order_ ? entries_[slot].position() : slot; }
+  void EnterNames(uint32_t slot);
+  void ForgetNames(uint32_t slot);
 
   std::vector<CardEntry> entries_;  // by slot; in file order until `order_` is there
   std::vector<uint32_t> unused_;    // slots of entries that are gone
@@ -144,7 +146,8 @@ class RolodexIndex {
   IdTable ids_;                     // slots
   NumberSet free_;                  // size and position
   std::optional<NumberSet> order_;  // position and slot; made at the first change of the order
-  std::array<std::optional<NameTable>, kCardNames> names_;  // made when names are looked for
+  // Made when names are looked for, of the cards' places.
+  std::array<std::optional<NameTable>, kCardNames> names_;
   uint32_t searches_ = 0;
   LabelColumn labels_;
   uint32_t labelWalks_ = 0;
