@@ -1,7 +1,10 @@
 // Components when memory runs out.
 
+#include <mutex>
+
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/failing_memory.h"
+#include "zolt41/notify/subscriber_list.h"
 
 namespace zolt::testing {
 namespace {
@@ -42,6 +45,8 @@ TEST_F(MemoryTest, ASectionIsOpenedWholeOrNotAtAll) {
     EXPECT_TRUE(result == E_OUTOFMEMORY || result == E_FAIL) << failures << " " << result;
     EXPECT_EQ(section.get(), nullptr);
     EXPECT_EQ(GetUserPrefs()->GetSectionFromID(IdOf("Spare")), nullptr) << "a record is left";
+    std::lock_guard const guard(SubscriberList::The().lock());
+    EXPECT_TRUE(SubscriberList::The().noneLives()) << failures << ": a subscriber is left";
   }
   EXPECT_GT(failures, 5);
 }

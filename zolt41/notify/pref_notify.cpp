@@ -33,7 +33,15 @@ CPrefNotify::CPrefNotify(int32_t init) : queue_(256) {
     std::lock_guard const guard(SubscriberList::The().lock());
     SubscriberList::The().Born(this);
   }
-  if (init != 0) Init(0, 0);
+  if (init == 0) return;
+  try {
+    Init(0, 0);
+  } catch (...) {
+    // Without a constructor's end no destructor is called.
+    std::lock_guard const guard(SubscriberList::The().lock());
+    SubscriberList::The().Died(this);
+    throw;
+  }
 }
 
 CPrefNotify::~CPrefNotify() {
