@@ -11,18 +11,6 @@ constexpr uint64_t kSerials = uint64_t{1} << 40;
 
 }  // namespace
 
-HandleTable::Entry *HandleTable::At(uint32_t index) const {
-  Chunk *chunk = chunks_[index >> kChunkBits].load(std::memory_order_acquire);
-  return chunk == nullptr ? nullptr : &(*chunk)[index & ((1u << kChunkBits) - 1)];
-}
-
-HandleTable::Entry *HandleTable::Live(HKEY handle) const {
-  if ((handle >> 60) != 4) return nullptr;
-  Entry *entry = At(static_cast<uint32_t>(handle) & ((1u << kIndexBits) - 1));
-  bool const live = entry != nullptr && entry->serial.load(std::memory_order_acquire) == handle;
-  return live ? entry : nullptr;
-}
-
 HKEY HandleTable::Add(OpenKey const &open, std::string path) {
   std::lock_guard const guard(lock_);
   if (free_.empty()) {
@@ -60,19 +48,6 @@ bool HandleTable::Remove(HKEY handle) {
   free_.push_back(static_cast<uint32_t>(handle) & ((1u << kIndexBits) - 1));
   openCount_.fetch_sub(1, std::memory_order_acq_rel);
   return true;
-}
-
-bool HandleTable::Find(HKEY handle, OpenKey *open) const {
-  Entry const *entry = Live(handle);
-  if (entry == nullptr) return false;
-  uint64_t const rights = entry->rights.load(std::memory_order_acquire);
-  open->hive = static_cast<uint32_t>(rights >> 32);
-  open->access = static_cast<uint32_t>(rights);
-  // In this order, the reverse of SetKey's, a new incarnation comes with its own key.
-  open->key.incarnation = entry->incarnation.load(std::memory_order_acquire);
-  open->key.id = entry->key.load(std::memory_order_acquire);
-  // Closed meanwhile, and perhaps opened as another key.
-  return entry->serial.load(std::memory_order_relaxed) == handle;
 }
 
 std::string HandleTable::PathOf(HKEY handle) {

@@ -71,6 +71,32 @@ class HandleTable {
   std::atomic<uint32_t> openCount_{0};
 };
 
+// Here since a step of a walk asks.
+inline HandleTable::Entry *HandleTable::At(uint32_t index) const {
+  Chunk *chunk = chunks_[index >> kChunkBits].load(std::memory_order_acquire);
+  return chunk == nullptr ? nullptr : &(*chunk)[index & ((1u << kChunkBits) - 1)];
+}
+
+inline HandleTable::Entry *HandleTable::Live(HKEY handle) const {
+  if ((handle >> 60) != 4) return nullptr;
+  Entry *entry = At(static_cast<uint32_t>(handle) & ((1u << kIndexBits) - 1));
+  bool const live = entry != nullptr && entry->serial.load(std::memory_order_acquire) == handle;
+  return live ? entry : nullptr;
+}
+
+inline bool HandleTable::Find(HKEY handle, OpenKey *open) const {
+  Entry const *entry = Live(handle);
+  if (entry == nullptr) return false;
+  uint64_t const rights = entry->rights.load(std::memory_order_acquire);
+  open->hive = static_cast<uint32_t>(rights >> 32);
+  open->access = static_cast<uint32_t>(rights);
+  // In this order, the reverse of SetKey's, a new incarnation comes with its own key.
+  open->key.incarnation = entry->incarnation.load(std::memory_order_acquire);
+  open->key.id = entry->key.load(std::memory_order_acquire);
+  // Closed meanwhile, and perhaps opened as another key.
+  return entry->serial.load(std::memory_order_relaxed) == handle;
+}
+
 }  // namespace zolt
 
 #endif  // ZOLT41_PLATFORM_REGISTRY_HANDLE_TABLE_H_

@@ -77,7 +77,11 @@ class Hive {
   // The stretch of names that tells what stands at the position, or the last one.
   int32_t NamesAt(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNames *held);
   // Whether names of NamesAt are still those of their key. Takes no lock.
-  bool StillGood(HeldNames const &held) const;
+  bool StillGood(HeldNames const &held) const {
+    // The stamp vouched for them, so it does as long as it stands.
+    return held.source != nullptr && held.source == source_.load(std::memory_order_acquire) &&
+           held.source->Read(held.word) == held.stamp && !Stale(held.key) && !OwnTransaction();
+  }
   // How many there are, and the length of the longest.
   int32_t CountNames(HiveKey key, NameLists::Kind kind, uint32_t *count, uint32_t *longest);
 
@@ -112,7 +116,11 @@ class Hive {
   bool HomeChanged();
 
   // The calling thread is between Begin and Commit.
-  bool OwnTransaction() const;
+  bool OwnTransaction() const {
+    uint64_t const owner = transactionOwner_.load(std::memory_order_relaxed);
+    return owner != 0 && IsCallingThread(owner);
+  }
+  static bool IsCallingThread(uint64_t owner);
 
   // Around fork. First the write locks of all hives are taken together, since a thread may hold one
   // and want another; then each hive is locked whole and closed; afterwards it is unlocked, or

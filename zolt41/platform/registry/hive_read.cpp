@@ -153,12 +153,6 @@ bool Hive::ListedNames(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNa
   return true;
 }
 
-bool Hive::StillGood(HeldNames const &held) const {
-  // The stamp vouched for them, so it does as long as it stands.
-  return held.source != nullptr && held.source == source_.load(std::memory_order_acquire) &&
-         held.source->Read(held.word) == held.stamp && !Stale(held.key) && !OwnTransaction();
-}
-
 int32_t Hive::NamesAt(HiveKey key, NameLists::Kind kind, uint32_t index, HeldNames *held) {
   if (ListedNames(key, kind, index, held)) return ERROR_SUCCESS;
   Reading reading(*this);

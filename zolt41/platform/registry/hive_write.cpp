@@ -43,9 +43,8 @@ int32_t Hive::Give(Failure failure) {
   return ERROR_REGISTRY_IO_FAILED;
 }
 
-bool Hive::OwnTransaction() const {
-  uint64_t const owner = transactionOwner_.load(std::memory_order_relaxed);
-  return owner != 0 && owner == ThreadMark();
+bool Hive::IsCallingThread(uint64_t owner) {
+  return owner == ThreadMark();
 }
 
 // Runs statements that change what `words` guard (or, with `all`, anything). Outside a transaction

@@ -15,9 +15,17 @@ bool NameWalk::StillGood(HKEY key) const {
 }
 
 int32_t NameWalk::At(HKEY key, uint32_t index, std::string const **name) {
-  if (StillGood(key) && held_.names->Tells(index)) {
+  bool const good = StillGood(key);
+  *name = good ? held_.names->At(index) : nullptr;
+  if (*name != nullptr) {
     ClearFailure();
-  } else if (int32_t const result = NamesAt(key, index); result != ERROR_SUCCESS) {
+    return ERROR_SUCCESS;
+  }
+  if (good && held_.names->Tells(index)) {
+    ClearFailure();
+    return ERROR_NO_MORE_ITEMS;
+  }
+  if (int32_t const result = NamesAt(key, index); result != ERROR_SUCCESS) {
     held_ = {};
     return result;
   }
