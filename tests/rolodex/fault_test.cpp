@@ -149,17 +149,19 @@ TEST_F(FaultTest, OpeningAndMaking) {
   left.erase(2);
   left.erase(5);
   left[1].names[0] = "z";
-  std::tuple<std::string, bool, Cards> const cases[] = {
-      {dirty + block, false, left}, {big, false, all}, {big, true, all}};
+  using Case = std::tuple<std::string, bool, Cards>;
+  Case const cases[] = {{dirty + block, false, left}, {big, false, all}, {big, true, all}};
   for (auto const &[content, inPlace, cards] : cases) {
-    for (Fault const &fault : {Fault{EIO, true, true}, Fault{ENOSPC, true, false}}) {
+    for (auto const &[fault, durable] :
+         {std::pair(Fault{EIO, true, true}, false), std::pair(Fault{ENOSPC, true, false}, false),
+          std::pair(Fault{EIO, false, false}, true)}) {
       for (int number = 1, result = -1; result != 0 || number < 40; number++) {
         SCOPED_TRACE(number);
         Put(content);
         FileShim shim;
         shim.set_noNewFiles(inPlace);
         shim.FailAt(number, fault.error, fault.part, fault.forever);
-        result = Open();
+        result = durable ? book_.OpenDurable(path_.c_str()) : Open();
         EXPECT_TRUE(result == 0 || LastFailure() == (fault.error == ENOSPC ? 3 : 6));
         book_.Close();
         shim.FailNothing();
@@ -179,6 +181,38 @@ TEST_F(FaultTest, OpeningAndMaking) {
   shim.FailAt(2, ENOSPC, true, true);
   EXPECT_EQ(Rolodex::Create(path_.c_str()), -1);
   EXPECT_EQ(LastFailure(), 3);
+}
+
+TEST_F(FaultTest, SettingACategoryHarmsNoOther) {
+  book_.Add(BodyOf(300, 'a'), {"a"}, {1, 3});
+  CategoryInfo const kept = {"kept", 0, ""};
+  book_.SetCategoryInfo(2, &kept);
+  Cards const all = book_.All();
+  CategoryInfo const changed = {"changed", 0, ""};
+  for (bool const durable : {false, true}) {
+    for (Fault const &fault :
+         {Fault{EIO, false, true}, Fault{EIO, true, false}, Fault{ENOSPC, true, true}}) {
+      bool reached = true;
+      for (int number = 1; reached; number++) {
+        SCOPED_TRACE(number);
+        book_.Close();
+        FileShim shim;
+        ASSERT_EQ(durable ? book_.OpenDurable(path_.c_str()) : Open(), 0);
+        int const calls = shim.calls();
+        shim.FailAt(number, fault.error, fault.part, fault.forever);
+        book_.SetCategoryInfo(3, &changed);
+        reached = shim.calls() - calls >= number;
+        EXPECT_EQ(LastFailure(), !reached ? 0 : fault.error == ENOSPC ? 3 : 6);
+        book_.Close();
+        shim.FailNothing();
+        ASSERT_EQ(Open(), 0);
+        EXPECT_TRUE(book_.All() == all);
+        EXPECT_STREQ(book_.GetCategoryInfo(2)->text, "kept");
+        EXPECT_STREQ(book_.GetCategoryInfo(4)->text, "");
+        EXPECT_TRUE(reached || book_.GetCategoryInfo(3)->text == std::string("changed"));
+      }
+    }
+  }
 }
 
 TEST_F(FaultTest, KilledAtAnyMoment) {
