@@ -30,7 +30,9 @@ constexpr int kFirstNews = 20;  // fill the caches and are not counted
 constexpr auto kRest = std::chrono::milliseconds(2);
 constexpr auto kNoRest = std::chrono::milliseconds(0);
 constexpr size_t kManyWatchers = 32;
-constexpr int kAlternations = 3;
+// Where the system puts a process decides much.
+constexpr int kPlacements = 9;
+constexpr int kNewsEach = 100;
 constexpr int kRateRounds = 15;
 constexpr int kStandstillRounds = 5;
 constexpr uint32_t kSeries = 1000;
@@ -66,14 +68,14 @@ void ReportTimes(std::vector<Way> const &ways) {
   for (Way const &way : ways) Report(way.key, Median(way.times));
 }
 
-void MeasureHearing(std::chrono::milliseconds rest, std::vector<Way> ways) {
+void MeasureHearing(std::chrono::milliseconds rest, std::vector<Way> ways, int news = kNews) {
   std::mt19937 random(1);
   std::vector<Way *> order;
   for (Way &way : ways) {
     way.watchers->Settle(way.send);
     order.push_back(&way);
   }
-  for (int i = 0; i < kFirstNews + kNews; i++) {
+  for (int i = 0; i < kFirstNews + news; i++) {
     std::shuffle(order.begin(), order.end(), random);
     for (Way *way : order) {
       if (rest != kNoRest) std::this_thread::sleep_for(rest);
@@ -124,11 +126,13 @@ int main(int count, char **arguments) {
   auto const send_sd_bus = [&](char const *text) { bus.Send(text); };
   for (auto const &[kind, rest] : {std::pair("heard", kNoRest), std::pair("rested", kRest)}) {
     std::string const key = kind;
-    {
+    for (int i = 0; i < kPlacements; i++) {
       Watchers our_watcher("watch_ours", 1);
       Watchers bus_watcher("watch_sd_bus", 1);
-      MeasureHearing(rest, {{key + ".ours", &our_watcher, send_ours},
-                            {key + ".sd_bus", &bus_watcher, send_sd_bus}});
+      MeasureHearing(
+          rest,
+          {{key + ".ours", &our_watcher, send_ours}, {key + ".sd_bus", &bus_watcher, send_sd_bus}},
+          kNewsEach);
     }
     // By itself: its service still writes to the disk for a while when the listener has heard.
     Watchers dconf_watcher("watch_dconf", 1);
@@ -136,11 +140,11 @@ int main(int count, char **arguments) {
                    {{key + ".dconf", &dconf_watcher, [&](char const *text) { dconf.Send(text); }}});
   }
   // One at a time listens, so that none waits for the other.
-  for (int i = 0; i < kAlternations; i++) {
+  for (int i = 0; i < kPlacements; i++) {
     for (auto const &[key, role] : {std::pair("heard.plain", "watch_ours"),
                                     std::pair("heard.component", "watch_component")}) {
       Watchers watcher(role, 1);
-      MeasureHearing(kRest, {{key, &watcher, send_ours}});
+      MeasureHearing(kRest, {{key, &watcher, send_ours}}, kNewsEach);
     }
   }
   {
