@@ -2,6 +2,7 @@
 
 #ifdef __x86_64__
 
+#include <cpuid.h>
 #include <immintrin.h>
 
 #include <cstdint>
@@ -149,12 +150,27 @@ ZOLT_AVX2 size_t DecodeHexBlocks(char const *text, size_t size, char *bytes) {
   return done;
 }
 
+// The compiler's own way to ask does so at the start of each program, much of which that takes in a
+// virtual machine.
+__attribute__((target("xsave"))) bool HasAvx2() {
+  constexpr uint64_t kWideRegisters = 6;  // kept by the system
+  uint32_t a = 0;
+  uint32_t b = 0;
+  uint32_t c = 0;
+  uint32_t d = 0;
+  constexpr uint32_t kKept = bit_OSXSAVE | bit_AVX;
+  if (__get_cpuid(1, &a, &b, &c, &d) == 0 || (c & kKept) != kKept) return false;
+  if ((_xgetbv(0) & kWideRegisters) != kWideRegisters) return false;
+  return __get_cpuid_count(7, 0, &a, &b, &c, &d) != 0 && (b & bit_AVX2) != 0;
+}
+
 }  // namespace
 
 CodingBlocks const *VectorBlocks() {
   static constexpr CodingBlocks kBlocks = {EncodeBase64Blocks, DecodeBase64Blocks, EncodeHexBlocks,
                                            DecodeHexBlocks};
-  return __builtin_cpu_supports("avx2") != 0 ? &kBlocks : nullptr;
+  static bool const able = HasAvx2();
+  return able ? &kBlocks : nullptr;
 }
 
 }  // namespace zolt
