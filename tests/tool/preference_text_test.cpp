@@ -9,6 +9,7 @@
 #include <tuple>
 
 #include "tests/support/format_page.h"
+#include "tests/support/full_disk.h"
 #include "tests/tool/tool_fixture.h"
 
 namespace zolt::testing {
@@ -288,6 +289,30 @@ TEST_F(PreferenceTextTest, ASectionThatIsMadeIsAChange) {
             "Only: made (not written)\nzolt: user store: 1 section would be made\n");
   EXPECT_EQ(Load(text).err, "zolt: user store: 1 section made\n");
   EXPECT_EQ(Load(text).err, "zolt: user store: unchanged\n");
+}
+
+TEST_F(PreferenceTextTest, ALoadThatFailsLeavesNoSectionAndTheOldWayBack) {
+  Set({"Audio", "Volume", "70"});
+  std::string const text = kHead + "[Audio]\nVolume = \"40\"\n[Lab]\nX = \"1\"\n[Lab:In]\n";
+  std::string const undo = Path("undo");
+  WriteContent(undo, "from before");
+  ToolSetting const good = {.input = text + "Y = \"2\"\nend\n"};
+  WriteContent(Path("large"), text + "Y = base64(3) " + std::string(2'000'000, 'A') + "\nend\n");
+  EXPECT_EQ(RunTool({"prefs", "load", "--undo", Path("none/undo"), "-"}, good).code, 3);
+  {
+    FullDisk const limit(1'000'000);
+    EXPECT_EQ(RunTool({"-y", "prefs", "load", "--undo", undo, Path("large")}).code, 3);
+  }
+  EXPECT_EQ(RunTool({"prefs", "set", "Lab", "X", "1", "--if", "other"}).code, 1);
+  auto const made = [](char const *level) {
+    return RunTool({"-L", level, "prefs", "dump"}).out.find("Lab") != std::string::npos;
+  };
+  for (char const *const level : {"user", "system", "shared-user"})
+    EXPECT_FALSE(made(level)) << level;
+  EXPECT_EQ(ContentOf(undo), "from before");
+  EXPECT_EQ(RunTool({"-y", "prefs", "load", "--undo", undo, "-"}, good).code, 0);
+  for (char const *const level : {"user", "system", "shared-user"})
+    EXPECT_TRUE(made(level)) << level;
 }
 
 TEST_F(PreferenceTextTest, UndoHasTheSpellingThatWasStored) {

@@ -19,25 +19,14 @@ bool AllExist(Level const &level, std::span<SectionPath const *const> paths) {
   });
 }
 
-// The keys that are made in a tree while this lives are kept together or not at all. In one that
-// may not be written none are made.
-class KeysTogether {
- public:
-  explicit KeysTogether(HKEY root) : hive_(root), begun_(hive_.Begin() == ERROR_SUCCESS) {}
-
-  void Keep() {
-    if (begun_ && hive_.Commit() != ERROR_SUCCESS) throw StoreFailure("sections");
-  }
-
- private:
-  HiveTransaction hive_;
-  bool begun_;
-};
-
 }  // namespace
 
+void KeysTogether::Keep() {
+  if (begun_ && hive_.Commit() != ERROR_SUCCESS) throw StoreFailure("sections");
+}
+
 OpenSections::OpenSections(Level const &level, std::span<SectionPath const *const> paths)
-    : lastOwnId_(kFirstOwnId) {
+    : paths_(paths), lastOwnId_(kFirstOwnId) {
   // Only what is not there yet needs all the stores, in which it is then made.
   if (AllExist(level, paths)) {
     store_.emplace(level);
@@ -46,17 +35,17 @@ OpenSections::OpenSections(Level const &level, std::span<SectionPath const *cons
   }
   prefs_ = level.store();
   if (prefs_ == nullptr) throw StoreFailure(std::string(level.name) + " store");
-  OpenAll(paths);
 }
 
-void OpenSections::OpenAll(std::span<SectionPath const *const> paths) {
-  std::optional<KeysTogether> user;
-  std::optional<KeysTogether> machine;
-  if (library_) user.emplace(HKEY_CURRENT_USER);
-  if (library_) machine.emplace(HKEY_LOCAL_MACHINE);
-  for (SectionPath const *const path : paths) Open(*path);
-  if (machine) machine->Keep();
-  if (user) user->Keep();
+void OpenSections::OpenAll(std::optional<HKEY> running) {
+  if (library_ && running != HKEY_CURRENT_USER) user_.emplace(HKEY_CURRENT_USER);
+  if (library_ && running != HKEY_LOCAL_MACHINE) machine_.emplace(HKEY_LOCAL_MACHINE);
+  for (SectionPath const *const path : paths_) Open(*path);
+}
+
+void OpenSections::Keep() {
+  if (machine_) machine_->Keep();
+  if (user_) user_->Keep();
 }
 
 uint32_t OpenSections::IdOf(SectionPath const &path) const {

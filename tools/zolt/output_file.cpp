@@ -83,12 +83,15 @@ OutputFile::~OutputFile() {
   if (!written_.empty()) unlink(written_.c_str());
 }
 
-void OutputFile::Finish() {
+void OutputFile::Secure() {
   out_.Flush();
-  if (!special_) {
-    if (fsync(out_.descriptor()) != 0) throw SystemFailure(path_, errno);
-    if (written_.empty()) written_ = Named(out_.descriptor(), path_);
-  }
+  if (special_) return;
+  if (fsync(out_.descriptor()) != 0) throw SystemFailure(path_, errno);
+  if (written_.empty()) written_ = Named(out_.descriptor(), path_);
+}
+
+void OutputFile::Finish() {
+  Secure();
   out_.Finish();
   if (special_) return;
   if (rename(written_.c_str(), path_.c_str()) != 0) throw SystemFailure(path_, errno);

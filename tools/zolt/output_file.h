@@ -18,6 +18,9 @@ class OutputFile {
   OutputFile &operator=(OutputFile const &) = delete;
 
   Output &out() { return out_; }
+  // All that was written is on the disk, though not yet in its place; nothing is written any more.
+  // Throws if that fails.
+  void Secure();
   // Puts the file in its place, on the disk. Throws if that fails.
   void Finish();
 

@@ -1,6 +1,6 @@
 #include <exception>
+#include <optional>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -48,58 +48,45 @@ class Agreement {
   // False if somebody has made it more than was agreed to.
   bool Covers(StoreUpdate const &update) const { return update.unnamed() <= unnamed_; }
 
-  void SaveUndo(StoreUpdate const &update) const {
+  // Takes the place of an older one only when there is something to undo.
+  void SecureUndo(StoreUpdate const &update) {
     if (undo_.empty() || !update.any()) return;
-    OutputFile file(undo_);
-    WriteUndo(*text_.level, update, file.out());
-    file.Finish();
+    undoFile_.emplace(undo_);
+    WriteUndo(*text_.level, update, undoFile_->out());
+    undoFile_->Secure();
+  }
+  void KeepUndo() {
+    if (undoFile_) undoFile_->Finish();
   }
 
  private:
   Call const &call_;
   PreferenceText const &text_;
   std::string undo_;
+  std::optional<OutputFile> undoFile_;
   size_t unnamed_ = 0;
 };
 
 class MoreThanAgreed : public std::exception {};
 
-// The sections that a look found missing, which a later one does not know any more.
-std::vector<SectionPath> MissingIn(StoreUpdate const &update) {
-  std::vector<SectionPath> missing;
-  for (SectionUpdate const &section : update.sections)
-    if (section.made) missing.push_back(section.path);
-  return missing;
-}
-
-void AddMade(std::vector<SectionPath> const &made, StoreUpdate *update) {
-  std::unordered_map<std::string, size_t> places;
-  for (size_t i = 0; i < update->sections.size(); i++)
-    places.emplace(update->sections[i].path.Key(), i);
-  for (SectionPath const &path : made) {
-    auto const [place, added] = places.emplace(path.Key(), update->sections.size());
-    if (added) update->sections.push_back({.path = path, .values = {}});
-    update->sections[place->second].made = true;
-  }
-}
-
 // Gives up what was seen before it looks again, and then the text: many values are held once.
-StoreUpdate Write(PreferenceText *text, StoreUpdate seen, Agreement const &agreement,
+StoreUpdate Write(PreferenceText *text, StoreUpdate seen, Agreement *agreement,
                   Progress *progress) {
+  std::vector<SectionPath> named;
+  for (TextSection const &section : text->sections) named.push_back(section.path);
   std::vector<SectionPath const *> paths;
-  for (TextSection const &section : text->sections) paths.push_back(&section.path);
+  for (SectionPath const &path : named) paths.push_back(&path);
   std::string const work = "writing " + std::to_string(seen.changes()) + " values";
-  std::vector<SectionPath> const missing = MissingIn(seen);
   seen = {};
   StoreUpdate update = WriteUpdate(*text->level, paths, [&] {
-    StoreUpdate now = agreement.Look(nullptr);
-    if (!agreement.Covers(now)) throw MoreThanAgreed();
-    agreement.SaveUndo(now);
+    StoreUpdate now = agreement->Look(nullptr);
+    if (!agreement->Covers(now)) throw MoreThanAgreed();
+    agreement->SecureUndo(now);
     text->sections.clear();
     progress->Begin(work);
     return now;
   });
-  AddMade(missing, &update);
+  agreement->KeepUndo();
   return update;
 }
 
@@ -129,7 +116,7 @@ int LoadText(PreferenceText text, Call const &call) {
     if (!said) SayMissingSections(PathsOf(update), kIsNew, call.settings);
     try {
       Progress progress(call.settings, "writing");
-      update = Write(&text, std::move(update), agreement, &progress);
+      update = Write(&text, std::move(update), &agreement, &progress);
     } catch (MoreThanAgreed const &) {
       continue;
     }

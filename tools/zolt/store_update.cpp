@@ -75,17 +75,22 @@ std::vector<SectionPath const *> PathsOf(StoreUpdate const &update) {
 
 StoreUpdate WriteUpdate(Level const &level, std::span<SectionPath const *const> paths,
                         std::function<StoreUpdate()> const &look) {
-  OpenSections const sections(level, paths);
+  OpenSections sections(level, paths);
   Transaction transaction(level.level);
   StoreUpdate update;
   Commit const result = transaction.Write([&] {
     update = look();
+    if (update.changes() == 0) return;
+    sections.OpenAll(level.root);
     AddTo(&transaction, sections, update);
   });
   if (result == Commit::timed_out) throw ChannelHeld();
   if (result != Commit::done && result != Commit::unchanged) {
     throw StoreFailure(std::string(level.name) + " store");
   }
+  // A transaction without a change keeps nothing.
+  if (result == Commit::unchanged && update.sectionsMade() > 0) sections.OpenAll({});
+  sections.Keep();
   return update;
 }
 
