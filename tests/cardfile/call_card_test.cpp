@@ -287,6 +287,8 @@ TEST_F(CallCardTest, WhatCannotBeReadWholeIsNotSavedOver) {
 // Reads of files until one fails, and all after it work again.
 int readsLeft = 0;
 
+std::string replaced;
+
 ssize_t ReadOrFail(int descriptor, void *bytes, size_t count) {
   if (readsLeft-- != 0) return read(descriptor, bytes, count);
   errno = EIO;
@@ -313,11 +315,29 @@ TEST_F(CallCardTest, AReadThatFailsLeavesTheCardAndItsFile) {
       AddName(&card);
       EXPECT_EQ(card.SaveCard(), 0) << failures;
       EXPECT_EQ(card.Modified(), 1);
+      std::unique_ptr<CallCard> const copy(card.Copy());
+      AddName(copy.get());
+      EXPECT_EQ(copy->SaveCard(), 0) << "nor is a copy saved over it";
       EXPECT_EQ(ContentOf(path_), bytes) << format << " " << failures;
       EXPECT_EQ(card.SaveCardAs(format, Path("other").c_str()), 1);
     }
     EXPECT_GT(failures, 1);
   }
+}
+
+// As one that another program puts in its place.
+TEST_F(CallCardTest, AFileIsReadAsTheOneThatItsHeadWasReadOf) {
+  WriteContent(path_, "10.0.0.1\r\n0\r\n\r\n[Card Infos]\r\nFN=ASCII::Al\r\n");
+  FileCalls const usual = TheFileCalls();
+  TheFileCalls().read = [](int file, void *bytes, size_t size) {
+    ssize_t const count = read(file, bytes, size);
+    unlink(replaced.c_str());
+    return count;
+  };
+  replaced = path_;
+  CallCard card(path_.c_str());
+  TheFileCalls() = usual;
+  EXPECT_EQ(Text(&card, "FN"), "Al");
 }
 
 TEST_F(CallCardTest, TheLongestNamesCanBeSaved) {

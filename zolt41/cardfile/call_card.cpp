@@ -47,6 +47,7 @@ CallCard *CallCard::Copy() {
   copy->name_ = CopyOf(name_, kNameSize);
   copy->key_ = CopyOf(key_, kKeySize + 1);
   copy->version_ = version_;
+  copy->unread_ = unread_;
   return copy;
 }
 

@@ -95,7 +95,7 @@ class ZOLT_API CallCard final : public PCardStorage {
   ZOLT_HIDDEN bool SaveAsFormatSays();
   ZOLT_HIDDEN bool SaveBinary();
   ZOLT_HIDDEN void LoadBinary(uint32_t file, char const *head);
-  ZOLT_HIDDEN void LoadText();
+  ZOLT_HIDDEN void LoadText(uint32_t file);
   ZOLT_HIDDEN bool TakeList(char const *list, int32_t size);
   ZOLT_HIDDEN void LeaveUnread(zolt::Failure failure);
 

@@ -82,9 +82,9 @@ void CallCard::Load() {
   if (AFS_LZOpenFile(GetName(), 1, &file) != 0) return;
   Head head{};
   Content const content = ReadHead(file, &head);
+  if (content == Content::text) return LoadText(file);
   if (content == Content::card) LoadBinary(file, head.data());
   AFS_CloseFile(file);
-  if (content == Content::text) LoadText();
   if (content == Content::unread) LeaveUnread(zolt::Failure::io);
 }
 
@@ -118,9 +118,9 @@ bool CallCard::TakeList(char const *list, int32_t size) {
   return true;
 }
 
-void CallCard::LoadText() {
+void CallCard::LoadText(uint32_t file) {
   PCardStorage text;
-  int32_t const loaded = zolt::LoadCardText(&text, GetName());
+  int32_t const loaded = zolt::LoadCardText(&text, file);
   if (loaded == zolt::kCardTextUnread) LeaveUnread(zolt::Failure::io);
   if (loaded != 1) return;
   Block const list(text.Get(), _DisposeMem);

@@ -31,7 +31,16 @@ char FBasicRead::GetByte() {
 }
 
 FFileRead::FFileRead(char const *path) {
-  if (AFS_LZOpenFile(path, 1, &file_) != 0) return;
+  if (AFS_LZOpenFile(path, 1, &file_) == 0) Begin();
+}
+
+FFileRead::FFileRead(uint32_t file) {
+  file_ = file;
+  failed_ = AFS_SetFPos(file, 0, 1) != 0;
+  Begin();
+}
+
+void FFileRead::Begin() {
   buffer_ = new char[kBlock];
   size_ = kBlock;
   FFileRead::Fill(file_, &size_, buffer_);

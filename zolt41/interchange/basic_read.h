@@ -42,6 +42,8 @@ class ZOLT_API FFileRead final : public FBasicRead {
  public:
   // A name as AFS_LZOpenFile takes it. The file stays open for as long as the reader lives.
   explicit FFileRead(char const *path);
+  // Reads an open file from its beginning, and closes it in the end.
+  explicit FFileRead(uint32_t file);
   ~FFileRead() override;
 
   int32_t AtEnd() override;
@@ -50,6 +52,8 @@ class ZOLT_API FFileRead final : public FBasicRead {
   bool failed() const { return failed_; }
 
  private:
+  ZOLT_HIDDEN void Begin();
+
   bool failed_ = false;
 };
 

@@ -140,8 +140,8 @@ int32_t Import(PCardStorage *card, FBasicRead *reader, HeadLines headLines) {
 
 namespace zolt {
 
-int32_t LoadCardText(PCardStorage *card, char const *path) {
-  FFileRead reader(path);
+int32_t LoadCardText(PCardStorage *card, uint32_t file) {
+  FFileRead reader(file);
   int32_t const imported = Import(card, &reader, HeadLines::droppedIfRepeated);
   return reader.failed() ? kCardTextUnread : imported;
 }

@@ -11,9 +11,9 @@ inline constexpr int32_t kCardTextUnread = -1;
 
 // As ImportCard into a card that is empty, but the first two lines make no property where they only
 // repeat one of the card's, or say that there is none: so a card that is written and loaded again
-// and again does not grow. kCardTextUnread, with ZOLTLastFailure set, if the file cannot be read to
-// its end.
-int32_t LoadCardText(PCardStorage *card, char const *path);
+// and again does not grow. Reads the open file from its beginning and closes it. kCardTextUnread,
+// with ZOLTLastFailure set, if it cannot be read to its end.
+int32_t LoadCardText(PCardStorage *card, uint32_t file);
 
 }  // namespace zolt
 
