@@ -3,6 +3,7 @@
 
 #include <poll.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <functional>
@@ -63,16 +64,20 @@ inline bool DeliverUntil(std::function<bool()> const &done) {
   return true;
 }
 
-// The same by a thread that waits for its messages, for 20 seconds in all.
+// The same by a thread that waits for its messages.
 inline bool GetMessagesUntil(std::function<bool()> const &done) {
   std::promise<void> ended;
-  std::thread watch([in_time = ended.get_future(), thread = GetCurrentThreadId()] {
-    if (in_time.wait_for(std::chrono::seconds(20)) == std::future_status::timeout)
-      PostThreadMessageA(thread, WM_QUIT, 0, 0);
+  std::atomic<int> count = 0;
+  std::thread watch([&count, in_time = ended.get_future(), thread = GetCurrentThreadId()] {
+    for (int before = -1; before != count;) {
+      before = count;
+      if (in_time.wait_for(std::chrono::seconds(20)) == std::future_status::ready) return;
+    }
+    PostThreadMessageA(thread, WM_QUIT, 0, 0);
   });
   MSG message;
   bool got = true;
-  while (got && !done()) got = GetMessageA(&message, 0, 0, 0) == 1;
+  for (; got && !done(); count++) got = GetMessageA(&message, 0, 0, 0) == 1;
   ended.set_value();
   watch.join();
   return got;

@@ -56,6 +56,23 @@ TEST_F(PrefNotifyTest, ReleaseWaitsForWhatIsOnItsWay) {
   EXPECT_EQ(deaths_, 2);
 }
 
+TEST_F(PrefNotifyTest, OneThatIsThereTwiceIsRemovedWhereItWasFirst) {
+  std::string told;
+  auto *const first = Listen(new Listener());
+  auto *const second = Listen(new Listener());
+  first->then = [&](Listener *) { told += "1"; };
+  second->then = [&](Listener *) { told += "2"; };
+  AddNotificationObject(first);
+  RemoveNotificationObject(first);
+  Change();
+  ZOLTDeliver();
+  EXPECT_EQ(told, "21");
+  for (Listener *const listener : {first, second}) {
+    RemoveNotificationObject(listener);
+    listener->Release();
+  }
+}
+
 TEST_F(PrefNotifyTest, ACallbackMayReleaseAddAndRemove) {
   auto *const victim = Listen(new Mortal(&deaths_));
   auto *const killer = new Mortal(&deaths_);

@@ -1,5 +1,6 @@
 #include "zolt41/notify/announce.h"
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -10,6 +11,17 @@
 
 namespace zolt {
 
+namespace {
+
+using std::chrono::steady_clock;
+
+// Where the processors are busy a thread that was alerted ahead gives its one away and gets it back
+// too late.
+constexpr auto kBusy = std::chrono::milliseconds(100);
+constinit std::atomic<steady_clock::rep> busyUntil = 0;
+
+}  // namespace
+
 void Announce(Announcement const &announcement, Pause pause) {
   ChannelArea *const channel = Channel();
   if (channel == nullptr) return;
@@ -17,12 +29,14 @@ void Announce(Announcement const &announcement, Pause pause) {
   uint32_t const number = LastAnnouncement(channel->ring) + 1;
   ExpectAnswers(channel, number);
   // Else nobody has ever listened.
-  auto const start = std::chrono::steady_clock::now();
+  auto const start = steady_clock::now();
   if (channel->wordsReady.load() != 0) {
     Publish(&channel->ring, announcement);
     bool const allWait = AlertWaitingThreads(channel);
+    bool const heard = allWait && AnsweredSoon(channel, number);
+    if (allWait && !heard) busyUntil = (steady_clock::now() + kBusy).time_since_epoch().count();
     // Who is to answer may have been called away.
-    if (!allWait || !AnsweredSoon(channel, number)) PulseEvent(NotifyEvent());
+    if (!heard) PulseEvent(NotifyEvent());
   }
   AwaitAnswers(channel, number, pause, start);
 }
@@ -31,6 +45,7 @@ void AlertBeforeAnnouncing() {
   ChannelArea *const channel = Channel();
   static uint32_t const processors = std::thread::hardware_concurrency();
   if (channel == nullptr || channel->wordsReady.load() == 0) return;
+  if (steady_clock::now().time_since_epoch().count() < busyUntil) return;
   uint32_t const asleep = CountSleepingThreads(*channel);
   if (asleep != 0 && asleep < processors) AlertWaitingThreads(channel);
 }

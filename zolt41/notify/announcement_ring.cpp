@@ -69,7 +69,7 @@ bool DecodeText(char const **from, char const *end, uint64_t length, char (&fiel
 }  // namespace
 
 uint32_t LastAnnouncement(Ring const &ring) {
-  return High(ring.published.load(std::memory_order_acquire));
+  return High(ring.published.load());
 }
 
 void Publish(Ring *ring, Announcement const &announcement) {
@@ -96,7 +96,8 @@ void RingReader::StartAtEnd(Ring const &ring) {
 }
 
 RingReader::Result RingReader::Read(Ring const &ring) {
-  uint64_t const published = ring.published.load(std::memory_order_acquire);
+  // In one order with what a writer sees of those who listen.
+  uint64_t const published = ring.published.load();
   if (Low(published) == position_) return Result::none;
   try {
     if (Copy(ring, Low(published)) && Decode()) return Result::heard;

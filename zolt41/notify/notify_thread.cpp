@@ -1,5 +1,7 @@
 #include "zolt41/notify/notify_thread.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <climits>
 #include <mutex>
@@ -188,6 +190,7 @@ void Listen(Notifier *notifier) {
   for (;;) {
     uint32_t const seen = PulseCount(NotifyEvent());
     while (HearOne(notifier)) {
+      if (ProcessSlot *const slot = OwnSlot(*notifier)) slot->waiting.store(0);
     }
     {
       auto const guard = Lock();
@@ -276,8 +279,12 @@ void StopNotificationThread() {
 }
 
 bool HearAll(uint32_t thread) {
+  // The calling thread is the client's: it must not be ended in the middle.
+  int state = 0;
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
   bool heard = false;
   while (HearOne(&TheNotifier(), thread)) heard = true;
+  pthread_setcancelstate(state, nullptr);
   return heard;
 }
 

@@ -75,7 +75,8 @@ class ZOLT_API CPrefNotify {
   ZOLTXPtrArray changedRecords;  // each a NotificationInfo, which the object owns
   uint32_t changedExtra = 0;
 
-  // Moves the oldest queued change into the fields above. 1, or 0 if there is none.
+  // Moves the oldest queued change into the fields above. 1, or 0 if there is none. Called from a
+  // callback it takes the next change too, for which there is no callback then.
   int32_t AckCallback();
   // Takes the hook away if this was the last object of the process.
   void Dispose();

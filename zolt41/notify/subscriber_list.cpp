@@ -29,9 +29,10 @@ SubscriberList &SubscriberList::The() {
 }
 
 int32_t SubscriberList::PlaceOf(CPrefNotify const *subscriber) const {
-  int32_t place = listening_.GetUpperBound();
-  while (place >= 0 && At(place) != subscriber) place--;
-  return place;
+  int32_t const count = listening_.GetSize();
+  int32_t place = 0;
+  while (place < count && At(place) != subscriber) place++;
+  return place < count ? place : -1;
 }
 
 void SubscriberList::Remove(CPrefNotify const *subscriber) {

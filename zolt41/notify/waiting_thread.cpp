@@ -74,7 +74,8 @@ void SleepUntilAlert(ChannelArea *channel, Shown *shown, Message const &message,
     supported.store(false);
     return;
   }
-  if (message.came()) return;
+  // A signal is none.
+  if (message.came() || channel->alerts.load() == alerts) return;
   shown->LookOut();
   AwaitAnnouncement(*channel, last, message);
 }
@@ -89,13 +90,12 @@ void ForEachSlot(ChannelArea const &channel, Visit visit) {
 }  // namespace
 
 void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected) {
-  ChannelArea *const channel = Channel();
   uint32_t const thread = GetCurrentThreadId();
-  bool const able = channel != nullptr && supported.load(std::memory_order_relaxed);
   {
-    Shown shown(able ? SlotToHearFor(thread) : nullptr);
+    Shown shown(supported.load(std::memory_order_relaxed) ? SlotToHearFor(thread) : nullptr);
     if (!shown.any()) return SleepOn(word, expected, std::chrono::nanoseconds(-1));
-    SleepUntilAlert(channel, &shown, {word, expected}, thread);
+    // Who listens is attached, so nobody is waited for here.
+    SleepUntilAlert(Channel(), &shown, {word, expected}, thread);
   }
   HearAll(thread);
 }

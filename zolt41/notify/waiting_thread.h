@@ -13,7 +13,7 @@ namespace zolt {
 // a process does so at a time. It shows itself in the process's slot, by the process's number while
 // it sleeps, and with this bit while it is awake and looks out for an announcement. It takes itself
 // out before it looks for the last time, and a writer looks for it after it has published: so one
-// of the two always sees the other.
+// of the two always sees the other. The notification thread takes out one that it had to do without.
 inline constexpr uint32_t kLooksOut = 0x80000000;
 
 // For SetMessageWait.

@@ -152,6 +152,7 @@ Commit Transaction::Apply(ChangeSet *changes, HiveTransaction *hive) {
     if (!whole) return FailureOfHive();
   }
   if (!changes->changes()) return Commit::unchanged;
+  AlertBeforeAnnouncing();
   if (!changes->Write() || hive->Commit() != ERROR_SUCCESS) return FailureOfHive();
   return Commit::done;
 }
@@ -191,7 +192,6 @@ Commit Transaction::WriteAndAnnounce(std::function<void()> const &look) {
   if (channel.timedOut()) {
     return Refuse(Failure::timed_out, Commit::timed_out, "/ZO/ZOLT/SECURE2");
   }
-  if (!collected_->steps.empty()) AlertBeforeAnnouncing();
   ChangeSet changes;
   std::exception_ptr thrown;
   Commit result = Commit::unchanged;

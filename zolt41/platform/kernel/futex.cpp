@@ -22,7 +22,7 @@ bool SleepOnEither(std::atomic<uint32_t> *word, uint32_t expected, std::atomic<u
   futex_waitv const words[] = {{expected, reinterpret_cast<uintptr_t>(word), FUTEX_32, 0},
                                {otherExpected, reinterpret_cast<uintptr_t>(other), FUTEX_32, 0}};
   return syscall(SYS_futex_waitv, words, std::size(words), 0, nullptr, CLOCK_MONOTONIC) >= 0 ||
-         errno == EAGAIN || errno == EINTR;
+         (errno != ENOSYS && errno != EPERM);
 }
 
 void WakeSleepers(std::atomic<uint32_t> *word, int32_t count) {

@@ -43,7 +43,8 @@ ZOLT_API int32_t PostThreadMessageA(uint32_t thread, uint32_t message, uintptr_t
 // Waits for a message, takes it out of the calling thread's queue into `*message` and shows it to
 // the thread's hooks. 1, or 0 for WM_QUIT, or -1 if `message` is null. `window` must be 0. With a
 // `last` that is not 0, others than those from `first` to `last` stay where they are, except
-// WM_QUIT.
+// WM_QUIT. A thread that waits here is ended by a message, WM_QUIT for one: pthread_cancel does not
+// wake it.
 ZOLT_API int32_t GetMessageA(MSG *message, uintptr_t window, uint32_t first, uint32_t last);
 
 // The same without waiting: 0 if there is none. Without PM_REMOVE the message stays in the queue.

@@ -65,20 +65,19 @@ int MessageQueue::Descriptor() {
 
 void MessageQueue::ShowInDescriptor() {
   if (descriptor_ < 0 || shown_ == !messages_.empty()) return;
-  shown_ = !shown_;
   uint64_t count = 1;
   // Neither can fail: the count goes from 0 to 1 and back.
-  if (shown_) {
+  if (!shown_) {
     [[maybe_unused]] auto const written = write(descriptor_, &count, sizeof count);
   } else {
     [[maybe_unused]] auto const taken = read(descriptor_, &count, sizeof count);
   }
+  shown_ = !shown_;
 }
 
 void MessageQueue::Renew() {
   messages_.clear();
   others_ = 0;
-  waits = false;
   shown_ = false;
   if (descriptor_ < 0) return;
   int const own = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);

@@ -105,7 +105,7 @@ Segment *Attach() {
     // The stores work without it, so its failures are none of theirs, and hide none of theirs.
     FirstFailure before;
     before.Note();
-    SharedFile::Format const format{0x315F474553535A5A, 4, sizeof(Segment),
+    SharedFile::Format const format{0x315F474553535A5A, 5, sizeof(Segment),
                                     offsetof(Segment, area) + kSegmentFrontSize};
     std::string const path = PathOf(attachment);
     if (attachment.file.Attach(path, SharedFile::Owner::self, format, Reset) == Failure::none &&
