@@ -8,6 +8,7 @@
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/a_string.h"
 #include "zolt41/foundation/mem_block.h"
+#include "zolt41/platform/system/with_memory.h"
 
 namespace {
 
@@ -82,13 +83,15 @@ void CallCard::SavePrefs() {
 int32_t CallCard::SaveCard() {
   SavePrefs();
   // What the store holds and the list could not take would be lost.
-  if (prefs_->GetModified() != 0 || !SaveAsFormatSays()) return 0;
+  if (prefs_->GetModified() != 0) return 0;
+  if (!zolt::WithMemory(false, [this] { return SaveAsFormatSays(); })) return 0;
   SetModified(0);
   return 1;
 }
 
 int32_t CallCard::SaveCardAs(int32_t format, char const *name) {
-  std::string const keptName = GetName();
+  char keptName[kNameSize] = {};
+  std::string_view(GetName()).copy(keptName, kNameSize - 1);
   bool const named = name_ != nullptr;
   int32_t const keptFormat = format_;
   bool const keptUnread = unread_;
@@ -97,7 +100,7 @@ int32_t CallCard::SaveCardAs(int32_t format, char const *name) {
   if (SaveCard() != 0) return 1;
   format_ = keptFormat;
   if (named) {
-    SetName(keptName.c_str());
+    SetName(keptName);
   } else {
     name_.reset();
   }
@@ -116,10 +119,11 @@ char const *CallCard::GetName() const {
 
 void CallCard::SetName(char const *name) {
   // The name given may be a part of the present one.
-  std::string const kept = name == nullptr ? "" : std::string(name).substr(0, kNameSize - 1);
+  char kept[kNameSize] = {};
+  std::string_view(name == nullptr ? "" : name).copy(kept, kNameSize - 1);
   unread_ = false;
-  if (name_ == nullptr) name_ = std::make_unique<char[]>(kNameSize);
-  AZStrCopy(kept.c_str(), name_.get(), kNameSize - 1);
+  if (name_ == nullptr) name_.reset(new (std::nothrow) char[kNameSize]);
+  if (name_ != nullptr) AZStrCopy(kept, name_.get(), kNameSize - 1);
 }
 
 char const *CallCard::GetKey() const {

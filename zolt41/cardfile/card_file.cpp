@@ -16,6 +16,7 @@
 #include "zolt41/interchange/card_text_load.h"
 #include "zolt41/platform/system/file_replacement.h"
 #include "zolt41/platform/system/last_failure.h"
+#include "zolt41/platform/system/with_memory.h"
 
 namespace {
 
@@ -83,7 +84,11 @@ void CallCard::Load() {
   Head head{};
   Content const content = ReadHead(file, &head);
   if (content == Content::text) return LoadText(file);
-  if (content == Content::card) LoadBinary(file, head.data());
+  bool const taken = content != Content::card || zolt::WithMemory(false, [&] {
+                       LoadBinary(file, head.data());
+                       return true;
+                     });
+  if (!taken) LeaveUnread(zolt::Failure::full);
   AFS_CloseFile(file);
   if (content == Content::unread) LeaveUnread(zolt::Failure::io);
 }

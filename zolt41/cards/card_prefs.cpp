@@ -120,11 +120,21 @@ char *TYUserPrefs::GetPropData(uint32_t section, char const *name, uint32_t *siz
   return value;
 }
 
-// The slot then leads to a block of its own; false, with it as it was, without memory.
-bool TYUserPrefs::PutOutside(char *slot, char const *data, uint32_t size) {
+// A copy to be led to, and room to keep it in and to give it up again; null without memory.
+char *TYUserPrefs::NewOutside(char const *data, uint32_t size) {
+  try {
+    if (outside_.size() == outside_.capacity()) outside_.reserve(2 * outside_.size() + 1);
+    freeOutside_.reserve(outside_.capacity());
+  } catch (std::bad_alloc const &) {
+    return nullptr;
+  }
   char *const block = NewMem(size);
-  if (block == nullptr) return false;
-  std::memcpy(block, data, size);
+  if (block != nullptr) std::memcpy(block, data, size);
+  return block;
+}
+
+// Takes no memory.
+void TYUserPrefs::LeadOutside(char *slot, char *block) {
   auto number = static_cast<uint32_t>(outside_.size());
   if (freeOutside_.empty()) {
     outside_.push_back(block);
@@ -135,7 +145,6 @@ bool TYUserPrefs::PutOutside(char *slot, char const *data, uint32_t size) {
   }
   StoreLittle32(zolt::kSizeOutside, slot + zolt::kSlotValueSize);
   StoreLittle32(number, slot + zolt::kSlotValueOffset);
-  return true;
 }
 
 void TYUserPrefs::DropOutside(char const *slot) {
@@ -150,19 +159,23 @@ void TYUserPrefs::DropOutside(char const *slot) {
 void TYUserPrefs::SetPropData(uint32_t section, char const *name, char const *data, uint32_t size) {
   uint32_t position = 0;
   bool const isNew = FindPos(section, name, &position) == 0;
-  if (isNew && !AddPropSlot(section, name, position)) return;
+  uint32_t const present = isNew ? 0 : LoadLittle32(SlotAt(position) + zolt::kSlotValueSize);
+  char *const block =
+      present != zolt::kSizeOutside && size > present ? NewOutside(data, size) : nullptr;
+  if (present != zolt::kSizeOutside && size > present && block == nullptr) return;
+  if (isNew && !AddPropSlot(section, name, position)) return _DisposeMem(block);
   char *const slot = SlotAt(position);
-  uint32_t const present = LoadLittle32(slot + zolt::kSlotValueSize);
-  if (present == zolt::kSizeOutside) {
-    char *&block = outside_[LoadLittle32(slot + zolt::kSlotValueOffset)];
-    if (SetMemSize(&block, size) != 0) return;
-    std::memcpy(block, data, size);
-  } else if (size <= present) {
+  if (block != nullptr) {
+    LeadOutside(slot, block);
+  } else if (present == zolt::kSizeOutside) {
+    char *&own = outside_[LoadLittle32(slot + zolt::kSlotValueOffset)];
+    if (SetMemSize(&own, size) != 0) return;
+    std::memcpy(own, data, size);
+  } else if (size != 0) {
     std::memcpy(pool_ + LoadLittle32(slot + zolt::kSlotValueOffset), data, size);
     StoreLittle32(size, slot + zolt::kSlotValueSize);
-  } else if (!PutOutside(slot, data, size)) {
-    if (isNew) Remove(section, slot + zolt::kSlotName);
-    return;
+  } else {
+    StoreLittle32(0, slot + zolt::kSlotValueSize);
   }
   SetModified(1);
 }

@@ -72,7 +72,8 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
   ZOLT_HIDDEN bool TakeTable(char const *data, uint32_t size);
   ZOLT_HIDDEN void CheckTable(uint32_t poolSize);
   ZOLT_HIDDEN void SortTable();
-  ZOLT_HIDDEN bool PutOutside(char *slot, char const *data, uint32_t size);
+  ZOLT_HIDDEN char *NewOutside(char const *data, uint32_t size);
+  ZOLT_HIDDEN void LeadOutside(char *slot, char *block);
   ZOLT_HIDDEN void DropOutside(char const *slot);
 
   char *slots_ = nullptr;  // a memory block with head and table

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,7 @@
 #include "zolt41/foundation/u_convert.h"
 #include "zolt41/foundation/u_string.h"
 #include "zolt41/platform/system/ascii_case.h"
+#include "zolt41/platform/system/with_memory.h"
 
 namespace {
 
@@ -111,20 +113,22 @@ void PCardStorage::GetStrProp(char const *name, uint32_t requiredFlags, uint32_t
 
 void PCardStorage::SetStrProp(char const *name, uint32_t requiredFlags, uint32_t preferredFlags,
                               char const *value) {
+  // The name may lie in the list, which moves.
+  auto const kept = zolt::WithMemory(std::optional<std::string>(), [name] {
+    return std::optional<std::string>(name == nullptr ? "" : name);
+  });
   char const *const text = value == nullptr ? "" : value;
-  char *const block = NewMem(static_cast<uint32_t>(4 * AZStrLen(text) + 4));
+  char *const block = kept ? NewMem(static_cast<uint32_t>(4 * AZStrLen(text) + 4)) : nullptr;
   if (block == nullptr) return;
   auto *const wide = reinterpret_cast<char16_t *>(block);
   LZ2UZStrCopy(text, wide, 0);
-  // The name may lie in the list, which moves.
-  std::string const kept = name == nullptr ? "" : name;
   uint32_t olds = PropCount();
   // The new one first, so that without memory for it the old ones stay.
   bool const fails =
-      *text != '\0' && AddProp(kept.c_str(), PropertyUnicode, requiredFlags | preferredFlags, block,
-                               UZStrStructSize(wide)) == kNone;
+      *text != '\0' && AddProp(kept->c_str(), PropertyUnicode, requiredFlags | preferredFlags,
+                               block, UZStrStructSize(wide)) == kNone;
   while (!fails) {
-    uint32_t const old = FindProp(kept.c_str(), requiredFlags, 0, 0, nullptr);
+    uint32_t const old = FindProp(kept->c_str(), requiredFlags, 0, 0, nullptr);
     if (old >= olds || DeleteProp(old) == 0) break;
     olds--;
   }

@@ -10,6 +10,7 @@
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/endian.h"
 #include "zolt41/foundation/mem_block.h"
+#include "zolt41/platform/system/with_memory.h"
 
 using zolt::LoadLittle32;
 using zolt::StoreLittle32;
@@ -227,12 +228,14 @@ bool PCardStorage::Resize(uint32_t index, uint64_t newSize) {
 
 uint32_t PCardStorage::AddProp(char const *name, uint32_t type, uint32_t flags, char const *value,
                                int32_t length) {
-  NewProperty const property(name, value, length, list_);
-  uint32_t const count = PropCount();
-  if (!property.good() || !Resize(count, property.Size())) return kNone;
-  StoreLittle32(count + 1, list_);
-  property.Write(type, flags, RecordAt(count).start);
-  return count;
+  return zolt::WithMemory(kNone, [&] {
+    NewProperty const property(name, value, length, list_);
+    uint32_t const count = PropCount();
+    if (!property.good() || !Resize(count, property.Size())) return kNone;
+    StoreLittle32(count + 1, list_);
+    property.Write(type, flags, RecordAt(count).start);
+    return count;
+  });
 }
 
 char *PCardStorage::GetPropA(uint32_t index, uint32_t *length, uint32_t *type, uint32_t *flags,
@@ -249,10 +252,12 @@ char *PCardStorage::GetPropA(uint32_t index, uint32_t *length, uint32_t *type, u
 int32_t PCardStorage::SetPropA(uint32_t index, char const *name, uint32_t type, uint32_t flags,
                                char const *value, int32_t length) {
   if (index >= PropCount()) return 0;
-  NewProperty const property(name, value, length, list_);
-  if (!property.good() || !Resize(index, property.Size())) return 0;
-  property.Write(type, flags, RecordAt(index).start);
-  return 1;
+  return zolt::WithMemory(0, [&] {
+    NewProperty const property(name, value, length, list_);
+    if (!property.good() || !Resize(index, property.Size())) return 0;
+    property.Write(type, flags, RecordAt(index).start);
+    return 1;
+  });
 }
 
 int32_t PCardStorage::DeleteProp(uint32_t index) {

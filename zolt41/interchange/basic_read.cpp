@@ -1,10 +1,12 @@
 #include "zolt41/interchange/basic_read.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/foundation/afs_results.h"
+#include "zolt41/platform/system/last_failure.h"
 
 FBasicRead::~FBasicRead() = default;
 
@@ -41,7 +43,13 @@ FFileRead::FFileRead(uint32_t file) {
 }
 
 void FFileRead::Begin() {
-  buffer_ = new char[kBlock];
+  buffer_ = new (std::nothrow) char[kBlock];
+  if (buffer_ == nullptr) {
+    AFS_CloseFile(std::exchange(file_, 0));
+    zolt::SetFailure(zolt::Failure::full, "");
+    failed_ = true;
+    return;
+  }
   size_ = kBlock;
   FFileRead::Fill(file_, &size_, buffer_);
 }

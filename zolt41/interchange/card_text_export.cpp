@@ -17,6 +17,7 @@
 #include "zolt41/interchange/scratch_file.h"
 #include "zolt41/platform/system/file_replacement.h"
 #include "zolt41/platform/system/global_block.h"
+#include "zolt41/platform/system/with_memory.h"
 #include "zolt41/prefs/stores.h"
 
 namespace {
@@ -158,37 +159,43 @@ std::string CardText(PCardStorage *card) {
 }  // namespace
 
 int32_t ExportCard(PCardStorage *card, char const *path) {
-  std::string const text = CardText(card);
-  if (text.size() > std::numeric_limits<int32_t>::max()) return -1;
-  zolt::FileReplacement file(path);
-  file.Write(text);
-  return file.Commit() ? static_cast<int32_t>(text.size()) : -1;
+  return zolt::WithMemory(-1, [&] {
+    std::string const text = CardText(card);
+    if (text.size() > std::numeric_limits<int32_t>::max()) return -1;
+    zolt::FileReplacement file(path);
+    file.Write(text);
+    return file.Commit() ? static_cast<int32_t>(text.size()) : -1;
+  });
 }
 
 void *ExportCard(PCardStorage *card, uint32_t *size) {
   *size = 0;
-  std::string const text = CardText(card);
-  if (text.size() > std::numeric_limits<uint32_t>::max()) return nullptr;
-  void *const block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, text.size());
-  if (block == nullptr) return nullptr;
-  std::memcpy(GlobalLock(block), text.data(), text.size());
-  GlobalUnlock(block);
-  *size = static_cast<uint32_t>(text.size());
-  return block;
+  return zolt::WithMemory<void *>(nullptr, [&]() -> void * {
+    std::string const text = CardText(card);
+    if (text.size() > std::numeric_limits<uint32_t>::max()) return nullptr;
+    void *const block = GlobalAlloc(GMEM_MOVEABLE | GMEM_ZEROINIT, text.size());
+    if (block == nullptr) return nullptr;
+    std::memcpy(GlobalLock(block), text.data(), text.size());
+    GlobalUnlock(block);
+    *size = static_cast<uint32_t>(text.size());
+    return block;
+  });
 }
 
 void *ExportCardData(PCardStorage *card, uint32_t *size) {
   *size = 0;
-  std::string const text = CardText(card);
-  if (text.size() > std::numeric_limits<int32_t>::max()) return nullptr;
-  auto const length = static_cast<uint32_t>(text.size());
-  zolt::ScratchFile scratch(zolt::ScratchFile::Stale::removed);
-  if (!scratch.good() || !scratch.Write(text.data(), length)) return nullptr;
-  void *const block = GlobalAlloc(GMEM_MOVEABLE, length);
-  if (block == nullptr) return nullptr;
-  bool const read = scratch.Read(GlobalLock(block), length);
-  GlobalUnlock(block);
-  if (!read) return GlobalFree(block);
-  *size = length;
-  return block;
+  return zolt::WithMemory<void *>(nullptr, [&]() -> void * {
+    std::string const text = CardText(card);
+    if (text.size() > std::numeric_limits<int32_t>::max()) return nullptr;
+    auto const length = static_cast<uint32_t>(text.size());
+    zolt::ScratchFile scratch(zolt::ScratchFile::Stale::removed);
+    if (!scratch.good() || !scratch.Write(text.data(), length)) return nullptr;
+    void *const block = GlobalAlloc(GMEM_MOVEABLE, length);
+    if (block == nullptr) return nullptr;
+    bool const read = scratch.Read(GlobalLock(block), length);
+    GlobalUnlock(block);
+    if (!read) return GlobalFree(block);
+    *size = length;
+    return block;
+  });
 }

@@ -15,6 +15,7 @@
 #include "zolt41/interchange/property_additions.h"
 #include "zolt41/interchange/scratch_file.h"
 #include "zolt41/platform/system/global_block.h"
+#include "zolt41/platform/system/with_memory.h"
 #include "zolt41/prefs/stores.h"
 
 namespace {
@@ -131,9 +132,11 @@ void CardTextImport::PutPreferences() {
   card_->Recalculate();
 }
 
-int32_t Import(PCardStorage *card, FBasicRead *reader, HeadLines headLines) {
+// Without memory for it `failed`.
+int32_t Import(PCardStorage *card, FBasicRead *reader, HeadLines headLines, int32_t failed = 0) {
   if (reader->AtEnd() != 0) return 0;
-  return CardTextImport(card, reader, headLines).Run();
+  return zolt::WithMemory(failed,
+                          [&] { return int32_t{CardTextImport(card, reader, headLines).Run()}; });
 }
 
 }  // namespace
@@ -142,7 +145,7 @@ namespace zolt {
 
 int32_t LoadCardText(PCardStorage *card, uint32_t file) {
   FFileRead reader(file);
-  int32_t const imported = Import(card, &reader, HeadLines::droppedIfRepeated);
+  int32_t const imported = Import(card, &reader, HeadLines::droppedIfRepeated, kCardTextUnread);
   return reader.failed() ? kCardTextUnread : imported;
 }
 
@@ -153,9 +156,11 @@ int32_t ImportCard(PCardStorage *card, FBasicRead &reader) {
 }
 
 int32_t ImportCard(PCardStorage *card, char const *path) {
-  FFileRead reader(path);
-  int32_t const imported = ImportCard(card, reader);
-  return reader.failed() ? 0 : imported;
+  return zolt::WithMemory(0, [&] {
+    FFileRead reader(path);
+    int32_t const imported = ImportCard(card, reader);
+    return reader.failed() ? 0 : imported;
+  });
 }
 
 int32_t ImportCard(PCardStorage *card, void const *data, int32_t size) {
@@ -164,11 +169,13 @@ int32_t ImportCard(PCardStorage *card, void const *data, int32_t size) {
 }
 
 int32_t ImportCardData(PCardStorage *card, void *handle, uint32_t size) {
-  zolt::ScratchFile scratch(zolt::ScratchFile::Stale::refused);
-  if (!scratch.good()) return 0;
-  uint64_t const known = std::min<uint64_t>(size, GlobalSize(handle));
-  bool const written = scratch.Write(GlobalLock(handle), static_cast<uint32_t>(known));
-  GlobalUnlock(handle);
-  scratch.Close();
-  return written ? ImportCard(card, scratch.path()) : 0;
+  return zolt::WithMemory(0, [&] {
+    zolt::ScratchFile scratch(zolt::ScratchFile::Stale::refused);
+    if (!scratch.good()) return 0;
+    uint64_t const known = std::min<uint64_t>(size, GlobalSize(handle));
+    bool const written = scratch.Write(GlobalLock(handle), static_cast<uint32_t>(known));
+    GlobalUnlock(handle);
+    scratch.Close();
+    return written ? ImportCard(card, scratch.path()) : 0;
+  });
 }

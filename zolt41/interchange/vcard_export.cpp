@@ -5,6 +5,7 @@
 #include "zolt41/interchange/vcard_classic.h"
 #include "zolt41/interchange/vcard_profile.h"
 #include "zolt41/platform/system/file_replacement.h"
+#include "zolt41/platform/system/with_memory.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ int32_t WriteWhole(char const *path, std::string const &text) {
 }  // namespace
 
 int32_t ExportVCard(PCardStorage *card, char const *path) {
-  return WriteWhole(path, zolt::ClassicVCard(card));
+  return zolt::WithMemory(0, [&] { return WriteWhole(path, zolt::ClassicVCard(card)); });
 }
 
 int32_t ExportVCardAs(PCardStorage *card, char const *path, VCardProfile profile, char const *key) {
@@ -26,7 +27,8 @@ int32_t ExportVCardAs(PCardStorage *card, char const *path, VCardProfile profile
       return ExportVCard(card, path);
     case VCard3:
     case VCard4:
-      return WriteWhole(path, zolt::ModernVCard(card, profile, key));
+      return zolt::WithMemory(
+          0, [&] { return WriteWhole(path, zolt::ModernVCard(card, profile, key)); });
   }
   return 0;
 }

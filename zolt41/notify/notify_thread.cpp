@@ -1,7 +1,5 @@
 #include "zolt41/notify/notify_thread.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <climits>
 #include <mutex>
@@ -279,12 +277,9 @@ void StopNotificationThread() {
 }
 
 bool HearAll(uint32_t thread) {
-  // The calling thread is the client's: it must not be ended in the middle.
-  int state = 0;
-  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &state);
+  NotCancelled const whole;
   bool heard = false;
   while (HearOne(&TheNotifier(), thread)) heard = true;
-  pthread_setcancelstate(state, nullptr);
   return heard;
 }
 

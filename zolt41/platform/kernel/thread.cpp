@@ -54,6 +54,14 @@ uint32_t ThisProcess() {
   return static_cast<uint32_t>(getpid());
 }
 
+NotCancelled::NotCancelled() {
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
+}
+
+NotCancelled::~NotCancelled() {
+  pthread_setcancelstate(before_, nullptr);
+}
+
 uint32_t ThisThread() {
   return static_cast<uint32_t>(gettid());
 }

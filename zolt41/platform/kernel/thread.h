@@ -21,6 +21,18 @@ class Thread {
 
 // The system's numbers, which are given out again.
 uint32_t ThisProcess();
+
+// As long as it lives the calling thread, which may be a client's, is not ended by pthread_cancel.
+class NotCancelled {
+ public:
+  NotCancelled();
+  ~NotCancelled();
+  NotCancelled(NotCancelled const &) = delete;
+  NotCancelled &operator=(NotCancelled const &) = delete;
+
+ private:
+  int before_ = 0;
+};
 uint32_t ThisThread();
 bool ThreadLives(uint32_t thread);
 

@@ -15,6 +15,7 @@
 #include "zolt41/platform/system/file_calls.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/system_path.h"
+#include "zolt41/platform/system/with_memory.h"
 
 namespace {
 
@@ -217,10 +218,17 @@ uint32_t CreateFileA(char const *name, uint32_t access, uint32_t share, void *,
                      uint32_t disposition, uint32_t, uint32_t) {
   zolt::ClearFailure();
   if (name == nullptr) return INVALID_HANDLE_VALUE;
-  std::string const path = zolt::SystemPath(name);
-  int const more = disposition == CREATE_NEW ? O_CREAT | O_EXCL : 0;
-  int const descriptor = OpenLocked(path, access, share, more);
-  return descriptor < 0 ? INVALID_HANDLE_VALUE : TheHandles().Add(descriptor);
+  return zolt::WithMemory(INVALID_HANDLE_VALUE, [&] {
+    std::string const path = zolt::SystemPath(name);
+    int const more = disposition == CREATE_NEW ? O_CREAT | O_EXCL : 0;
+    int const descriptor = OpenLocked(path, access, share, more);
+    if (descriptor < 0) return INVALID_HANDLE_VALUE;
+    uint32_t const file =
+        zolt::WithMemory(INVALID_HANDLE_VALUE, [&] { return TheHandles().Add(descriptor); });
+    // Else it would stay locked.
+    if (file == INVALID_HANDLE_VALUE) CloseUnlocked(descriptor);
+    return file;
+  });
 }
 
 int32_t CloseHandle(uint32_t file) {

@@ -11,11 +11,14 @@
 #include <charconv>
 #include <climits>
 #include <cstdlib>
+#include <memory>
+#include <new>
 
 #include "zolt41/platform/system/file.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/replaced_file.h"
 #include "zolt41/platform/system/system_path.h"
+#include "zolt41/platform/system/with_memory.h"
 
 namespace zolt {
 namespace {
@@ -52,30 +55,31 @@ bool IsAlive(std::string_view process) {
 void RemoveRemains(std::string const &path) {
   std::string const directory = DirectoryOf(path);
   std::string const prefix = NameOf(HiddenBeside(path, kMark, kNumbers));
-  DIR *const entries = opendir(directory.c_str());
+  std::unique_ptr<DIR, int (*)(DIR *)> const entries(opendir(directory.c_str()), closedir);
   if (entries == nullptr) return;
-  while (dirent const *const entry = readdir(entries)) {
+  while (dirent const *const entry = readdir(entries.get())) {
     std::string_view const name = entry->d_name;
     if (!name.starts_with(prefix) || IsAlive(name.substr(prefix.size()))) continue;
     unlink((directory + std::string(name)).c_str());
   }
-  closedir(entries);
 }
 
 }  // namespace
 
 FileReplacement::FileReplacement(char const *name) {
   ClearFailure();
-  if (name == nullptr || *name == '\0') {
-    Fail(ENOENT);
-    return;
-  }
+  // What was opened until then is closed by the destructor, which one that throws would not call.
+  good_ = WithMemory(false, [&] {
+    Open(name);
+    return good_;
+  });
+}
+
+void FileReplacement::Open(char const *name) {
+  if (name == nullptr || *name == '\0') return Fail(ENOENT);
   path_ = SystemPath(name);
   path_ = Resolved(path_);
-  if (path_.empty()) {
-    Fail(errno);
-    return;
-  }
+  if (path_.empty()) return Fail(errno);
   OpenTarget();
 }
 
@@ -172,7 +176,11 @@ bool FileReplacement::Rename() {
     return false;
   }
   beside_.clear();
-  SyncDirectoryOf(path_);
+  try {
+    SyncDirectoryOf(path_);
+  } catch (std::bad_alloc const &) {
+    // It is in its place; a power cut may undo that for some seconds.
+  }
   return true;
 }
 

@@ -36,6 +36,7 @@ class FileReplacement {
   bool Commit();
 
  private:
+  void Open(char const *name);
   void OpenTarget();
   void OpenBeside();
   bool OpenBesideLike(struct stat const &old);
