@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
+#include <map>
 #include <set>
 #include <string>
 #include <string_view>
@@ -15,17 +17,29 @@
 #include "zolt41/interchange/card_text_import.h"
 #include "zolt41/interchange/card_text_reader.h"
 #include "zolt41/interchange/legacy_names.h"
-#include "zolt41/platform/system/ascii_case.h"
+#include "zolt41/interchange/property_view.h"
 #include "zolt41/prefs/stores.h"
 
 namespace zolt {
 namespace {
 
-// The two lines before the first section.
-constexpr uint32_t kHeadLines = 2;
+// One of the two lines before the first section.
+struct HeadLine {
+  char const *property;
+  std::string_view absent;
+  char const *whatIsLost;
+};
+
+constexpr HeadLine kHeadLines[] = {
+    {kAddressProperty, kNoAddress, "the address in it is not kept as it stands"},
+    {kConferenceProperty, kNoConference, "the conference id in it is not kept as it stands"}};
 
 bool EndsSearch(char byte) {
   return static_cast<unsigned char>(byte) < '\n';
+}
+
+bool EndsAddress(char byte) {
+  return static_cast<signed char>(byte) < ' ';
 }
 
 bool EndsValue(char byte) {
@@ -74,6 +88,24 @@ std::string RestOf(FBasicRead *reader) {
   return rest;
 }
 
+struct Precedes {
+  bool operator()(std::string const &a, std::string const &b) const {
+    return AZStrCompare(a.c_str(), b.c_str()) < 0;
+  }
+};
+
+// Whether the card says the same, or more than a head line has room for.
+bool Holds(PCardStorage *card, char const *name, std::string_view line) {
+  for (uint32_t i = 0; i < card->PropCount(); i++) {
+    PropertyView const property = PropertyAt(card, i);
+    if (AZStrEqual(property.name, name) == 0 || !IsString(property.type)) continue;
+    std::string const text = LocalText(property);
+    std::string_view const shown = std::string_view(text).substr(0, kHeadValueSize);
+    if (text == line || shown.substr(0, shown.find_first_of("\r\n")) == line) return true;
+  }
+  return false;
+}
+
 // Whether the first two lines lead a reader on to a section.
 bool HasSections(std::string_view text) {
   FMemoryRead reader(text.data(), static_cast<int32_t>(text.size()));
@@ -96,15 +128,17 @@ class CardTextCheck {
 
   bool NextLine();
   void Tell(char const *what, bool lost);
+  void TakeHeadLine(PCardStorage *card);
   void TakeLine();
   void TakeSection();
   void TakeProperty();
   void CheckValue(PropertyHead const &head, CardValue kind, std::string const &rest);
-  void CheckName(PropertyHead const &head, bool isText);
+  void CheckReplaced(PropertyHead const &head, bool isText, bool isEmpty);
   void TakePreference();
   void EndSection(char const *why);
   void End(char const *why);
   bool IsKnown(std::string const &section) const;
+  bool IsRepeated(std::string const &name);
 
   std::string_view text_;  // what is left of it
   void (*tell_)(void *, CardTextFinding const &);
@@ -119,7 +153,11 @@ class CardTextCheck {
   bool hasSections_ = false;
   bool knowsSection_ = true;
   Place place_ = Place::between;
-  std::set<std::string> names_;  // with their flags, of properties
+  std::string section_;
+  int32_t sectionId_ = 0;
+  // The flags of the properties of each name that are there by now.
+  std::map<std::string, std::set<uint32_t>, Precedes> properties_;
+  std::map<uint32_t, std::set<std::string, Precedes>> preferences_;  // by section
 };
 
 bool CardTextCheck::NextLine() {
@@ -152,14 +190,23 @@ void CardTextCheck::End(char const *why) {
 bool CardTextCheck::Run() {
   std::string_view const whole = text_;
   if (whole.find('\0') != whole.npos || !HasSections(whole)) return false;
-  while (!ended_ && NextLine()) {
-    if (number_ > kHeadLines) TakeLine();
-  }
-  if (!hasCard_) return false;
   PCardStorage card;
   bool const read = ImportCard(&card, whole.data(), static_cast<int32_t>(whole.size())) != 0;
+  while (!ended_ && NextLine()) {
+    number_ > std::size(kHeadLines) ? TakeLine() : TakeHeadLine(&card);
+  }
+  if (!hasCard_) return false;
   if (!read && !told_) Tell("the text is not read", true);
   return true;
+}
+
+void CardTextCheck::TakeHeadLine(PCardStorage *card) {
+  if (number_ == 1 && std::ranges::any_of(line_, EndsAddress)) {
+    return Tell("the address ends within it; the rest is taken for the conference id", true);
+  }
+  HeadLine const &head = kHeadLines[number_ - 1];
+  if (line_.empty() || line_ == head.absent || Holds(card, head.property, line_)) return;
+  Tell(head.whatIsLost, true);
 }
 
 void CardTextCheck::TakeLine() {
@@ -196,6 +243,9 @@ void CardTextCheck::TakeSection() {
   hasSections_ = true;
   toldOfGap_ = false;
   knowsSection_ = isCard || IsKnown(name);
+  section_ = name;
+  WinPrefs *const store = GetSystemPrefs();
+  sectionId_ = store == nullptr ? 0 : store->SectionID(name.c_str(), 0);
 }
 
 // Values of sections without a name stand right below "[Preferences]".
@@ -218,7 +268,8 @@ void CardTextCheck::TakeProperty() {
     return End("bytes do not begin with <; nothing of the text is read");
   }
   CheckValue(head, kind, RestOf(&reader));
-  CheckName(head, kind == CardValue::text);
+  if (kind == CardValue::unfit) return;
+  CheckReplaced(head, kind == CardValue::text, value.empty() || value.front() == '\0');
 }
 
 void CardTextCheck::CheckValue(PropertyHead const &head, CardValue kind, std::string const &rest) {
@@ -230,17 +281,34 @@ void CardTextCheck::CheckValue(PropertyHead const &head, CardValue kind, std::st
     Tell("holds a byte at which it ends; what is behind it is not read", true);
   } else if (!isHex && HasBrokenEscape(parts.value)) {
     Tell("an escape in it is damaged", true);
+  } else if (!isHex && parts.value.find("=00") != parts.value.npos) {
+    Tell("an escape in it stands for a NUL; what is behind it is not read", true);
   } else if (!hasEnd_) {
     Tell("has no line end: it may be cut", false);
   }
   if (HasUnknownFlag(parts.flags)) Tell("has a flag of no known name", true);
 }
 
-void CardTextCheck::CheckName(PropertyHead const &head, bool isText) {
-  std::string key = head.name + '=' + std::to_string(head.flags);
-  std::ranges::transform(key, key.begin(), FoldAscii);
-  bool const isNew = names_.insert(std::move(key)).second;
-  if (isText && !isNew) Tell("takes the place of the one of its name and flags before it", true);
+// Text takes the place of all that have its flags, whatever their type; bytes stand beside them.
+void CardTextCheck::CheckReplaced(PropertyHead const &head, bool isText, bool isEmpty) {
+  std::set<uint32_t> &there = properties_[head.name];
+  bool const replaces = isText && std::erase_if(there, [&head](uint32_t flags) {
+                                    return (flags & head.flags) == head.flags;
+                                  }) > 0;
+  if (replaces) Tell("takes the place of one of its name before it that has all its flags", true);
+  if (!isText || !isEmpty) {
+    there.insert(head.flags);
+  } else if (!replaces && LineParts(line_).value.empty()) {
+    Tell("is empty, and makes no property", true);
+  }
+}
+
+// Whether one before it, also under an old name, is the same preference.
+bool CardTextCheck::IsRepeated(std::string const &name) {
+  LegacyName const *const legacy = FindLegacyName(name.c_str(), section_.c_str());
+  if (legacy != nullptr) return !preferences_[legacy->newSection].insert(legacy->newName).second;
+  if (GetSystemPrefs() == nullptr) return false;
+  return !preferences_[static_cast<uint32_t>(sectionId_)].insert(name).second;
 }
 
 void CardTextCheck::TakePreference() {
@@ -253,6 +321,7 @@ void CardTextCheck::TakePreference() {
   if (!hasEnd_) return End("has no line end, without which no preference of the text is read");
   if (!knowsSection_) Tell("stands in a section of no known name", false);
   knowsSection_ = true;
+  if (IsRepeated(name)) Tell("takes the place of the preference of its name before it", true);
   size_t const room = line_.size() - name.size() - 1;
   if (name.size() >= kSlotNameSize) Tell("its name is cut to 31 bytes", true);
   if (ReadPreference(&reader).size() < room) Tell("only a part of its value is read", true);
