@@ -99,6 +99,22 @@ TEST_F(CardTest, OneIsAddedBesideThoseOfItsName) {
   });
 }
 
+TEST_F(CardTest, WhatTextCannotHoldNeedsAYes) {
+  CallCard card(CardFormatBinary);
+  card.AddProp("FN", PropertyUnicode | 5, 0, "A\0\0", 4);
+  card.SaveCardAs(CardFormatBinary, Path("type").c_str());
+  Expect({
+      {"card convert " + Path("type") + " " + Path("t") + " --to text", 2, "", ""},
+      {"-y card convert " + Path("type") + " " + Path("t") + " --to text", 0, "", ""},
+      {"card set " + Path("t") + " NOTE x --flags 0x20000", 2, "", ""},
+      {"card set " + Path("t") + " X-BRNDL-CONFID 22-Elm X-BRNDL-IP 10.0.0.1", 0, "",
+       "X-BRNDL-CONFID: unset -> 22-Elm\nX-BRNDL-IP: unset -> 10.0.0.1\n"},
+      {"card check " + Path("t"), 0, "", "zolt: " + Path("t") + ": sound\n"},
+  });
+  Card({"set", Path("t"), "X-BRNDL-IP", "10.0.0.1\tgone"}, 2);
+  EXPECT_NE(error_.find("loses X-BRNDL-IP"), std::string::npos) << error_;
+}
+
 TEST_F(CardTest, PreferencesOfACard) {
   std::string const card = New();
   Card({"prefs", card, "set", "Audio", "Volume", "0x28", "-t", "num"});

@@ -14,6 +14,7 @@ namespace zolt::tool {
 namespace {
 
 constexpr size_t kMostNamed = 5;
+constexpr uint32_t kFirstSectionLine = 4;
 
 std::string TextOf(CallCard *card) {
   uint32_t size = 0;
@@ -30,27 +31,10 @@ std::string Wide(std::string const &local) {
   return {reinterpret_cast<char const *>(wide.data()), 2 * wide.size()};
 }
 
-uint32_t NamedFlags(uint32_t flags) {
-  for (size_t bit = 0; bit < kPropertyFlagNames.size(); bit++) {
-    if (kPropertyFlagNames[bit].empty()) flags &= ~(1U << bit);
-  }
-  return flags;
-}
-
-// As it should come back, in one string.
 std::string Returning(CardProperty const &property) {
-  uint32_t type = property.type;
-  std::string value = property.value;
-  if (IsUnicode(type)) {
-    type = PropertyUnicode;
-  } else if (TextOfProperty(property)) {
-    type = PropertyUnicode;
-    value = Wide(value.substr(0, value.find('\0')));
-  } else if (type >= kPropertyTypeNames.size()) {
-    type = PropertyData;
-  }
-  return property.name + '\0' + TypeText(type) + '\0' + std::to_string(NamedFlags(property.flags)) +
-         '\0' + value;
+  CardProperty const back = AsFromText(property);
+  return back.name + '\0' + std::to_string(back.type) + '\0' + std::to_string(back.flags) + '\0' +
+         back.value;
 }
 
 std::string Returning(CardPreference const &preference) {
@@ -88,7 +72,28 @@ void AddLost(std::vector<Item> const &before, std::vector<Item> const &after,
   }
 }
 
+// Whether the lines above the sections would be read as something else.
+bool HasBrokenHead(std::string const &text) {
+  bool broken = false;
+  auto const tell = [](void *context, CardTextFinding const &finding) {
+    if (finding.line < kFirstSectionLine) *static_cast<bool *>(context) = true;
+  };
+  CheckCardText(text.data(), static_cast<int32_t>(text.size()), tell, &broken);
+  return broken;
+}
+
 }  // namespace
+
+CardProperty AsFromText(CardProperty property) {
+  if (IsUnicode(property.type)) return property;
+  if (TextOfProperty(property)) {
+    property.type = PropertyUnicode;
+    property.value = Wide(property.value.substr(0, property.value.find('\0')));
+  } else if (property.type >= kPropertyTypeNames.size()) {
+    property.type = PropertyData;
+  }
+  return property;
+}
 
 std::vector<std::string> LostInText(CallCard *card) {
   card->SavePrefs();
@@ -98,6 +103,7 @@ std::vector<std::string> LostInText(CallCard *card) {
   std::vector<std::string> lost;
   AddLost(PropertiesOf(card), PropertiesOf(&back), &lost);
   AddLost(PreferencesOf(card), PreferencesOf(&back), &lost);
+  if (lost.empty() && HasBrokenHead(text)) lost.emplace_back(kAddressProperty);
   return lost;
 }
 
