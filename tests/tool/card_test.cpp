@@ -99,6 +99,25 @@ TEST_F(CardTest, OneIsAddedBesideThoseOfItsName) {
   });
 }
 
+TEST_F(CardTest, CardTextTellsNotOfWhichTypeATextIs) {
+  std::string const card = New();
+  std::string const text = Path("t");
+  Expect({
+      {"card set " + card + " TEL 5 --type ascii", 0, "", "TEL: unset -> 5\n"},
+      {"card convert " + card + " " + text + " --to text", 0, "", ""},
+      {"card diff " + card + " " + text, 0, "", ""},
+      {"card set " + text + " TEL 5 --type ascii", 0, "", "TEL: unchanged\n"},
+      {"card set " + text + " TEL --add 5 --type url", 0, "", "TEL: unchanged\n"},
+      {"card set " + text + " TEL 6 --type ascii", 0, "", "TEL: 5 -> 6\n"},
+      {"card set " + text + " TEL 6 --type ascii", 0, "", "TEL: unchanged\n"},
+      {"card set " + card + " TEL 5 --type url", 0, "", "TEL: 5 -> 5\n"},
+      {"card diff " + card + " " + text, 1, "modified\tTEL\t\t5\t6\n", ""},
+      {"card set " + card + " TEL 0x35 --type data", 0, "", "TEL: 5 -> 0x35\n"},
+      {"card set " + text + " TEL 0x35", 0, "", "TEL: 6 -> 0x35\n"},
+      {"card diff " + card + " " + text, 1, "modified\tTEL\t\t0x35\t0x35\n", ""},
+  });
+}
+
 TEST_F(CardTest, WhatTextCannotHoldNeedsAYes) {
   CallCard card(CardFormatBinary);
   card.AddProp("FN", PropertyUnicode | 5, 0, "A\0\0", 4);

@@ -30,6 +30,13 @@ auto FindLike(std::vector<CardProperty> &rest, CardProperty const &property) {
   });
 }
 
+// The type of text is that of the form in which the card is.
+bool SaysTheSame(CardProperty const &a, CardProperty const &b) {
+  if (a == b) return true;
+  std::optional<std::string> const text = TextOfProperty(a);
+  return a.name == b.name && a.flags == b.flags && text && text == TextOfProperty(b);
+}
+
 }  // namespace
 
 std::string LabelOf(CardProperty const &property) {
@@ -47,7 +54,8 @@ std::vector<CardChange> DifferenceOf(std::vector<CardProperty> const &from,
   std::vector<CardProperty> added = to;
   std::vector<CardProperty> gone;
   for (CardProperty const &property : from) {
-    auto const same = std::ranges::find(added, property);
+    auto const same = std::ranges::find_if(
+        added, [&property](CardProperty const &other) { return SaysTheSame(property, other); });
     if (same == added.end()) {
       gone.push_back(property);
     } else {

@@ -3,6 +3,7 @@
 
 #include "tools/zolt/card_changes.h"
 #include "tools/zolt/card_source.h"
+#include "tools/zolt/card_text_loss.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/text.h"
 
@@ -53,6 +54,11 @@ void Put(CallCard *card, uint32_t place, CardProperty const &property) {
   if (!put) throw std::bad_alloc();
 }
 
+// Whether it would say the same in the card's file, which as text does not tell all types.
+bool IsSame(CallCard *card, CardProperty const &a, CardProperty const &b) {
+  return card->Format() == CardFormatText ? AsFromText(a) == AsFromText(b) : a == b;
+}
+
 CardChange SetOne(CallCard *card, Call const &call, std::string_view nameOperand,
                   std::string_view valueOperand) {
   std::optional<uint32_t> const flags = FlagsOption(call.arguments);
@@ -64,6 +70,8 @@ CardChange SetOne(CallCard *card, Call const &call, std::string_view nameOperand
   change.after =
       PropertyFrom(call, change.before ? change.before->name : name,
                    flags.value_or(change.before ? change.before->flags : 0), valueOperand);
+  if (change.before && IsSame(card, *change.before, *change.after))
+    return {change.before, change.before};
   Put(card, place, *change.after);
   return change;
 }
@@ -76,7 +84,8 @@ CardChange AddOne(CallCard *card, Call const &call, std::string_view nameOperand
   for (CardProperty const &property : PropertiesOf(card)) {
     CardProperty like = added;
     like.name = property.name;
-    if (SameName(property.name, added.name) && property == like) return {property, property};
+    if (SameName(property.name, added.name) && IsSame(card, property, like))
+      return {property, property};
   }
   Put(card, kNone, added);
   return {{}, added};
