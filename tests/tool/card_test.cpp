@@ -293,6 +293,33 @@ TEST_F(CardTest, DamageIsNamedWithItsPlace) {
   EXPECT_EQ(error_, "zolt: " + home_.path() + ": is no plain file\n");
 }
 
+TEST_F(CardTest, WhatIsLeftOfADamagedCardIsSavedWithAYes) {
+  std::string const lost = Slot("00000000", "n", "02000000 00000000");
+  std::string const some =
+      WithPreferences("01000000 02000000", lost + Slot("00000000", "o", "01000000 00000000"));
+  std::string const none = WithPreferences("01000000 01000000", lost);
+  struct Row {
+    std::string content;
+    int code;
+    std::string left;
+  };
+  for (Row const &row :
+       {Row{"1\n0\n\n[Card Infos]\nA=ASCII::x\nB=DATA::<0\nC=DATA::<01>\n", 0,
+            "X-BRNDL-IP\t1\tUNICODE\nA\tx\tUNICODE\nC\t0x01\tDATA\n"},
+        Row{some, 0, ":\to\n"}, Row{none, 4, ""}, Row{some.substr(0, some.size() - 1), 4, ""},
+        Row{"LN_09", 4, ""}, Row{"notes", 4, ""}}) {
+    WriteContent(Path("bad"), row.content);
+    Card({"convert", Path("bad"), Path("new"), "--to", "card"}, row.code == 0 ? 2 : 4);
+    EXPECT_FALSE(std::filesystem::exists(Path("new")));
+    Card({"-y", "convert", Path("bad"), Path("new"), "--to", "card"}, row.code);
+    if (row.code != 0) continue;
+    EXPECT_EQ(Card({"show", Path("new")}) + Card({"prefs", Path("new"), "list"}), row.left);
+    Card({"check", Path("new")});
+    EXPECT_EQ(ContentOf(Path("bad")), row.content);
+    std::filesystem::remove(Path("new"));
+  }
+}
+
 TEST_F(CardTest, VCardsOfEveryProfile) {
   std::string const card = New();
   Card({"set", card, "FN", "Anna Bell"});

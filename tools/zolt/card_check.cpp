@@ -47,7 +47,8 @@ Verb const kCardCheck = {
         "keeps it from being read whole: 0 if it is sound, 4 if something is lost or it is no "
         "card\n"
         "at all, 1 if it can be read and is not as it should be. A card that is not sound is not\n"
-        "changed by the other commands, and one of which something is lost not read.",
+        "changed by the other commands, and one of which something is lost not read, but for\n"
+        "card convert, which saves what is left.",
     .examples = "  zolt card check anna.card\n",
 };
 

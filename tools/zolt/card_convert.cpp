@@ -21,7 +21,7 @@ int32_t FormatFrom(Arguments const &arguments) {
 int Convert(Call const &call) {
   int32_t const format = FormatFrom(call.arguments);
   std::string const out(call.operands[1]);
-  std::unique_ptr<CallCard> const card = LoadCard(call, call.operands[0]);
+  std::unique_ptr<CallCard> const card = LoadRestOfCard(call, call.operands[0]);
   if (format == CardFormatText) {
     NeedSectionNames(call);
     ConfirmLossInText(card.get(), call.settings);
@@ -45,7 +45,9 @@ Verb const kCardConvert = {
     .description =
         "Writes the card of FILE, in either form, to OUT: as a card file (--to card) or as card\n"
         "text (--to text). To write over a file needs a yes, and so does what text cannot hold;\n"
-        "docs/formats/card_losses.md tells of it.",
+        "docs/formats/card_losses.md tells of it. Of a damaged card what is left is written, "
+        "which\n"
+        "needs a yes, too.",
     .examples =
         "  zolt card convert anna.card --to text anna.txt\n"
         "  zolt card convert anna.txt --to card anna.card\n",

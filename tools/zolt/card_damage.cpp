@@ -166,6 +166,11 @@ bool IsCardFile(std::string_view bytes) {
   return head.size() == kMagic.size() && AZStrCompare(head.c_str(), kMagic.data()) == 0;
 }
 
+bool IsCard(std::string_view bytes) {
+  std::vector<CardDamage> damage;
+  return IsCardFile(bytes) || CheckText(bytes, &damage);
+}
+
 std::vector<CardDamage> DamageOf(std::string_view bytes) {
   if (IsCardFile(bytes)) return CardFileCheck(bytes).Run();
   std::vector<CardDamage> damage;

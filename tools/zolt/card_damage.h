@@ -17,6 +17,9 @@ struct CardDamage {
 // The bytes are of the form with a head, sound or not.
 bool IsCardFile(std::string_view bytes);
 
+// They are a card in either form, whatever its damage.
+bool IsCard(std::string_view bytes);
+
 // Of what a file holds. Nothing for a card that is sound; for what is no card in either form, that
 // it is none. Card text is looked over with the names of sections that the library knows.
 std::vector<CardDamage> DamageOf(std::string_view bytes);

@@ -1,8 +1,12 @@
 #include "tools/zolt/card_source.h"
 
+#include <optional>
+
 #include "tools/zolt/book.h"
 #include "tools/zolt/card_damage.h"
+#include "tools/zolt/card_property.h"
 #include "tools/zolt/card_text_loss.h"
+#include "tools/zolt/confirm.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/input.h"
 #include "tools/zolt/library_session.h"
@@ -23,18 +27,59 @@ std::string PathOf(std::string_view operand) {
   return operand == "-" ? "./-" : std::string(operand);
 }
 
-enum class Need { readable, sound };
+enum class Need { anything, readable, sound };
+
+// The first damage that is in the way; none if there is no such.
+std::optional<ToolError> ErrorOf(std::string const &bytes, std::string const &path, Need need) {
+  for (CardDamage const &damage : DamageOf(bytes)) {
+    if (need != Need::sound && !damage.lost) continue;
+    bool const any = !damage.place.empty();
+    return ToolError(kDamaged, "damaged", any ? path + ":" + damage.place : path, damage.what,
+                     any ? "zolt card check tells all" : "");
+  }
+  return std::nullopt;
+}
+
+class Preferences : public TYUserPrefs {
+ public:
+  explicit Preferences(std::string const &blob)
+      : TYUserPrefs(PrefLevelCard, blob.data(), static_cast<uint32_t>(blob.size())) {}
+
+  // Those that have a value.
+  void CopyTo(Preferences *other) {
+    for (int32_t i = 0; i < Count(); i++) {
+      uint32_t section = 0;
+      uint32_t size = 0;
+      std::string const name = GetIndexedName(i, &section);
+      char const *const value = GetPropData(section, name.c_str(), &size);
+      if (value != nullptr) other->SetPropData(section, name.c_str(), value, size);
+    }
+  }
+};
+
+void DropDamagedPreferences(CallCard *card) {
+  uint32_t const index = card->FindProp(kCardPrefsProperty, 0, 0, 0, nullptr);
+  std::vector<CardProperty> const properties = PropertiesOf(card);
+  if (index >= properties.size()) return;
+  Preferences rest("");
+  Preferences(properties[index].value).CopyTo(&rest);
+  char *const blob = rest.Count() == 0 ? nullptr : rest.GetData();
+  if (blob == nullptr) {
+    card->DeleteProp(index);
+  } else {
+    card->SetPropA(index, kCardPrefsProperty, PropertyData, PropertyLocal, blob,
+                   static_cast<int32_t>(GetMemSize(blob)));
+    _DisposeMem(blob);
+  }
+  card->Recalculate();
+}
 
 std::unique_ptr<CallCard> Load(Call const &call, std::string const &path, Need need) {
   CheckPath(path);
   std::string const bytes = ReadPlainFile(path);
   if (!IsCardFile(bytes)) NeedSectionNames(call);
-  for (CardDamage const &damage : DamageOf(bytes)) {
-    if (need == Need::readable && !damage.lost) continue;
-    bool const any = !damage.place.empty();
-    throw ToolError(kDamaged, "damaged", any ? path + ":" + damage.place : path, damage.what,
-                    any ? "zolt card check tells all" : "");
-  }
+  std::optional<ToolError> const damage = ErrorOf(bytes, path, need);
+  if (damage && (need != Need::anything || !IsCard(bytes))) throw *damage;
   auto card = std::make_unique<CallCard>(CardFormatNone);
   card->SetName(path.c_str());
   int32_t const failure = TryWithin(call.settings.wait, [&card] {
@@ -42,6 +87,10 @@ std::unique_ptr<CallCard> Load(Call const &call, std::string const &path, Need n
     return ZOLTLastFailure(nullptr, 0);
   });
   if (failure != 0) throw FileFailure(path);
+  if (!damage) return card;
+  DropDamagedPreferences(card.get());
+  if (card->PropCount() == 0) throw *damage;
+  Confirm("keep only what can be read of " + path + ", which is damaged", call.settings);
   return card;
 }
 
@@ -63,6 +112,10 @@ void NeedSectionNames(Call const &call) {
 
 std::unique_ptr<CallCard> LoadCard(Call const &call, std::string_view operand) {
   return Load(call, PathOf(operand), Need::readable);
+}
+
+std::unique_ptr<CallCard> LoadRestOfCard(Call const &call, std::string_view operand) {
+  return Load(call, PathOf(operand), Need::anything);
 }
 
 EditedCard::EditedCard(Call const &call, std::string_view operand)

@@ -16,6 +16,10 @@ namespace zolt::tool {
 // that another program has open is waited for.
 std::unique_ptr<CallCard> LoadCard(Call const &call, std::string_view path);
 
+// The same of a card of which something is lost, too: what is left of it, which needs a yes. Throws
+// if nothing is.
+std::unique_ptr<CallCard> LoadRestOfCard(Call const &call, std::string_view path);
+
 // A card that is to be changed, which no other run of this tool changes meanwhile.
 class EditedCard {
  public:
