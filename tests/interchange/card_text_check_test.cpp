@@ -51,7 +51,7 @@ TEST_F(CardTextCheckTest, WhatIsNotReadIsFound) {
       {head + "T=UNICODE:HOME:<31000000>1\nt=ASCII::2\n", "6! "},
       {head + "P=BITMAP:HOME,FAX:<47>\nP=URL:HOME:x\nP=URL:WORK:y\n", "6! "},
       {head + "T=ASCII::1\nT=ASCII:HOME:2\nT=BITMAP::<47>\nT=DATA::<47>\n", ""},
-      {head + "N=ASCII::\nT=ASCII:HOME:1\nT=ASCII::\nT=ASCII::2\nU=UNICODE::\n", "5! 7! "},
+      {head + "N=ASCII::\nT=ASCII:HOME:1\nT=ASCII::\nT=ASCII::2\nU=UNICODE::\n", "5 7! "},
       {head + "C=ASCII::a=00b\nD=UNICODE::a=00b\nE=ASCII::a=3D00\n", "5! 6! "},
       {"10.0.0.1\tgone\n0\n\n[Card Infos]\n", "1! "},
       {"1\xE9 x\n0\n\n[Card Infos]\nX-BRNDL-IP=ASCII::1=E9 x\n", "1! "},

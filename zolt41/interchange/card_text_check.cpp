@@ -299,7 +299,7 @@ void CardTextCheck::CheckReplaced(PropertyHead const &head, bool isText, bool is
   if (!isText || !isEmpty) {
     there.insert(head.flags);
   } else if (!replaces && LineParts(line_).value.empty()) {
-    Tell("is empty, and makes no property", true);
+    Tell("is empty, and makes no property", false);
   }
 }
 
