@@ -100,6 +100,17 @@ TEST_F(ListEnumPrefsTest, TrimmingTakesWhatParsesAsTheStemAndANumber) {
   EXPECT_EQ(Names(), "a%d0 a12 a%%d3 tt 7 ");
 }
 
+TEST_F(ListEnumPrefsTest, NamesThatAWalkDoesNotSeeHideNoItems) {
+  std::string const foreign(300, 'n');
+  std::string const item = "L9" + foreign;
+  Store({"L0", foreign.c_str(), "L1", item.c_str(), "L2"});
+  WriteTexts({"one"});
+  EXPECT_EQ(list_->GetNumberOfValues(), 1);
+  EXPECT_EQ(InUserTree("Lists", "L2"), "no value");
+  EXPECT_EQ(UserPrefs()->Exists(kLists, foreign.c_str()), 1);
+  EXPECT_NE(UserPrefs()->Exists(kLists, item.c_str()), 1);
+}
+
 TEST_F(ListEnumPrefsTest, WritingTellsWhatWentThenWhatChangedThenWhatIsNew) {
   Store({"L0", "L1", "L2"});
   Listener listener;
@@ -134,6 +145,12 @@ TEST_F(ListEnumPrefsTest, NumbersAndBooleansComeBack) {
   list_->ReadList(&readFlags);
   EXPECT_EQ(readFlags.Items(), (std::vector<int32_t>{0, 1}));
   EXPECT_EQ(list_->IsDiffList(&flags), 1);  // 7 is not 1
+}
+
+TEST_F(ListEnumPrefsTest, ItemsOfATypeThatIsNoneStayTheClients) {
+  static int32_t number = 7;
+  Numbers data(static_cast<ListEnumType>(3), {});
+  EXPECT_NE(data.GetList()->AddItem(&number), ZOLTXList::kNone);
 }
 
 TEST_F(ListEnumPrefsTest, DifferencesOfTexts) {

@@ -77,11 +77,21 @@ int32_t CEnumPrefs::Next() {
   return static_cast<int32_t>(++index_);
 }
 
-uint32_t CEnumPrefs::GetType() const {
+char const *CEnumPrefs::ValueName(uint32_t index) {
+  std::string const *name = nullptr;
+  if (!Opened() || values_ == nullptr) return nullptr;
+  return values_->At(key_, index, &name) == ERROR_SUCCESS ? name->c_str() : nullptr;
+}
+
+uint32_t CEnumPrefs::TypeOf(char const *value) const {
   uint32_t type = 0;
   if (!Opened()) return kNoValue;
-  int32_t const result = RegQueryValueExA(key_, name_, nullptr, &type, nullptr, nullptr);
+  int32_t const result = RegQueryValueExA(key_, value, nullptr, &type, nullptr, nullptr);
   return result == ERROR_SUCCESS ? type : kNoValue;
+}
+
+uint32_t CEnumPrefs::GetType() const {
+  return TypeOf(name_);
 }
 
 int32_t CEnumPrefs::ReadEnum(int32_t id, CEnumPrefs **sub) {

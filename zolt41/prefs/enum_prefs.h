@@ -21,7 +21,7 @@ class NameWalk;
 // ended where no other thread uses sections.
 //
 // The walk takes no snapshot: removing an entry shifts those behind it, and one may be skipped.
-// Names of up to 259 characters are seen.
+// Names of up to 259 characters are seen; a longer one may end the walk before those behind it.
 class ZOLT_API CEnumPrefs {
  public:
   // `name` and `parent` are the section's name and the id of the section that it lies in, or 0.
@@ -79,7 +79,13 @@ class ZOLT_API CEnumPrefs {
   void RemoveValue(char const *name);
 
  private:
+  friend class CListEnumPrefs;
+
   ZOLT_HIDDEN bool Opened() const;
+  // The name of the value at `index`, however long it is, good until the next call; null at the
+  // end.
+  ZOLT_HIDDEN char const *ValueName(uint32_t index);
+  ZOLT_HIDDEN uint32_t TypeOf(char const *value) const;
 
   int32_t id_;
   HKEY key_;

@@ -26,7 +26,7 @@ ListEnumData::~ListEnumData() {
   for (uint32_t i = 0; i < list_.Count(); i++) {
     if (type_ == ListEnumString) {
       delete[] static_cast<char *>(list_.GetItem(i));
-    } else {
+    } else if (type_ == ListEnumNumber || type_ == ListEnumBool) {
       delete static_cast<int32_t *>(list_.GetItem(i));
     }
   }

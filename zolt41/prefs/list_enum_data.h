@@ -14,8 +14,8 @@ enum ListEnumType : int32_t {
 };
 
 // An ordered list in memory, of one type. It owns its items from the moment they are in it, and
-// frees them as its type says; so the type may only change while the list is empty. It belongs to
-// one thread at a time.
+// frees them as its type says; so the type may only change while the list is empty. Items of a type
+// that is none of these stay the client's. It belongs to one thread at a time.
 class ZOLT_API ListEnumData {
  public:
   ListEnumData(ListEnumData const &) = delete;

@@ -150,10 +150,11 @@ void CListEnumPrefs::LimitNumberOfValues(int32_t limit) {
   CEnumPrefs *const walk = prefs_->GetEnum(parent_, id_, name_);
   if (walk == nullptr) return;
   ZOLTXStringArray names;
-  while (walk->Next() != -1) {
+  // Not by Next, which may end at a name that is too long for it.
+  for (uint32_t i = 0; char const *const value = walk->ValueName(i); i++) {
     int32_t index = 0;
-    if (!ScanIndex(walk->GetName(), listName_, &index) || index < limit) continue;
-    if (walk->GetType() == REG_SZ) names.Add(walk->GetName());
+    if (!ScanIndex(value, listName_, &index) || index < limit) continue;
+    if (walk->TypeOf(value) == REG_SZ) names.Add(value);
   }
   walk->Release();
   if (names.GetSize() == 0) return;
