@@ -18,7 +18,9 @@ constexpr std::array kOptions = {
     Option{OptionId::json, 0, "json", "", true, "one JSON document"},
     Option{OptionId::color, 0, "color", "WHEN", true, "auto, always or never"},
     Option{OptionId::progress, 0, "progress", "WHEN", true, "auto, always or never"},
-    Option{OptionId::wait, 0, "wait", "S", true, "seconds to wait for a lock (5; 0: not at all)"},
+    Option{OptionId::wait, 0, "wait", "S", true,
+           "seconds to wait for a lock (5; 0: not at all);\n"
+           "for another program that announces changes, one at most"},
     Option{OptionId::quiet, 'q', "quiet", "", true, "no chatter"},
     Option{OptionId::yes, 'y', "yes", "", true, "yes to every question"},
     Option{OptionId::dryRun, 'n', "dry-run", "", true, "say what would change and change nothing"},

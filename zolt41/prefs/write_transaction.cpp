@@ -188,7 +188,7 @@ Commit Transaction::Write(std::function<void()> const &look) {
 }
 
 Commit Transaction::WriteAndAnnounce(std::function<void()> const &look) {
-  ChannelGuard const channel;
+  ChannelGuard const channel(std::min(LockWait(), ChannelGuard::kWait));
   if (channel.timedOut()) {
     return Refuse(Failure::timed_out, Commit::timed_out, "/ZO/ZOLT/SECURE2");
   }

@@ -23,7 +23,7 @@ enum class Commit : int32_t {
   full,
   damaged,
   newer,
-  timed_out,  // another process held the channel for a second
+  timed_out,  // another process held the channel for ZOLTSetLockWait's time, or for a second
   io,
 };
 

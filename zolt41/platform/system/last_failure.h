@@ -26,7 +26,8 @@
 ZOLT_API int32_t ZOLTLastFailure(char *subject, uint32_t size);
 
 // How long, in milliseconds, the process waits for a lock that another process holds before an
-// operation fails with 2. 5,000 at the start; 0 means not at all. It holds for all threads.
+// operation fails with 2. 5,000 at the start; 0 means not at all. It holds for all threads. For the
+// channel zolt::Transaction waits no longer than this either, and a second at most.
 ZOLT_API void ZOLTSetLockWait(uint32_t milliseconds);
 
 namespace zolt {
