@@ -196,6 +196,25 @@ TEST_F(RegisterTest, TellsAProgramAndTheDoctor) {
   EXPECT_NE(RunTool({"doctor"}).out.find("problem\t" + folder_ + "\t"), std::string::npos);
 }
 
+TEST_F(RegisterTest, TheDoctorTellsOfAClassWithoutAModule) {
+  std::string const problem =
+      "problem\tBrindle.PrefManager\tis registered in part\tzolt register\n";
+  HKEY key = HKEY_CURRENT_USER;
+  for (char const *name : {"Software", "Classes", "Brindle.PrefManager"}) {
+    ASSERT_EQ(RegCreateKeyA(key, name, &key), ERROR_SUCCESS);
+  }
+  ToolResult const result = RunTool({"doctor"});
+  EXPECT_EQ(result.code, 1);
+  EXPECT_NE(result.out.find("component class\t\tregistered for this user\n" + problem),
+            std::string::npos)
+      << result.out;
+  EXPECT_NE(RunTool({"--json", "doctor"}).out.find(R"("component":{"scope":"user","module":"")"),
+            std::string::npos);
+  // Clients find the module of all users.
+  EXPECT_EQ(RunTool({"-q", "register", "--machine", "--module", library_}).code, 0);
+  EXPECT_EQ(RunTool({"doctor"}).out.find(problem), std::string::npos);
+}
+
 TEST_F(RegisterTest, RefusesWhatNoProgramWouldLoad) {
   std::string const module = "--module=";
   EXPECT_EQ(RunTool({"register", module}).code, 2);

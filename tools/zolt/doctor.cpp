@@ -28,7 +28,7 @@ std::string StateOf(ZOLTChannelState const &channel) {
 }
 
 std::string StateOf(Registration const &registration) {
-  if (registration.module.empty()) return "not registered";
+  if (*registration.scope == '\0') return "not registered";
   return std::string("registered ") + ScopeText(std::string_view(registration.scope) == "machine");
 }
 

@@ -10,11 +10,12 @@ namespace zolt::tool {
 
 inline constexpr char kClassName[] = "Brindle.PrefManager";
 
-// How the class of the component server is registered where clients find it first.
+// How the class of the component server is registered where clients find its module first, or
+// without one, where they find it first.
 struct Registration {
-  char const *scope;  // "user", "machine", or "" if it is nowhere
-  std::string module;
-  bool whole;  // as zolt register does it
+  char const *scope;   // "user", "machine", or "" if it is nowhere
+  std::string module;  // empty if none is entered
+  bool whole;          // as zolt register does it
 };
 
 // After PrepareLibrary. What cannot be read is taken for nothing.
