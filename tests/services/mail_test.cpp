@@ -240,6 +240,38 @@ TEST_F(MailTest, NoLineOfTheHeadIsTooLong) {
   }
 }
 
+TEST_F(MailTest, WhatMailCannotCarryAsItIsIsEncoded) {
+  StandIn("sendmail");
+  std::string const longest(998, 'x');
+  Send("a@b", longest.substr(9), longest, 1);
+  std::string heard = Heard("sendmail");
+  EXPECT_NE(heard.find("\nSubject: " + longest.substr(9) + "\nMIME"), std::string::npos);
+  EXPECT_TRUE(heard.ends_with("Encoding: 8bit\n\n" + longest + "\n"));
+
+  Send("a@b", "a =?UTF-8?Q?b?=", "", 1);
+  heard = Heard("sendmail");
+  EXPECT_NE(heard.find("\nSubject: =?UTF-8?B?YSA9P1VURi04P1E/Yj89?=\n"), std::string::npos)
+      << heard;
+
+  // Three x are eHh4.
+  Send("a@b", longest.substr(8), "yyy\n" + longest + "x", 1);
+  heard = Heard("sendmail");
+  std::string const word = "=?UTF-8?B?";
+  std::string subject = "Subject: " + word;
+  for (size_t i = 0; i < 990; i += 3) {
+    if (i == 39 || (i > 39 && (i - 39) % 45 == 0)) subject += "?=\n " + word;
+    subject += "eHh4";
+  }
+  EXPECT_NE(heard.find("\n" + subject + "?=\nMIME"), std::string::npos) << heard;
+  // The text is yyy CR LF, 999 of x, CR LF.
+  std::string digits = "eXl5DQp4";
+  for (int i = 0; i < 332; i++) digits += "eHh4";
+  digits += "eHgNCg==";
+  std::string text;
+  for (size_t i = 0; i < digits.size(); i += 76) text += digits.substr(i, 76) + "\n";
+  EXPECT_TRUE(heard.ends_with("Encoding: base64\n\n" + text)) << heard;
+}
+
 TEST_F(MailTest, OnADesktopItsMailProgramShowsTheMessage) {
   setenv("DISPLAY", ":none", 1);
   StandIn("sendmail");

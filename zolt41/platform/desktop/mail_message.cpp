@@ -6,6 +6,10 @@
 namespace zolt {
 namespace {
 
+// What RFC 5322 lets a line have.
+constexpr size_t kLongestLine = 998;
+constexpr size_t kEncodedLine = 76;
+
 std::string Base64(std::string_view bytes) {
   static constexpr char kDigits[] =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -20,13 +24,19 @@ std::string Base64(std::string_view bytes) {
   return text;
 }
 
-// A line of a message's head, as RFC 2047 has text beyond ASCII: no line is longer than 76 bytes,
-// the first with the field's name before it.
-std::string Encoded(std::string_view text) {
+// Whether a field of the head can hold the text as it is: "=?" could be taken for an encoded word.
+bool StandsForItself(std::string_view field, std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return (c & 0x80) == 0; }) &&
+         text.find("=?") == std::string_view::npos && field.size() + text.size() <= kLongestLine;
+}
+
+// The subject's field, where it needs it as RFC 2047 has text beyond ASCII: no line is longer than
+// 76 bytes.
+std::string SubjectField(std::string_view text) {
   constexpr size_t kFirstWord = 39;
   constexpr size_t kWord = 45;
-  if (std::ranges::all_of(text, [](char c) { return (c & 0x80) == 0; })) return std::string(text);
-  std::string encoded;
+  std::string encoded = "Subject: ";
+  if (StandsForItself(encoded, text)) return encoded += text;
   for (size_t at = 0; at < text.size();) {
     size_t end = std::min(at + (at == 0 ? kFirstWord : kWord), text.size());
     while (end < text.size() && (text[end] & 0xC0) == 0x80) end--;
@@ -49,6 +59,29 @@ std::string WithLineEnds(std::string_view text, std::string_view end) {
     }
   }
   return lines;
+}
+
+bool HasTooLongALine(std::string_view lines) {
+  for (size_t at = 0; at < lines.size();) {
+    size_t const end = std::min(lines.find('\n', at), lines.size());
+    if (end - at > kLongestLine) return true;
+    at = end + 1;
+  }
+  return false;
+}
+
+// The last field of the head, and the text behind it; its own lines end with CR and LF where they
+// are encoded.
+std::string EncodingAndText(std::string_view note) {
+  std::string const field = "Content-Transfer-Encoding: ";
+  std::string const lines = WithLineEnds(note, "\n") + "\n";
+  if (!HasTooLongALine(lines)) return field + "8bit\n\n" + lines;
+  std::string const digits = Base64(WithLineEnds(lines, "\r\n"));
+  std::string text = field + "base64\n\n";
+  for (size_t at = 0; at < digits.size(); at += kEncodedLine) {
+    text += digits.substr(at, kEncodedLine) + "\n";
+  }
+  return text;
 }
 
 // What stands for itself in each part of such a URI.
@@ -95,10 +128,8 @@ std::string MailtoUri(std::string_view recipient, std::string_view subject, std:
 
 std::string MessageText(std::string const &recipient, std::string const &subject,
                         std::string_view note) {
-  return "To: " + recipient + "\nSubject: " + Encoded(subject) +
-         "\nMIME-Version: 1.0\nContent-Type: text/plain; charset=UTF-8\n"
-         "Content-Transfer-Encoding: 8bit\n\n" +
-         WithLineEnds(note, "\n") + "\n";
+  return "To: " + recipient + "\n" + SubjectField(subject) +
+         "\nMIME-Version: 1.0\nContent-Type: text/plain; charset=UTF-8\n" + EncodingAndText(note);
 }
 
 }  // namespace zolt

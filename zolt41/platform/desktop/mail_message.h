@@ -17,7 +17,8 @@ bool IsOneAddress(std::string_view recipient);
 std::string MailtoUri(std::string_view recipient, std::string_view subject, std::string_view note);
 
 // Head and text with lines that end with LF, as sendmail reads them. The recipient is one address
-// and the subject holds no control characters.
+// and the subject holds no control characters. Lines are never longer than mail may have them: a
+// subject or a text that would need it is encoded.
 std::string MessageText(std::string const &recipient, std::string const &subject,
                         std::string_view note);
 
