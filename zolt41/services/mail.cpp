@@ -19,7 +19,7 @@ constexpr uint32_t kFailedMessage = 61842;
 constexpr char kModule[] = "MAPI32.DLL";
 
 struct Mail {
-  HMODULE module;
+  HMODULE module;     // 0 if it was not even asked for, or is none
   MapiSendMail send;  // null if mail cannot be sent
 };
 
@@ -45,7 +45,11 @@ MapiSendMail Tested() {
     auto const sender = reinterpret_cast<uintptr_t>(found.send);
     uintptr_t const result = sender == 0 ? kCannot : sender;
     if (outcome.compare_exchange_strong(now, result, std::memory_order_acq_rel)) {
-      zolt::ShareMailState(sender, found.module, sender != 0);
+      if (found.module == 0) {
+        zolt::ShareNoMail();
+      } else {
+        zolt::ShareMailState(sender, found.module);
+      }
       now = result;
     }
   }

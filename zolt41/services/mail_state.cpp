@@ -4,12 +4,16 @@
 
 namespace zolt {
 
-void ShareMailState(uintptr_t entry, uintptr_t module, bool canMail) {
+void ShareNoMail() {
+  if (ChannelArea *const channel = Channel()) channel->block.canMail.store(0);
+}
+
+void ShareMailState(uintptr_t entry, uintptr_t module) {
   ChannelArea *const channel = Channel();
   if (channel == nullptr) return;
   channel->block.mailEntry.store(static_cast<uint32_t>(entry));
   channel->block.mailModule.store(static_cast<uint32_t>(module));
-  channel->block.canMail.store(canMail ? 1 : 0);
+  channel->block.canMail.store(entry != 0 ? 1 : 0);
 }
 
 }  // namespace zolt
