@@ -52,6 +52,13 @@ TEST_F(ItemsTest, WhatLiesBehindAGapGoesAndOtherTypesAndNamesStay) {
       "L1\tb\ttext\tuser\n");
 }
 
+TEST_F(ItemsTest, WhiteSpaceInTheNameOfAListIsAnyOrNone) {
+  Set({"Audio", "a b0", "x", "ab7", "gone", "a\t b8", "gone", "a_b9", "stays"});
+  ASSERT_EQ(RunTool({"-q", "prefs", "items", "Audio", "a b", "--add", "y"}).code, 0);
+  EXPECT_EQ(Run("prefs list Audio --only").out,
+            "a b0\tx\ttext\tuser\na_b9\tstays\ttext\tuser\na b1\ty\ttext\tuser\n");
+}
+
 TEST_F(ItemsTest, EditsOfSeveralProcessesLoseNoItem) {
   for (int i = 0; i < 10; i++) ASSERT_EQ(Run("prefs items Audio L --add old").code, 0);
   std::vector<std::thread> editors;

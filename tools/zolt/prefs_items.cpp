@@ -20,6 +20,11 @@ namespace {
 
 // What a client builds the names of items in.
 constexpr size_t kLongestItemName = 255;
+constexpr std::string_view kSpace = " \t\n\v\f\r";
+
+std::string_view SkipSpace(std::string_view text) {
+  return text.substr(std::min(text.find_first_not_of(kSpace), text.size()));
+}
 
 struct List {
   SectionPath path;
@@ -35,11 +40,19 @@ struct List {
     return item;
   }
 
-  // The index in the name of a value, as a client that trims the list reads it.
+  // The index in the name of a value, as a client that trims the list reads it: white space in
+  // the list's name is any there, or none.
   std::optional<int64_t> IndexIn(std::string_view value) const {
-    if (!value.starts_with(name)) return std::nullopt;
-    value.remove_prefix(name.size());
-    value.remove_prefix(std::min(value.find_first_not_of(" \t\n\v\f\r"), value.size()));
+    for (char const c : name) {
+      if (kSpace.find(c) != std::string_view::npos) {
+        value = SkipSpace(value);
+      } else if (value.starts_with(c)) {
+        value.remove_prefix(1);
+      } else {
+        return std::nullopt;
+      }
+    }
+    value = SkipSpace(value);
     if (value.starts_with('+') && !value.starts_with("+-")) value.remove_prefix(1);
     int64_t index = 0;
     auto const result = std::from_chars(value.data(), value.data() + value.size(), index);
