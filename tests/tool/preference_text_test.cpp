@@ -176,8 +176,11 @@ TEST_F(PreferenceTextTest, WrongTextIsRefusedAtItsPlace) {
            Row{section + "w = base64(3) AB==" + tail, 4, ":6:15: is no base64"},
            Row{section + "w = base64(3) A A=" + tail, 4, ":6:15: is no base64"},
            Row{section + "w = \"\xC3\"" + tail, 4, ":6:6: is no valid UTF-8"},
-           Row{section + std::string("w = \"\0\"", 7) + tail, 4, ":6:6: a control character"},
-           Row{section + "# \x01" + tail, 4, ":6:3: a control character"},
+           Row{section + std::string("w = \"\0\"", 7) + tail, 4,
+               ":6:6: a character that is not shown"},
+           Row{section + "# \x01" + tail, 4, ":6:3: a character that is not shown"},
+           Row{section + "# \u202E" + tail, 4, ":6:3: a character that is not shown"},
+           Row{section + "w = \"\u2069\"" + tail, 4, ":6:6: a character that is not shown"},
            Row{section + "end\nw = \"x\"\n", 4, ":7:1: stands behind the end"},
        }) {
     ToolResult const result = Load(row.text);

@@ -54,7 +54,7 @@ void TextCursor::CheckCharacters() {
     if (character == kInvalid) FailHere("is no valid UTF-8");
     if (character == 0xFEFF) FailHere("begins with a byte order mark; UTF-8 needs none");
     if (character != '\t' && Unprintable(character)) {
-      FailHere("a control character stands in quotes, as a backslash, x and two digits");
+      FailHere("a character that is not shown stands in quotes, as a backslash, x and two digits");
     }
   }
   at_ = 0;
