@@ -108,7 +108,8 @@ Verb const kRegister = {
         "classes, or with --machine among those of all users, which ends with 3 without the right\n"
         "to it. The library is the one that is installed with zolt, or with --module the file at\n"
         "PATH. What was entered before is replaced. A library that others could change, in a\n"
-        "folder that they can write for instance, is refused with 3: no program would load it.",
+        "folder that they can write for instance, is refused with 3: no program would load it.\n"
+        "Such a folder will do if it is sticky, as /tmp is: others replace only what is theirs.",
     .examples =
         "  zolt register\n"
         "  zolt register --module /opt/zolt41/lib/libzolt41.so.0\n",

@@ -6,9 +6,10 @@
 
 // Components by their class. A class is looked for in HKEY_CLASSES_ROOT, among the user's classes
 // before the machine's; its module is loaded from the path there, which must be absolute, with a
-// file and folders that nobody but the user or root can write. A class of the user's that was asked
-// for keeps its registry key open until CoFreeUnusedLibraries, and so keeps the process in its
-// home.
+// file and folders that belong to the user or root and that nobody else can write. Of the folders
+// those will do too that are sticky, as /tmp is: there others replace only what is theirs. A class
+// of the user's that was asked for keeps its registry key open until CoFreeUnusedLibraries, and so
+// keeps the process in its home.
 
 inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
 inline constexpr DWORD CLSCTX_INPROC_HANDLER = 2;
