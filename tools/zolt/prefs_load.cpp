@@ -73,6 +73,7 @@ class MoreThanAgreed : public std::exception {};
 StoreUpdate Write(PreferenceText *text, StoreUpdate seen, Agreement *agreement,
                   Progress *progress) {
   std::vector<SectionPath> named;
+  named.reserve(text->sections.size());
   for (TextSection const &section : text->sections) named.push_back(section.path);
   std::vector<SectionPath const *> paths;
   for (SectionPath const &path : named) paths.push_back(&path);

@@ -19,7 +19,7 @@ struct Properties {
     if (name == nullptr) return false;
     LPOLESTR const wide = NameForClient(std::string_view(*name));
     if (wide == nullptr) return false;
-    *record = {wide, static_cast<PROPID>(SectionNameHash(name->c_str())), VT_EMPTY};
+    *record = {wide, static_cast<PROPID>(SectionNameHash(std::string_view(*name))), VT_EMPTY};
     return true;
   }
 };

@@ -65,15 +65,13 @@ bool CEnumPrefs::Opened() const {
 
 int32_t CEnumPrefs::Next() {
   if (!Opened() || values_ == nullptr || subkeys_ == nullptr) return -1;
-  std::string const *name = nullptr;
-  if (values_->At(key_, index_, &name) == ERROR_SUCCESS && name->size() < sizeof name_) {
+  uint32_t length = sizeof name_;
+  if (values_->At(key_, index_, name_, &length) == ERROR_SUCCESS) {
     ++valueCount_;
-  } else if (subkeys_->At(key_, index_ - valueCount_, &name) != ERROR_SUCCESS ||
-             name->size() >= sizeof name_) {
+  } else if (subkeys_->At(key_, index_ - valueCount_, name_, &length) != ERROR_SUCCESS) {
     name_[0] = '\0';
     return -1;
   }
-  std::memcpy(name_, name->c_str(), name->size() + 1);
   return static_cast<int32_t>(++index_);
 }
 

@@ -8,8 +8,7 @@
 // The id of a section that has only a name. The case of letters does not matter, and of a name of
 // 256 bytes and more only its length modulo 256 counts, from the beginning. Null is the empty
 // name, whose id is 0.
-constexpr int32_t SectionNameHash(char const *name) {
-  std::string_view const text = name == nullptr ? "" : name;
+constexpr int32_t SectionNameHash(std::string_view text) {
   auto const byte = [&](uint32_t place) {
     return static_cast<uint32_t>(static_cast<unsigned char>(text[place])) & 0xDF;
   };
@@ -24,6 +23,9 @@ constexpr int32_t SectionNameHash(char const *name) {
     hash = std::rotl(word ^ hash, 4);
   }
   return static_cast<int32_t>(hash ^ tail);
+}
+constexpr int32_t SectionNameHash(char const *name) {
+  return SectionNameHash(std::string_view(name == nullptr ? "" : name));
 }
 
 namespace zolt {
