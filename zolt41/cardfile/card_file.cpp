@@ -84,11 +84,11 @@ void CallCard::Load() {
   Head head{};
   Content const content = ReadHead(file, &head);
   if (content == Content::text) return LoadText(file);
-  bool const taken = content != Content::card || zolt::WithMemory(false, [&] {
-                       LoadBinary(file, head.data());
-                       return true;
-                     });
-  if (!taken) LeaveUnread(zolt::Failure::full);
+  auto const load = [&] {
+    LoadBinary(file, head.data());
+    return true;
+  };
+  if (content == Content::card && !zolt::WithMemory(false, load)) LeaveUnread(zolt::Failure::full);
   AFS_CloseFile(file);
   if (content == Content::unread) LeaveUnread(zolt::Failure::io);
 }

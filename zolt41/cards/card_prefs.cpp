@@ -160,22 +160,20 @@ void TYUserPrefs::SetPropData(uint32_t section, char const *name, char const *da
   uint32_t position = 0;
   bool const isNew = FindPos(section, name, &position) == 0;
   uint32_t const present = isNew ? 0 : LoadLittle32(SlotAt(position) + zolt::kSlotValueSize);
-  char *const block =
-      present != zolt::kSizeOutside && size > present ? NewOutside(data, size) : nullptr;
-  if (present != zolt::kSizeOutside && size > present && block == nullptr) return;
+  bool const goesOutside = present != zolt::kSizeOutside && size > present;
+  char *const block = goesOutside ? NewOutside(data, size) : nullptr;
+  if (goesOutside && block == nullptr) return;
   if (isNew && !AddPropSlot(section, name, position)) return _DisposeMem(block);
   char *const slot = SlotAt(position);
-  if (block != nullptr) {
+  if (goesOutside) {
     LeadOutside(slot, block);
   } else if (present == zolt::kSizeOutside) {
     char *&own = outside_[LoadLittle32(slot + zolt::kSlotValueOffset)];
     if (SetMemSize(&own, size) != 0) return;
     std::memcpy(own, data, size);
-  } else if (size != 0) {
-    std::memcpy(pool_ + LoadLittle32(slot + zolt::kSlotValueOffset), data, size);
-    StoreLittle32(size, slot + zolt::kSlotValueSize);
   } else {
-    StoreLittle32(0, slot + zolt::kSlotValueSize);
+    if (size != 0) std::memcpy(pool_ + LoadLittle32(slot + zolt::kSlotValueOffset), data, size);
+    StoreLittle32(size, slot + zolt::kSlotValueSize);
   }
   SetModified(1);
 }

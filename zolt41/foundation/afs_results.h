@@ -1,4 +1,5 @@
-#pragma once
+#ifndef ZOLT41_FOUNDATION_AFS_RESULTS_H_
+#define ZOLT41_FOUNDATION_AFS_RESULTS_H_
 
 #include <cstdint>
 
@@ -8,3 +9,5 @@ namespace zolt {
 inline constexpr int32_t kAfsEndedEarly = -8995;
 
 }  // namespace zolt
+
+#endif  // ZOLT41_FOUNDATION_AFS_RESULTS_H_

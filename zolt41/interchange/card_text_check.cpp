@@ -137,7 +137,7 @@ class CardTextCheck {
   void TakePreference();
   void EndSection(char const *why);
   void End(char const *why);
-  bool IsKnown(std::string const &section) const;
+  bool IsKnown() const;
   bool IsRepeated(std::string const &name);
 
   std::string_view text_;  // what is left of it
@@ -193,7 +193,11 @@ bool CardTextCheck::Run() {
   PCardStorage card;
   bool const read = ImportCard(&card, whole.data(), static_cast<int32_t>(whole.size())) != 0;
   while (!ended_ && NextLine()) {
-    number_ > std::size(kHeadLines) ? TakeLine() : TakeHeadLine(&card);
+    if (number_ > std::size(kHeadLines)) {
+      TakeLine();
+    } else {
+      TakeHeadLine(&card);
+    }
   }
   if (!hasCard_) return false;
   if (!read && !told_) Tell("the text is not read", true);
@@ -242,17 +246,16 @@ void CardTextCheck::TakeSection() {
   hasCard_ = hasCard_ || isCard;
   hasSections_ = true;
   toldOfGap_ = false;
-  knowsSection_ = isCard || IsKnown(name);
   section_ = name;
   WinPrefs *const store = GetSystemPrefs();
   sectionId_ = store == nullptr ? 0 : store->SectionID(name.c_str(), 0);
+  knowsSection_ = isCard || IsKnown();
 }
 
 // Values of sections without a name stand right below "[Preferences]".
-bool CardTextCheck::IsKnown(std::string const &section) const {
-  WinPrefs *const store = GetSystemPrefs();
-  return store == nullptr || store->SectionID(section.c_str(), 0) != -1 ||
-         AZStrEqual(section.c_str(), kPreferencesSection) != 0 || IsLegacySection(section.c_str());
+bool CardTextCheck::IsKnown() const {
+  return sectionId_ != -1 || AZStrEqual(section_.c_str(), kPreferencesSection) != 0 ||
+         IsLegacySection(section_.c_str());
 }
 
 void CardTextCheck::TakeProperty() {

@@ -28,13 +28,15 @@ void Announce(Announcement const &announcement, Pause pause) {
   ServeLateSubscribers();
   uint32_t const number = LastAnnouncement(channel->ring) + 1;
   ExpectAnswers(channel, number);
-  // Else nobody has ever listened.
   auto const start = steady_clock::now();
+  // Else nobody has ever listened.
   if (channel->wordsReady.load() != 0) {
     Publish(&channel->ring, announcement);
-    bool const allWait = AlertWaitingThreads(channel);
-    bool const heard = allWait && AnsweredSoon(channel, number);
-    if (allWait && !heard) busyUntil = (steady_clock::now() + kBusy).time_since_epoch().count();
+    WaitingThreads const waiting = FindWaitingThreads(*channel);
+    if (waiting.asleep != 0) AlertWaitingThreads(channel);
+    bool const heard = waiting.everywhere && AnsweredSoon(channel, number);
+    if (waiting.everywhere && !heard)
+      busyUntil = (steady_clock::now() + kBusy).time_since_epoch().count();
     // Who is to answer may have been called away.
     if (!heard) PulseEvent(NotifyEvent());
   }
@@ -46,7 +48,7 @@ void AlertBeforeAnnouncing() {
   static uint32_t const processors = std::thread::hardware_concurrency();
   if (channel == nullptr || channel->wordsReady.load() == 0) return;
   if (steady_clock::now().time_since_epoch().count() < busyUntil) return;
-  uint32_t const asleep = CountSleepingThreads(*channel);
+  uint32_t const asleep = FindWaitingThreads(*channel).asleep;
   if (asleep != 0 && asleep < processors) AlertWaitingThreads(channel);
 }
 

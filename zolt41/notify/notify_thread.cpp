@@ -174,7 +174,8 @@ bool AwaitSubscribers(Notifier *notifier) {
     {
       auto const guard = Lock();
       if (notifier->stopping) return false;
-      if (notifier->late.load() && notifier->counted) ListenFromNow(notifier);
+      // Without a place nobody would know of it.
+      if (notifier->counted && notifier->late.load()) ListenFromNow(notifier);
       if (notifier->listening && notifier->counted) return true;
       if (notifier->listening) continue;
       if (notifier->late.load()) wait = kTryAgain;

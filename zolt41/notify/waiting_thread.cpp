@@ -80,13 +80,6 @@ void SleepUntilAlert(ChannelArea *channel, Shown *shown, Message const &message,
   AwaitAnnouncement(*channel, last, message);
 }
 
-template <typename Visit>
-void ForEachSlot(ChannelArea const &channel, Visit visit) {
-  uint32_t const used = std::min(channel.slotsUsed.load(), kSegmentPlaces);
-  for (uint32_t i = 0; i < used; i++)
-    if (channel.slots[i].listening.load() != 0) visit(channel.slots[i].waiting.load());
-}
-
 }  // namespace
 
 void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected) {
@@ -100,26 +93,21 @@ void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected) {
   HearAll(thread);
 }
 
-bool AlertWaitingThreads(ChannelArea *channel) {
-  bool asleep = false;
-  bool all = channel->unplaced.load() == 0;
-  ForEachSlot(*channel, [&](uint32_t waiting) {
-    all = all && waiting != 0;
-    asleep = asleep || (waiting != 0 && (waiting & kLooksOut) == 0);
-  });
-  if (asleep) {
-    channel->alerts.fetch_add(1);
-    WakeSleepers(&channel->alerts, INT_MAX);
+WaitingThreads FindWaitingThreads(ChannelArea const &channel) {
+  WaitingThreads found{.everywhere = channel.unplaced.load() == 0};
+  uint32_t const used = std::min(channel.slotsUsed.load(), kSegmentPlaces);
+  for (uint32_t i = 0; i < used; i++) {
+    if (channel.slots[i].listening.load() == 0) continue;
+    uint32_t const shown = channel.slots[i].waiting.load();
+    if (shown == 0) found.everywhere = false;
+    if (shown != 0 && (shown & kLooksOut) == 0) found.asleep++;
   }
-  return all;
+  return found;
 }
 
-uint32_t CountSleepingThreads(ChannelArea const &channel) {
-  uint32_t count = 0;
-  ForEachSlot(channel, [&](uint32_t waiting) {
-    if (waiting != 0 && (waiting & kLooksOut) == 0) count++;
-  });
-  return count;
+void AlertWaitingThreads(ChannelArea *channel) {
+  channel->alerts.fetch_add(1);
+  WakeSleepers(&channel->alerts, INT_MAX);
 }
 
 }  // namespace zolt

@@ -13,17 +13,21 @@ namespace zolt {
 // a process does so at a time. It shows itself in the process's slot, by the process's number while
 // it sleeps, and with this bit while it is awake and looks out for an announcement. It takes itself
 // out before it looks for the last time, and a writer looks for it after it has published: so one
-// of the two always sees the other. The notification thread takes out one that it had to do without.
+// of the two always sees the other. The notification thread takes out one that it had to do
+// without.
 inline constexpr uint32_t kLooksOut = 0x80000000;
 
 // For SetMessageWait.
 void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected);
 
-// Wakes those that sleep. True if each process that listens has such a thread, awake or asleep, for
-// all that is known.
-bool AlertWaitingThreads(ChannelArea *channel);
+struct WaitingThreads {
+  uint32_t asleep = 0;
+  bool everywhere;  // each process that listens has one, for all that is known
+};
+WaitingThreads FindWaitingThreads(ChannelArea const &channel);
 
-uint32_t CountSleepingThreads(ChannelArea const &channel);
+// Wakes those that sleep.
+void AlertWaitingThreads(ChannelArea *channel);
 
 }  // namespace zolt
 

@@ -26,7 +26,6 @@ uint32_t IdAt(char const *cards, uint32_t place) {
 // A list mostly has the cards in their order, so most of them come in long runs.
 uint32_t MarkByLabel(RolodexIndex *index, char const *cards, LabelCondition const &condition,
                      uint32_t category) {
-  index->PrepareLabels();
   uint32_t const size = GetMemSize(cards) / kListItem;
   uint32_t count = 0;
   uint32_t slot = RolodexIndex::kNone;
@@ -85,13 +84,17 @@ uint32_t Rolodex::Select(char const *cards, char const *property, CSOper oper, c
   return WithMemory(uint32_t{0}, [&] {
     RolodexIndex &index = *state_->index;
     char const *const text = value == nullptr ? "" : value;
+    bool const isLabel = AZStrEqual(property, kLabelProperty) != 0;
+    // What takes memory comes before the first change.
+    if (isLabel) index.PrepareLabels();
     index.ClearMarks(category);
-    if (AZStrEqual(property, kLabelProperty) != 0) {
+    if (isLabel) {
       return MarkByLabel(&index, cards, LabelCondition(oper, text), category);
     }
     PCardStorage card;
     uint32_t count = 0;
-    for (uint32_t i = 0; i < GetMemSize(cards) / kListItem; i++) {
+    uint32_t const size = GetMemSize(cards) / kListItem;
+    for (uint32_t i = 0; i < size; i++) {
       uint32_t const id = IdAt(cards, i);
       uint32_t const slot = id == 0 ? RolodexIndex::kNone : index.Find(id);
       if (slot == RolodexIndex::kNone || LoadCard(id, &card) == 0 ||

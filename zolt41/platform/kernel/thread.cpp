@@ -54,20 +54,20 @@ uint32_t ThisProcess() {
   return static_cast<uint32_t>(getpid());
 }
 
-NotCancelled::NotCancelled() {
-  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
-}
-
-NotCancelled::~NotCancelled() {
-  pthread_setcancelstate(before_, nullptr);
-}
-
 uint32_t ThisThread() {
   return static_cast<uint32_t>(gettid());
 }
 
 bool ThreadLives(uint32_t thread) {
   return syscall(SYS_tkill, thread, 0) == 0 || errno != ESRCH;
+}
+
+NotCancelled::NotCancelled() {
+  pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_);
+}
+
+NotCancelled::~NotCancelled() {
+  pthread_setcancelstate(before_, nullptr);
 }
 
 void CallAroundForks(void (*before)(), void (*inParent)(), void (*inChild)()) {

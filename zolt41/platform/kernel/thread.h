@@ -21,6 +21,8 @@ class Thread {
 
 // The system's numbers, which are given out again.
 uint32_t ThisProcess();
+uint32_t ThisThread();
+bool ThreadLives(uint32_t thread);
 
 // As long as it lives the calling thread, which may be a client's, is not ended by pthread_cancel.
 class NotCancelled {
@@ -33,8 +35,6 @@ class NotCancelled {
  private:
   int before_ = 0;
 };
-uint32_t ThisThread();
-bool ThreadLives(uint32_t thread);
 
 // Has functions called around each fork: the last that were asked for come first before it.
 void CallAroundForks(void (*before)(), void (*inParent)(), void (*inChild)());
