@@ -76,6 +76,7 @@ StoreUpdate Write(PreferenceText *text, StoreUpdate seen, Agreement *agreement,
   named.reserve(text->sections.size());
   for (TextSection const &section : text->sections) named.push_back(section.path);
   std::vector<SectionPath const *> paths;
+  paths.reserve(named.size());
   for (SectionPath const &path : named) paths.push_back(&path);
   std::string const work = "writing " + std::to_string(seen.changes()) + " values";
   seen = {};
