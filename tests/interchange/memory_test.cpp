@@ -46,10 +46,8 @@ TEST_F(CardTextMemoryTest, EveryCallGivesItsFailure) {
   });
   std::string const text = Path("text");
   ASSERT_GT(ExportCard(&card, text.c_str()), 0);
-  FailsUntilItWorks(0, [&] {
-    PCardStorage back;
-    return int64_t{ImportCard(&back, text.c_str())};
-  });
+  PCardStorage back;
+  FailsUntilItWorks(0, [&] { return int64_t{ImportCard(&back, text.c_str())}; });
 }
 
 }  // namespace

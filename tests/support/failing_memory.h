@@ -4,21 +4,17 @@
 #include <cstdlib>
 #include <new>
 
-// Replaces the allocation functions of the program, so one file of it alone may include this.
+// Counts what this program's own objects, the library's among them, take by malloc, calloc, a
+// realloc that grows, and new. The new of a program is replaced by including this, so one file of
+// it alone may do that.
+
+// How many more allocations of this thread there is memory for; below 0 there is no end.
+extern constinit thread_local int allocationsLeft;
 
 namespace {
 
-// How many more allocations there is memory for; below 0 there is no end.
-thread_local int allocationsLeft = -1;
-
-void *Allocate(std::size_t size) noexcept {
-  if (allocationsLeft == 0) return nullptr;
-  if (allocationsLeft > 0) allocationsLeft--;
-  return std::malloc(size);
-}
-
 void *AllocateOrThrow(std::size_t size) {
-  void *const memory = Allocate(size);
+  void *const memory = std::malloc(size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
@@ -37,10 +33,10 @@ void *operator new[](std::size_t size) {
   return AllocateOrThrow(size);
 }
 void *operator new(std::size_t size, std::nothrow_t const &) noexcept {
-  return Allocate(size);
+  return std::malloc(size);
 }
 void *operator new[](std::size_t size, std::nothrow_t const &) noexcept {
-  return Allocate(size);
+  return std::malloc(size);
 }
 void operator delete(void *memory) noexcept {
   Free(memory);
