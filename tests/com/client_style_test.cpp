@@ -55,8 +55,17 @@ static_assert((CLSCTX_INPROC_SERVER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER
 [[maybe_unused]] LPCWSTR const section = u"Audio";
 static_assert(ResultFromScode(E_FAIL) == E_FAIL && IID_NULL == GUID_NULL);
 
-[[maybe_unused]] VARTYPE TypeOf(VARIANTARG const *argument) {
-  return V_VT(argument);
+[[maybe_unused]] LPENUMCONNECTIONPOINTS points = nullptr;
+[[maybe_unused]] LPCONNECTDATA connection = nullptr;
+[[maybe_unused]] LPENUMSTATPROPSTG properties = nullptr;
+[[maybe_unused]] LPCSTR const narrow = "Audio";
+static_assert(MAKE_HRESULT(1, 7, 14) == E_OUTOFMEMORY && HRESULT_CODE(E_OUTOFMEMORY) == 14);
+static_assert(CLSID_NULL != IID_IDispatch && GHND == 0x42);
+
+[[maybe_unused]] ULONG_PTR NumberOf(VARIANTARG const *argument) {
+  LARGE_INTEGER wide;
+  wide.QuadPart = V_VT(argument) == VT_BOOL ? V_BOOL(argument) : V_I4(argument);
+  return V_VT(argument) == VT_BSTR ? SysStringLen(V_BSTR(argument)) : wide.u.LowPart;
 }
 
 }  // namespace

@@ -158,9 +158,15 @@ TEST(PropVariant, RefusesWhatItDoesNotKnow) {
     value.vt = type;
     PROPVARIANT copy = {};
     EXPECT_EQ(PropVariantCopy(&copy, &value), STG_E_INVALIDPARAMETER);
+    PROPVARIANT vector = {};
+    vector.vt = VT_VECTOR | VT_VARIANT;
+    vector.capropvar = {1, &value};
+    EXPECT_EQ(PropVariantCopy(&copy, &vector), STG_E_INVALIDPARAMETER) << "as an element";
     EXPECT_EQ(PropVariantClear(&value), STG_E_INVALIDPARAMETER);
     EXPECT_EQ(value.vt, VT_EMPTY);
   }
+  PropVariantInit(nullptr);
+  VariantInit(nullptr);
   EXPECT_EQ(FreePropVariantArray(0, nullptr), S_OK);
   EXPECT_EQ(FreePropVariantArray(1, nullptr), E_INVALIDARG);
 }

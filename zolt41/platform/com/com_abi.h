@@ -38,6 +38,7 @@ using BYTE = uint8_t;
 using WORD = uint16_t;
 using DWORD = uint32_t;
 using DWORD_PTR = uintptr_t;
+using ULONG_PTR = uintptr_t;
 using LONG = int32_t;
 using ULONG = uint32_t;
 using UINT = uint32_t;
@@ -49,6 +50,8 @@ using LPOLESTR = char16_t *;
 using LPCOLESTR = char16_t const *;
 using LPWSTR = char16_t *;
 using LPCWSTR = char16_t const *;
+using LPSTR = char *;
+using LPCSTR = char const *;
 using BSTR = char16_t *;
 using LPVOID = void *;
 using LPDWORD = DWORD *;
@@ -83,6 +86,7 @@ constexpr bool IsEqualCLSID(REFCLSID a, REFCLSID b) {
 }
 inline constexpr GUID GUID_NULL = {};
 inline constexpr IID IID_NULL = {};
+inline constexpr CLSID CLSID_NULL = {};
 
 constexpr bool SUCCEEDED(HRESULT result) {
   return result >= 0;
@@ -116,6 +120,12 @@ inline constexpr HRESULT CO_E_CLASSSTRING = static_cast<HRESULT>(0x800401F3);
 inline constexpr HRESULT CO_E_DLLNOTFOUND = static_cast<HRESULT>(0x800401F8);
 inline constexpr HRESULT CO_E_ERRORINDLL = static_cast<HRESULT>(0x800401F9);
 
+constexpr HRESULT MAKE_HRESULT(uint32_t failed, uint32_t facility, uint32_t code) {
+  return static_cast<HRESULT>(failed << 31 | facility << 16 | code);
+}
+constexpr WORD HRESULT_CODE(HRESULT result) {
+  return static_cast<WORD>(result);
+}
 constexpr HRESULT ResultFromScode(SCODE code) {
   return code;
 }
@@ -131,6 +141,7 @@ inline LONG InterlockedDecrement(LONG volatile *number) {
 inline constexpr DISPID DISPID_UNKNOWN = -1;
 
 inline constexpr IID IID_IUnknown = {0, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr IID IID_IDispatch = {0x00020400, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 inline constexpr IID IID_IClassFactory = {1, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
 inline constexpr IID IID_IConnectionPointContainer = {
     0xB196B284, 0xBAB4, 0x101A, {0xB6, 0x9C, 0x00, 0xAA, 0x00, 0x34, 0x1D, 0x07}};
@@ -198,7 +209,9 @@ struct ZOLT_API IPropertyNotifySink : IUnknown {
   virtual HRESULT OnRequestEdit(DISPID id) = 0;
 };
 
+using LPCONNECTDATA = CONNECTDATA *;
 using LPENUMCONNECTIONS = IEnumConnections *;
+using LPENUMCONNECTIONPOINTS = IEnumConnectionPoints *;
 using LPCONNECTIONPOINT = IConnectionPoint *;
 using LPCONNECTIONPOINTCONTAINER = IConnectionPointContainer *;
 using LPPROPERTYNOTIFYSINK = IPropertyNotifySink *;

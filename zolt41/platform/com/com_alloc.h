@@ -33,6 +33,9 @@ ZOLT_API UINT SysStringByteLen(BSTR text);
 // The id as text in braces with capital digits, of 38 characters and a NUL, which the caller frees
 // with CoTaskMemFree. E_POINTER without a place for it, E_OUTOFMEMORY without memory.
 ZOLT_API HRESULT StringFromCLSID(REFCLSID id, LPOLESTR *text);
+inline HRESULT StringFromIID(REFIID id, LPOLESTR *text) {
+  return StringFromCLSID(id, text);
+}
 // The same into a buffer of `size` characters; 39, or 0 if that is too few.
 ZOLT_API int32_t StringFromGUID2(REFGUID id, LPOLESTR text, int32_t size);
 // Reads such a text, with digits of either case. Null is the id of zeros. CO_E_CLASSSTRING, and

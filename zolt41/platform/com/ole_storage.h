@@ -186,6 +186,7 @@ struct ZOLT_API IEnumSTATPROPSTG : IUnknown {
   virtual HRESULT Reset() = 0;
   virtual HRESULT Clone(IEnumSTATPROPSTG **out) = 0;
 };
+using LPENUMSTATPROPSTG = IEnumSTATPROPSTG *;
 
 struct ZOLT_API IPropertyStorage : IUnknown {
   virtual HRESULT ReadMultiple(ULONG count, PROPSPEC const specs[], PROPVARIANT variants[]) = 0;

@@ -13,17 +13,16 @@ namespace {
 // What an element owns.
 struct Owned {
   void (*free)(void *element);
-  // Makes the bitwise copy at `element` one that owns its own; false, owning nothing, without
-  // memory.
-  bool (*own)(void *element);
+  // Makes the bitwise copy at `element` one that owns its own. After a failure it owns nothing.
+  HRESULT (*own)(void *element);
 };
 
-bool OwnBytes(void **block, uint64_t size) {
-  if (*block == nullptr) return true;
+HRESULT OwnBytes(void **block, uint64_t size) {
+  if (*block == nullptr) return S_OK;
   void *const copy = CoTaskMemAlloc(size);
   if (copy != nullptr && size != 0) std::memcpy(copy, *block, size);
   *block = copy;
-  return copy != nullptr;
+  return copy == nullptr ? E_OUTOFMEMORY : S_OK;
 }
 
 template <typename Type>
@@ -31,23 +30,23 @@ Type &As(void *element) {
   return *static_cast<Type *>(element);
 }
 
-constexpr Owned kNothing = {[](void *) {}, [](void *) { return true; }};
+constexpr Owned kNothing = {[](void *) {}, [](void *) { return S_OK; }};
 
 constexpr Owned kObject = {[](void *element) {
                              if (auto *object = As<IUnknown *>(element)) object->Release();
                            },
                            [](void *element) {
                              if (auto *object = As<IUnknown *>(element)) object->AddRef();
-                             return true;
+                             return S_OK;
                            }};
 
 constexpr Owned kBstr = {[](void *element) { SysFreeString(As<BSTR>(element)); },
                          [](void *element) {
                            BSTR &text = As<BSTR>(element);
-                           if (text == nullptr) return true;
+                           if (text == nullptr) return S_OK;
                            text = SysAllocStringByteLen(reinterpret_cast<char const *>(text),
                                                         SysStringByteLen(text));
-                           return text != nullptr;
+                           return text == nullptr ? E_OUTOFMEMORY : S_OK;
                          }};
 
 void FreeBlock(void *element) {
@@ -57,7 +56,7 @@ void FreeBlock(void *element) {
 template <typename Character>
 constexpr Owned kText = {FreeBlock, [](void *element) {
                            auto const *text = As<Character const *>(element);
-                           if (text == nullptr) return true;
+                           if (text == nullptr) return S_OK;
                            uint64_t const length =
                                std::basic_string_view<Character>(text).size() + 1;
                            return OwnBytes(&As<void *>(element), length * sizeof(Character));
@@ -70,18 +69,18 @@ constexpr Owned kBlob = {[](void *element) { CoTaskMemFree(As<BLOB>(element).pBl
                          [](void *element) {
                            BLOB &blob = As<BLOB>(element);
                            void *data = blob.pBlobData;
-                           bool const done = OwnBytes(&data, blob.cbSize);
+                           HRESULT const result = OwnBytes(&data, blob.cbSize);
                            blob.pBlobData = static_cast<BYTE *>(data);
-                           return done;
+                           return result;
                          }};
 
 constexpr Owned kClip = {[](void *element) { CoTaskMemFree(As<CLIPDATA>(element).pClipData); },
                          [](void *element) {
                            CLIPDATA &clip = As<CLIPDATA>(element);
                            void *data = clip.pClipData;
-                           bool const done = OwnBytes(&data, std::max(clip.cbSize, 4U) - 4);
+                           HRESULT const result = OwnBytes(&data, std::max(clip.cbSize, 4U) - 4);
                            clip.pClipData = static_cast<BYTE *>(data);
-                           return done;
+                           return result;
                          }};
 
 constexpr Owned kClipPointer = {[](void *element) {
@@ -90,19 +89,19 @@ constexpr Owned kClipPointer = {[](void *element) {
                                   CoTaskMemFree(clip);
                                 },
                                 [](void *element) {
-                                  if (!OwnBytes(&As<void *>(element), sizeof(CLIPDATA)))
-                                    return false;
+                                  HRESULT result = OwnBytes(&As<void *>(element), sizeof(CLIPDATA));
                                   auto *clip = As<CLIPDATA *>(element);
-                                  if (clip == nullptr || kClip.own(clip)) return true;
-                                  FreeBlock(element);
-                                  return false;
+                                  if (clip == nullptr) return result;
+                                  result = kClip.own(clip);
+                                  if (result != S_OK) FreeBlock(element);
+                                  return result;
                                 }};
 
 constexpr Owned kVariant = {
     [](void *element) { PropVariantClear(static_cast<PROPVARIANT *>(element)); },
     [](void *element) {
       PROPVARIANT const source = As<PROPVARIANT>(element);
-      return PropVariantCopy(static_cast<PROPVARIANT *>(element), &source) == S_OK;
+      return PropVariantCopy(static_cast<PROPVARIANT *>(element), &source);
     }};
 
 // What a type owns by itself, and as an element of a vector; null where it cannot be that.
@@ -172,24 +171,25 @@ void FreeElements(Kind const &kind, char *elements, ULONG count) {
 }
 
 // Makes the array at `variant`, which is a bitwise copy, its own.
-bool OwnElements(Kind const &kind, PROPVARIANT *variant) {
-  if (variant->cac.pElems == nullptr) return true;
+HRESULT OwnElements(Kind const &kind, PROPVARIANT *variant) {
   void *block = variant->cac.pElems;
-  if (!OwnBytes(&block, uint64_t{variant->cac.cElems} * kind.elementSize)) return false;
+  HRESULT result = OwnBytes(&block, uint64_t{variant->cac.cElems} * kind.elementSize);
+  if (block == nullptr) return result;
   auto *const elements = static_cast<char *>(block);
   for (ULONG i = 0; i < variant->cac.cElems; i++) {
-    if (kind.element->own(elements + uint64_t{i} * kind.elementSize)) continue;
+    result = kind.element->own(elements + uint64_t{i} * kind.elementSize);
+    if (result == S_OK) continue;
     FreeElements(kind, elements, i);
-    return false;
+    return result;
   }
   variant->cac.pElems = elements;
-  return true;
+  return S_OK;
 }
 
 }  // namespace
 
 void PropVariantInit(PROPVARIANT *variant) {
-  *variant = PROPVARIANT{};
+  if (variant != nullptr) *variant = PROPVARIANT{};
 }
 
 HRESULT PropVariantClear(PROPVARIANT *variant) {
@@ -213,8 +213,9 @@ HRESULT PropVariantCopy(PROPVARIANT *target, PROPVARIANT const *source) {
   Kind const *const elements = ElementsOf(copy.vt);
   PropVariantInit(target);
   if (kind == nullptr && elements == nullptr) return STG_E_INVALIDPARAMETER;
-  bool const done = kind != nullptr ? kind->single->own(&copy.cVal) : OwnElements(*elements, &copy);
-  if (!done) return E_OUTOFMEMORY;
+  HRESULT const result =
+      kind != nullptr ? kind->single->own(&copy.cVal) : OwnElements(*elements, &copy);
+  if (result != S_OK) return result;
   *target = copy;
   return S_OK;
 }

@@ -34,7 +34,7 @@ bool IsObject(VARTYPE type) {
 }  // namespace
 
 void VariantInit(VARIANT *variant) {
-  *variant = VARIANT{};
+  if (variant != nullptr) *variant = VARIANT{};
 }
 
 HRESULT VariantClear(VARIANT *variant) {

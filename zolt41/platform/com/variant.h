@@ -66,6 +66,10 @@ union LARGE_INTEGER {
     DWORD LowPart;
     LONG HighPart;
   };
+  struct {
+    DWORD LowPart;
+    LONG HighPart;
+  } u;
   int64_t QuadPart;
 };
 
@@ -74,6 +78,10 @@ union ULARGE_INTEGER {
     DWORD LowPart;
     DWORD HighPart;
   };
+  struct {
+    DWORD LowPart;
+    DWORD HighPart;
+  } u;
   uint64_t QuadPart;
 };
 
@@ -132,7 +140,15 @@ struct VARIANT {
 };
 static_assert(sizeof(VARIANT) == 24);
 using VARIANTARG = VARIANT;
+// Also of a PROPVARIANT.
 #define V_VT(variant) ((variant)->vt)
+#define V_BOOL(variant) ((variant)->boolVal)
+#define V_BSTR(variant) ((variant)->bstrVal)
+#define V_I2(variant) ((variant)->iVal)
+#define V_I4(variant) ((variant)->lVal)
+#define V_UI4(variant) ((variant)->ulVal)
+#define V_R8(variant) ((variant)->dblVal)
+#define V_UNKNOWN(variant) ((variant)->punkVal)
 
 struct BLOB {
   ULONG cbSize;
@@ -213,7 +229,7 @@ struct PROPVARIANT {
 };
 static_assert(sizeof(PROPVARIANT) == 24);
 
-// Makes it VT_EMPTY without freeing anything.
+// Makes it VT_EMPTY without freeing anything; lets null pass.
 ZOLT_API void VariantInit(VARIANT *variant);
 // Frees what it owns and makes it VT_EMPTY. What lies behind VT_BYREF is not owned. E_INVALIDARG
 // for null; DISP_E_BADVARTYPE, with nothing done, for a type that no VARIANT has, and for arrays

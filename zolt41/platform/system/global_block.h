@@ -11,6 +11,7 @@
 inline constexpr uint32_t GMEM_MOVEABLE = 0x2;
 inline constexpr uint32_t GMEM_ZEROINIT = 0x40;
 inline constexpr uint32_t GMEM_DISCARDABLE = 0x100;
+inline constexpr uint32_t GHND = GMEM_MOVEABLE | GMEM_ZEROINIT;
 
 // A block of `size` bytes, aligned for any object; all 0 with GMEM_ZEROINIT among the flags, which
 // have no other effect. Null if there is no memory.
