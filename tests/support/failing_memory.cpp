@@ -4,11 +4,15 @@
 
 // Of failing_memory.h, which would replace the new of every program if it were included here.
 constinit thread_local int allocationsLeft = -1;
+constinit thread_local bool onlyOneFails = false;
 
 namespace {
 
 bool TakeOne() {
-  if (allocationsLeft == 0) return false;
+  if (allocationsLeft == 0) {
+    if (onlyOneFails) allocationsLeft = -1;
+    return false;
+  }
   if (allocationsLeft > 0) allocationsLeft--;
   return true;
 }

@@ -10,6 +10,8 @@
 
 // How many more allocations of this thread there is memory for; below 0 there is no end.
 extern constinit thread_local int allocationsLeft;
+// The one behind them fails, and those that come later do not.
+extern constinit thread_local bool onlyOneFails;
 
 namespace {
 
@@ -59,6 +61,15 @@ auto WithMemoryFor(int count, Work const &work) {
   allocationsLeft = count;
   auto const result = work();
   allocationsLeft = -1;
+  return result;
+}
+
+// What `work` gives where one allocation behind the first `count` of this thread fails.
+template <typename Work>
+auto WithOneFailure(int count, Work const &work) {
+  onlyOneFails = true;
+  auto const result = WithMemoryFor(count, work);
+  onlyOneFails = false;
   return result;
 }
 

@@ -59,7 +59,7 @@ HRESULT OpenSection(int32_t parent, char const *name, int32_t kind, REFIID iid, 
   if (out == nullptr) return E_POINTER;
   *out = nullptr;
   if (kind != kUserStore && kind != kSystemStore) return E_INVALIDARG;
-  return Guarded([&]() -> HRESULT {
+  HRESULT const opened = Guarded([&]() -> HRESULT {
     std::lock_guard const guard(ServerLock());
     ServerReference const server;
     WinPrefs *const store = kind == kUserStore ? GetUserPrefs() : GetSystemPrefs();
@@ -74,6 +74,7 @@ HRESULT OpenSection(int32_t parent, char const *name, int32_t kind, REFIID iid, 
     }
     return SectionObject::Make({store, id, parent, name, kind}, iid, out);
   });
+  return opened == E_OUTOFMEMORY ? E_FAIL : opened;
 }
 
 }  // namespace zolt

@@ -7,7 +7,8 @@
 namespace zolt {
 
 // Held while components touch the stores, the list of sections or the section map, so that
-// apartments do not meet there. No client's code runs under it.
+// apartments do not meet there. No client's code runs under it, but that of a store of its own on
+// which a stream works.
 std::recursive_mutex &ServerLock();
 
 // One reference for each component that needs the library. The first starts it, on the tree

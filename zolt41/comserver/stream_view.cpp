@@ -139,12 +139,14 @@ HRESULT ValueStream::CopyTo(IStream *target, ULARGE_INTEGER count, ULARGE_INTEGE
 HRESULT ValueStream::Commit(DWORD /*flags*/) {
   if (!MayWrite()) return STG_E_ACCESSDENIED;
   if (data_ == nullptr) return STG_E_REVERTED;
-  return Guarded([this] {
+  // Whatever the store does with it.
+  static_cast<void>(Guarded([this] {
     std::lock_guard const guard(ServerLock());
     store_->WriteFree(section_, name_, REG_BINARY, reinterpret_cast<uint8_t const *>(data_), size_,
                       PrefLevelThis);
     return S_OK;
-  });
+  }));
+  return S_OK;
 }
 
 HRESULT ValueStream::Revert() {

@@ -23,8 +23,8 @@ class ValueStream final : public RefCounted<IStream, IID_IStream> {
   // The longest name, in bytes, that a value may have here.
   static constexpr size_t kLongestName = 259;
 
-  // E_FAIL if the value is absent, STG_E_INVALIDNAME if the name is too long, E_OUTOFMEMORY; then
-  // `*out` is null.
+  // E_FAIL if the value is absent or there is no memory for its bytes, STG_E_INVALIDNAME if the
+  // name is too long, E_OUTOFMEMORY without memory for the stream; then `*out` is null.
   static HRESULT Open(TYPrefs *store, uint32_t section, std::string_view name, uint32_t mode,
                       IStream **out);
 

@@ -2,6 +2,7 @@
 #define ZOLT41_FOUNDATION_ZOLTX_PTR_ARRAY_H_
 
 #include <cstdint>
+#include <utility>
 
 #include "zolt41/foundation/zoltx_array_fields.h"
 #include "zolt41/platform/system/api.h"
@@ -61,6 +62,9 @@ class ZOLT_API ZOLTXPtrArray {
   int32_t Append(ZOLTXPtrArray const &other);
   // Makes the elements those of `other`; the grow step stays.
   void Copy(ZOLTXPtrArray const &other);
+
+  // Exchanges elements, capacity and grow step, which takes no memory.
+  void Swap(ZOLTXPtrArray &other) noexcept { std::swap(fields_, other.fields_); }
 
   // Put `count` times the value, or what `other` has, before the element at `index`. Beyond the
   // end new elements stand between. `other` may be neither null nor this array itself.

@@ -1,7 +1,9 @@
 #include "zolt41/library/library.h"
 
 #include <initializer_list>
+#include <new>
 #include <string>
+#include <utility>
 
 #include "zolt41/library/store_set.h"
 #include "zolt41/notify/channel_guard.h"
@@ -23,8 +25,11 @@ namespace {
 
 constinit bool initialised = false;
 constinit int32_t useCount = 0;
+// The pointers to the stores outlive them.
+constinit bool storesStand = false;
 
 void DeleteStores() {
+  if (!std::exchange(storesStand, false)) return;
   delete GetUserPrefs();
   delete GetSystemPrefs();
   delete GetSharedSystemPrefs();
@@ -32,8 +37,10 @@ void DeleteStores() {
 }
 
 void Build(char const *path) {
-  zolt::BuildStores(path);
-  zolt::RegisterStandardSections();
+  for (auto *const set : {SetUserPrefs, SetSystemPrefs, SetSharedUserPrefs, SetSharedSystemPrefs})
+    set(nullptr);
+  storesStand = true;
+  if (!zolt::BuildStores(path) || !zolt::RegisterStandardSections()) throw std::bad_alloc();
 }
 
 void TearDown() {

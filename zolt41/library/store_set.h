@@ -4,8 +4,8 @@
 namespace zolt {
 
 // Builds the four stores on `path` (null: the default paths) and makes them those of the process.
-// The former ones are left alone. Without memory a store is null.
-void BuildStores(char const *path);
+// The former ones are left alone. False without memory, and then a store is null.
+bool BuildStores(char const *path);
 
 }  // namespace zolt
 

@@ -148,9 +148,7 @@ int32_t CPrefNotify::AckCallback() {
   changedId = change->id;
   changedLevel = change->level;
   changedExtra = change->extra;
-  changedRecords.Copy(change->records);
-  // The records are ours now.
-  change->records.RemoveAll();
+  changedRecords.Swap(change->records);
   deliveredType_ =
       change->type == PendingChange::kTypeOfSubscriber ? transactionType_ : change->type;
   return 1;

@@ -1,5 +1,6 @@
 #include "zolt41/prefs/standard_sections.h"
 
+#include <algorithm>
 #include <array>
 
 #include "zolt41/prefs/pref_sections.h"
@@ -52,14 +53,11 @@ std::span<StandardSection const> StandardSections() {
   return kSections;
 }
 
-void RegisterStandardSections() {
-  for (StandardSection const &section : kSections) {
-    if (section.parent == 0) {
-      RegisterPrefSection(section.id, section.name);
-    } else {
-      RegisterPrefSection(section.id, section.parent, section.name);
-    }
-  }
+bool RegisterStandardSections() {
+  return std::ranges::all_of(kSections, [](StandardSection const &section) {
+    return section.parent == 0 ? RegisterPrefSection(section.id, section.name) != 0
+                               : RegisterPrefSection(section.id, section.parent, section.name) != 0;
+  });
 }
 
 void UnregisterStandardSections() {

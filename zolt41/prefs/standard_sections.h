@@ -19,7 +19,8 @@ struct StandardSection {
 // In the order of registering; a parent stands before its children.
 ZOLT_API std::span<StandardSection const> StandardSections();
 
-void RegisterStandardSections();
+// False, with the rest left out, where there is no memory for one.
+bool RegisterStandardSections();
 void UnregisterStandardSections();
 
 }  // namespace zolt

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 #include "zolt41/foundation/a_string.h"
 
@@ -19,6 +20,7 @@ HKEY OpenTreePath(HKEY root, char const *path) {
     HKEY next = 0;
     int32_t const result = RegCreateKeyA(current == 0 ? root : current, name, &next);
     if (current != 0) RegCloseKey(current);
+    if (result == ERROR_NOT_ENOUGH_MEMORY) throw std::bad_alloc();
     if (result != ERROR_SUCCESS) return 0;
     current = next;
   }

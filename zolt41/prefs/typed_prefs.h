@@ -119,9 +119,11 @@ class ZOLT_API TYPrefs {
 
   // Gives a value, of this store or its parents, as a stream of its bytes (comserver/). `mode` is
   // of STGM_READ, STGM_WRITE, STGM_READWRITE and STGM_TRANSACTED. The result is an HRESULT: 0;
-  // E_INVALIDARG if `stream` is null; E_FAIL if no store has the value, STG_E_INVALIDNAME for a
-  // name of more than 259 bytes, E_OUTOFMEMORY: then `*stream` is null. The caller releases the
-  // stream, before the store goes; the library stays started for as long.
+  // E_INVALIDARG if `stream` is null; E_FAIL if no store has the value or there is no memory for
+  // its bytes, STG_E_INVALIDNAME for a name of more than 259 bytes, E_OUTOFMEMORY without memory
+  // for the stream: then `*stream` is null. The caller releases the stream, before the store goes;
+  // the library stays started for as long. A client's own store is called under a lock, and may
+  // not wait there for a thread that uses components.
   int32_t GetStream(uint32_t section, char const *name, IStream **stream, uint32_t mode);
 
  protected:

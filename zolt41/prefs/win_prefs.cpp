@@ -30,17 +30,25 @@ HKEY KeyIn(zolt::LevelTree const &tree, Section const *section) {
 }  // namespace
 
 WinPrefs::WinPrefs(PrefLevel level, char const *path) : TYPrefs(level) {
+  if (zolt::HasTree(level)) OpenTop(path);
   ++liveStores;
-  if (!zolt::HasTree(level)) return;
-  zolt::LevelTree const &tree = zolt::TreeOf(level);
+}
+
+void WinPrefs::OpenTop(char const *path) {
+  zolt::LevelTree const &tree = zolt::TreeOf(Level());
   char defaultPath[260] = "";
   if (path == nullptr) {
     LoadStringA(zolt::LibraryInstance(), tree.defaultPath, defaultPath, sizeof defaultPath);
     path = defaultPath;
   }
   key_ = zolt::OpenTreePath(tree.root, path);
-  if (zolt::sectionList.Root(level) == 0)
-    zolt::sectionList.SetRoot(level, zolt::OpenTreePath(tree.root, path));
+  if (zolt::sectionList.Root(Level()) != 0) return;
+  try {
+    zolt::sectionList.SetRoot(Level(), zolt::OpenTreePath(tree.root, path));
+  } catch (...) {
+    if (key_ != 0) RegCloseKey(key_);
+    throw;
+  }
 }
 
 WinPrefs::~WinPrefs() {

@@ -22,7 +22,8 @@ class ZOLT_API WinPrefs : public TYPrefs {
  public:
   // Opens the key that `path` leads to, making what is missing. Its components are parted by
   // colons and backslashes; it ends at the first empty one, and at its 254th character. Null
-  // stands for the default path of the level.
+  // stands for the default path of the level. Throws std::bad_alloc where there is no memory for a
+  // key.
   WinPrefs(PrefLevel level, char const *path);
   ~WinPrefs() override;
   WinPrefs(WinPrefs const &) = delete;
@@ -90,6 +91,7 @@ class ZOLT_API WinPrefs : public TYPrefs {
   Section *GetSectionFromID(int32_t id);
 
  private:
+  ZOLT_HIDDEN void OpenTop(char const *path);
   ZOLT_HIDDEN HKEY ReportedKey(HKEY key) const;
   ZOLT_HIDDEN HKEY KeyOf(uint32_t section) const;
   ZOLT_HIDDEN HKEY KeyToWrite(uint32_t section) const;
