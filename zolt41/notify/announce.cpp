@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <thread>
 
 #include "zolt41/notify/announcement_ring.h"
 #include "zolt41/notify/channel_objects.h"
@@ -45,11 +44,10 @@ void Announce(Announcement const &announcement, Pause pause) {
 
 void AlertBeforeAnnouncing() {
   ChannelArea *const channel = Channel();
-  static uint32_t const processors = std::thread::hardware_concurrency();
   if (channel == nullptr || channel->wordsReady.load() == 0) return;
   if (steady_clock::now().time_since_epoch().count() < busyUntil) return;
   uint32_t const asleep = FindWaitingThreads(*channel).asleep;
-  if (asleep != 0 && asleep < processors) AlertWaitingThreads(channel);
+  if (asleep != 0 && asleep < Processors()) AlertWaitingThreads(channel);
 }
 
 }  // namespace zolt

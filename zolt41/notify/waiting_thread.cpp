@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <climits>
+#include <thread>
 
 #include "zolt41/notify/announcement_ring.h"
 #include "zolt41/notify/channel_objects.h"
@@ -18,8 +19,23 @@ namespace {
 
 using std::chrono::steady_clock;
 
-// For an announcement that an alert went ahead of: a write takes some ten microseconds.
+// For an announcement that an alert went ahead of, as a write takes some ten microseconds; and for
+// the next one where they come close together, as to fall asleep and to be woken takes longer.
 constexpr auto kLookOut = std::chrono::microseconds(100);
+constexpr auto kClose = std::chrono::milliseconds(1);
+
+// When this thread heard the last announcement, and whether it came close behind the one before.
+struct Pace {
+  steady_clock::time_point last;
+  bool close = false;
+
+  void Heard() {
+    auto const now = steady_clock::now();
+    close = now - last < kClose;
+    last = now;
+  }
+};
+thread_local Pace pace;
 
 // Where the system cannot sleep on two words the notification thread hears for all.
 constinit std::atomic<bool> supported = true;
@@ -38,6 +54,7 @@ class Shown {
   Shown &operator=(Shown const &) = delete;
 
   void LookOut() { Show(shown_ | kLooksOut); }
+  void Sleep() { Show(shown_ & ~kLooksOut); }
   bool any() const { return shown_ != 0; }
 
  private:
@@ -59,17 +76,42 @@ struct Message {
   bool came() const { return word->load() != expected; }
 };
 
-void AwaitAnnouncement(ChannelArea const &channel, uint32_t last, Message const &message) {
-  auto const end = steady_clock::now() + kLookOut;
+void AwaitAnnouncement(ChannelArea const &channel, uint32_t last, Message const &message,
+                       steady_clock::time_point end) {
   // The writer may need this very processor.
   while (LastAnnouncement(channel.ring) == last && !message.came() && steady_clock::now() < end)
     sched_yield();
 }
 
+// Whether there is a processor for each thread that hears, and one for the writer.
+bool FewListen(ChannelArea const &channel) {
+  uint32_t listening = 0;
+  uint32_t const used = std::min(channel.slotsUsed.load(), kSegmentPlaces);
+  for (uint32_t i = 0; i < used; i++) listening += channel.slots[i].listening.load() != 0 ? 1 : 0;
+  return listening < Processors();
+}
+
+bool Hear(uint32_t thread) {
+  bool const heard = HearAll(thread);
+  if (heard) pace.Heard();
+  return heard;
+}
+
 void SleepUntilAlert(ChannelArea *channel, Shown *shown, Message const &message, uint32_t thread) {
-  uint32_t const alerts = channel->alerts.load();
-  uint32_t const last = LastAnnouncement(channel->ring);
-  if (HearAll(thread) || message.came()) return;
+  uint32_t alerts = 0;
+  uint32_t last = 0;
+  auto const anything = [&] {
+    alerts = channel->alerts.load();
+    last = LastAnnouncement(channel->ring);
+    return Hear(thread) || message.came();
+  };
+  if (pace.close && steady_clock::now() < pace.last + kLookOut && FewListen(*channel)) {
+    shown->LookOut();
+    if (anything()) return;
+    AwaitAnnouncement(*channel, last, message, pace.last + kLookOut);
+    shown->Sleep();
+  }
+  if (anything()) return;
   if (!SleepOnEither(message.word, message.expected, &channel->alerts, alerts)) {
     supported.store(false);
     return;
@@ -77,7 +119,7 @@ void SleepUntilAlert(ChannelArea *channel, Shown *shown, Message const &message,
   // A signal is none.
   if (message.came() || channel->alerts.load() == alerts) return;
   shown->LookOut();
-  AwaitAnnouncement(*channel, last, message);
+  AwaitAnnouncement(*channel, last, message, steady_clock::now() + kLookOut);
 }
 
 }  // namespace
@@ -90,7 +132,12 @@ void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected) {
     // Who listens is attached, so nobody is waited for here.
     SleepUntilAlert(Channel(), &shown, {word, expected}, thread);
   }
-  HearAll(thread);
+  Hear(thread);
+}
+
+uint32_t Processors() {
+  static uint32_t const processors = std::thread::hardware_concurrency();
+  return processors;
 }
 
 WaitingThreads FindWaitingThreads(ChannelArea const &channel) {

@@ -20,6 +20,9 @@ inline constexpr uint32_t kLooksOut = 0x80000000;
 // For SetMessageWait.
 void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected);
 
+// Of the machine; 0 where the system does not tell.
+uint32_t Processors();
+
 struct WaitingThreads {
   uint32_t asleep = 0;
   bool everywhere;  // each process that listens has one, for all that is known
