@@ -124,28 +124,28 @@ int main(int count, char **arguments) {
   DConfNews dconf;
   auto const send_ours = [&](char const *text) { ours.Send(text); };
   auto const send_sd_bus = [&](char const *text) { bus.Send(text); };
-  for (auto const &[kind, rest] : {std::pair("heard", kNoRest), std::pair("rested", kRest)}) {
-    std::string const key = kind;
-    for (int i = 0; i < kPlacements; i++) {
-      Watchers our_watcher("watch_ours", 1);
-      Watchers bus_watcher("watch_sd_bus", 1);
-      MeasureHearing(
-          rest,
-          {{key + ".ours", &our_watcher, send_ours}, {key + ".sd_bus", &bus_watcher, send_sd_bus}},
-          kNewsEach);
-    }
-    // By itself: its service still writes to the disk for a while when the listener has heard.
-    Watchers dconf_watcher("watch_dconf", 1);
-    MeasureHearing(rest,
-                   {{key + ".dconf", &dconf_watcher, [&](char const *text) { dconf.Send(text); }}});
-  }
   // One at a time listens, so that none waits for the other.
+  struct Listening {
+    char const *key;
+    std::chrono::milliseconds rest;
+    char const *role;
+    Watchers::Send send;
+  };
+  Listening const kinds[] = {{"heard.ours", kNoRest, "watch_ours", send_ours},
+                             {"heard.sd_bus", kNoRest, "watch_sd_bus", send_sd_bus},
+                             {"rested.ours", kRest, "watch_ours", send_ours},
+                             {"rested.sd_bus", kRest, "watch_sd_bus", send_sd_bus},
+                             {"rested.component", kRest, "watch_component", send_ours}};
   for (int i = 0; i < kPlacements; i++) {
-    for (auto const &[key, role] : {std::pair("heard.plain", "watch_ours"),
-                                    std::pair("heard.component", "watch_component")}) {
-      Watchers watcher(role, 1);
-      MeasureHearing(kRest, {{key, &watcher, send_ours}}, kNewsEach);
+    for (Listening const &kind : kinds) {
+      Watchers watcher(kind.role, 1);
+      MeasureHearing(kind.rest, {{kind.key, &watcher, kind.send}}, kNewsEach);
     }
+  }
+  for (auto const &[key, rest] :
+       {std::pair("heard.dconf", kNoRest), std::pair("rested.dconf", kRest)}) {
+    Watchers watcher("watch_dconf", 1);
+    MeasureHearing(rest, {{key, &watcher, [&](char const *text) { dconf.Send(text); }}});
   }
   {
     Watchers our_watchers("watch_ours", kManyWatchers);
