@@ -1,6 +1,7 @@
 #ifndef ZOLT41_TESTS_SUPPORT_CHILD_H_
 #define ZOLT41_TESTS_SUPPORT_CHILD_H_
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <signal.h>
@@ -14,6 +15,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace zolt::testing {
@@ -43,6 +45,13 @@ class Child {
         buffer_.append(block.data(), static_cast<size_t>(got));
       }
     }
+    // Says that it has what it is for, and keeps it until told to go on.
+    void Hold() {
+      Say("held");
+      Hear();
+    }
+    void CloseIn() { close(std::exchange(in_, -1)); }
+    void CloseOut() { close(std::exchange(out_, -1)); }
     // For a process that becomes another program: the pipe is its standard input and output.
     void BecomeStandard() const {
       dup2(in_, STDIN_FILENO);
@@ -55,32 +64,24 @@ class Child {
     std::string buffer_;
   };
 
-  explicit Child(std::function<int(Pipe &)> const &run)
-      : id_(-1), in_(-1), out_(-1), pipe_(-1, -1) {
-    std::array<int, 2> toChild{};
-    std::array<int, 2> toParent{};
-    if (pipe2(toChild.data(), 0) != 0 || pipe2(toParent.data(), 0) != 0)
+  explicit Child(std::function<int(Pipe &)> const &run) {
+    // What it hears from and is heard by, with the end to read of each first.
+    std::array<int, 4> ends{};
+    if (pipe2(&ends[0], O_CLOEXEC) != 0 || pipe2(&ends[2], O_CLOEXEC) != 0)
       throw std::runtime_error("no pipe");
     id_ = fork();
-    if (id_ == 0) {
-      close(toChild[1]);
-      close(toParent[0]);
-      Pipe pipe(toChild[0], toParent[1]);
-      _exit(run(pipe));
-    }
-    close(toChild[0]);
-    close(toParent[1]);
-    in_ = toParent[0];
-    out_ = toChild[1];
-    pipe_ = Pipe(in_, out_);
+    bool const child = id_ == 0;
+    pipe_ = child ? Pipe(ends[0], ends[3]) : Pipe(ends[2], ends[1]);
+    for (size_t const other : {child ? 1U : 0U, child ? 2U : 3U}) close(ends[other]);
+    if (child) _exit(run(pipe_));
   }
   ~Child() {
     if (id_ > 0) {
       Signal(SIGKILL);
       Wait();
     }
-    close(in_);
-    close(out_);
+    pipe_.CloseIn();
+    pipe_.CloseOut();
   }
   Child(Child const &) = delete;
   Child &operator=(Child const &) = delete;
@@ -89,10 +90,7 @@ class Child {
   pid_t id() const { return id_; }
   void Signal(int number) const { kill(id_, number); }
   // Says that no more lines come.
-  void EndInput() {
-    close(out_);
-    out_ = -1;
-  }
+  void EndInput() { pipe_.CloseOut(); }
   // Waits for the end. The exit code, or minus the signal's number. -1000 after 60 seconds.
   int Wait() {
     int const handle = static_cast<int>(syscall(SYS_pidfd_open, id_, 0));
@@ -120,10 +118,8 @@ class Child {
     return poll(&wait, 1, 60000) == 1;
   }
 
-  pid_t id_;
-  int in_;
-  int out_;
-  Pipe pipe_;
+  pid_t id_ = -1;
+  Pipe pipe_{-1, -1};
 };
 
 inline bool HoldsInChild(std::function<bool()> const &holds) {

@@ -32,27 +32,14 @@ inline void Do(FileStep const &step, Disk *disk) {
   if (step.kind == FileStep::sync) return;
   std::string &content = (*disk)[step.path];
   auto const position = static_cast<size_t>(step.position);
-  switch (step.kind) {
-    case FileStep::create:
-      content.clear();
-      break;
-    case FileStep::write:
-      content.resize(std::max(content.size(), position + step.bytes.size()));
-      content.replace(position, step.bytes.size(), step.bytes);
-      break;
-    case FileStep::resize:
-      content.resize(position);
-      break;
-    case FileStep::rename:
-      (*disk)[step.bytes] = content;
-      disk->erase(step.path);
-      break;
-    case FileStep::unlink:
-      disk->erase(step.path);
-      break;
-    case FileStep::sync:
-      break;
+  if (step.kind == FileStep::create) content.clear();
+  if (step.kind == FileStep::resize) content.resize(position);
+  if (step.kind == FileStep::write) {
+    content.resize(std::max(content.size(), position + step.bytes.size()));
+    content.replace(position, step.bytes.size(), step.bytes);
   }
+  if (step.kind == FileStep::rename) (*disk)[step.bytes] = content;
+  if (step.kind == FileStep::rename || step.kind == FileStep::unlink) disk->erase(step.path);
 }
 
 // Stands between the library's files and the system for as long as it lives: keeps a record of all

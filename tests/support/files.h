@@ -19,6 +19,12 @@ inline void WriteContent(std::string const &path, std::string const &content) {
   std::ofstream(path, std::ios::binary) << content;
 }
 
+// Whether a part is in a text, which is shown if not.
+inline ::testing::AssertionResult Has(std::string const &text, std::string const &part) {
+  bool const has = text.find(part) != std::string::npos;
+  return ::testing::AssertionResult(has) << "\"" << part << "\" in: " << text;
+}
+
 // A home of its own, in which the test's files lie, too.
 class FileTest : public ::testing::Test {
  protected:

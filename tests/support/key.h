@@ -35,6 +35,12 @@ class Key {
     int32_t const result = ZOLTQueryText(handle, name.c_str(), text, &size);
     return result == 0 ? std::string(text, size - 1) : "!" + std::to_string(result);
   }
+  // The same of several, with a blank between them.
+  std::string GetAll(std::vector<std::string> const &names) const {
+    std::string all;
+    for (std::string const &name : names) all += (all.empty() ? "" : " ") + Get(name);
+    return all;
+  }
   std::string GetBytes(std::string const &name) const {
     uint32_t size = 0;
     if (RegQueryValueExA(handle, name.c_str(), nullptr, nullptr, nullptr, &size) != 0) return "!";

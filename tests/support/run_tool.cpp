@@ -2,11 +2,12 @@
 
 #include <fcntl.h>
 #include <stdlib.h>
+#include <string.h>
 #include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <termios.h>
 
-#include <iterator>
+#include <iomanip>
 #include <sstream>
 
 #include "tests/support/child.h"
@@ -34,18 +35,14 @@ int Terminal() {
   return master;
 }
 
-int PipeWithoutReader() {
+int OutputFor(ToolOutput output) {
+  if (output == ToolOutput::terminal) return Terminal();
+  if (output == ToolOutput::fullDevice) return open("/dev/full", O_WRONLY | O_CLOEXEC);
+  if (output != ToolOutput::brokenPipe) return MemoryFile("");
   std::array<int, 2> ends{};
   if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
   close(ends[0]);
   return ends[1];
-}
-
-int OutputFor(ToolOutput output) {
-  if (output == ToolOutput::terminal) return Terminal();
-  if (output == ToolOutput::brokenPipe) return PipeWithoutReader();
-  if (output == ToolOutput::fullDevice) return open("/dev/full", O_WRONLY | O_CLOEXEC);
-  return MemoryFile("");
 }
 
 // All that was written, or "" where nothing can be read.
@@ -60,13 +57,6 @@ std::string Captured(int file) {
   }
 }
 
-// Puts the tool in the place of this process.
-int Become(std::vector<std::string> words, std::vector<std::string> environment) {
-  words.insert(words.begin(), ZOLT_TOOL);
-  for (std::string &entry : environment) putenv(entry.data());
-  return Child::Become(words);
-}
-
 }  // namespace
 
 ToolResult RunTool(std::vector<std::string> const &arguments, ToolSetting const &setting) {
@@ -79,7 +69,10 @@ ToolResult RunTool(std::vector<std::string> const &arguments, ToolSetting const 
     dup2(terminal ? ioctl(out, TIOCGPTPEER, O_RDWR | O_NOCTTY) : out, 1);
     dup2(err, 2);
     if (setting.output == ToolOutput::closed) close(1);
-    return Become(arguments, setting.environment);
+    for (std::string const &entry : setting.environment) putenv(strdup(entry.c_str()));
+    std::vector<std::string> words = {ZOLT_TOOL};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    return Child::Become(words);
   });
   ToolResult const result = {tool.Wait(), Captured(out), Captured(err)};
   for (int const file : {in, out, err}) close(file);
@@ -88,7 +81,9 @@ ToolResult RunTool(std::vector<std::string> const &arguments, ToolSetting const 
 
 std::vector<std::string> Words(std::string const &line) {
   std::istringstream stream(line);
-  return {std::istream_iterator<std::string>(stream), {}};
+  std::vector<std::string> words;
+  for (std::string word; stream >> std::quoted(word, '\'');) words.push_back(word);
+  return words;
 }
 
 }  // namespace zolt::testing

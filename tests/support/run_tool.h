@@ -24,7 +24,7 @@ struct ToolResult {
 // Runs the tool as a process of its own and waits for its end.
 ToolResult RunTool(std::vector<std::string> const &arguments, ToolSetting const &setting = {});
 
-// The words of a line, which blanks part.
+// The words of a line, which blanks part; one with blanks, or none, stands in 'single quotes'.
 std::vector<std::string> Words(std::string const &line);
 
 }  // namespace zolt::testing
