@@ -1,11 +1,10 @@
-#include <gtest/gtest.h>
-
 #include <sys/stat.h>
 
+#include <csignal>
 #include <filesystem>
-#include <future>
 #include <nlohmann/json.hpp>
-#include <string>
+#include <thread>
+#include <tuple>
 
 #include "tests/support/format_page.h"
 #include "tests/tool/tool_fixture.h"
@@ -14,20 +13,16 @@ namespace zolt::testing {
 namespace {
 
 using nlohmann::json;
+using namespace std::string_literals;
 
 class CardTest : public ToolTest {
  protected:
-  std::string Card(Line operands, int code = 0, ToolSetting const &setting = {}) {
-    operands.insert(operands.begin(), "card");
-    ToolResult const result = RunTool(operands, setting);
-    EXPECT_EQ(result.code, code) << result.err;
-    error_ = result.err;
+  static std::string Card(std::string const &line, int code = 0, ToolSetting const &setting = {}) {
+    ToolResult const result = Run("card " + line, setting);
+    EXPECT_EQ(result.code, code) << line << result.err;
     return result.out;
   }
-  std::string New() {
-    Card({"new", Path("a")});
-    return Path("a");
-  }
+  static void New() { Card("new a"); }
 
   static std::string Slot(std::string const &section, std::string name, std::string const &place) {
     name.resize(32);
@@ -35,262 +30,225 @@ class CardTest : public ToolTest {
   }
 
   // A card file whose preferences have a head, slots, and a byte.
-  std::string WithPreferences(std::string const &head, std::string const &slots) {
+  static std::string WithPreferences(std::string const &head, std::string const &slots) {
     std::string const blob = FromHex(head) + slots + "x";
     CallCard card(CardFormatBinary);
     card.AddProp("L-BRNDL-TYPREFS", PropertyData, PropertyLocal, blob.data(),
                  static_cast<int32_t>(blob.size()));
-    card.SaveCardAs(CardFormatBinary, Path("prefs").c_str());
-    return ContentOf(Path("prefs"));
+    card.SaveCardAs(CardFormatBinary, "prefs");
+    return ContentOf("prefs");
   }
-
-  std::string error_;
 };
 
 TEST_F(CardTest, ACardIsMadeFilledReadAndEmptied) {
-  std::string const card = New();
-  Card({"new", card}, 2);
-  Card({"set", card, "FN", "Anna \u0411ell", "ORG", "a\tb"});
-  EXPECT_EQ(error_, "FN: unset -> Anna \u0411ell\nORG: unset -> a\\tb\n");
-  Card({"set", card, "TEL", "5", "--flags", "work,VOICE", "--type", "ascii"});
-  Card({"set", card, "TEL", "6", "--flags", "HOME"});
-  Card({"set", card, "TEL", "7"}, 2);
-  Card({"set", card, "tel", "8", "--flags", "HOME"});
-  EXPECT_EQ(error_, "TEL HOME: 6 -> 8\n");
-  Card({"set", card, "PHOTO", "0x00FF", "--type", "bitmap"});
-  Card({"set", card, "FN", "Anna \u0411ell"});
-  EXPECT_EQ(error_, "FN: unchanged\n");
-  EXPECT_EQ(Card({"show", card}),
-            "FN\tAnna \u0411ell\tUNICODE\nORG\ta\\tb\tUNICODE\nTEL\t5\tASCII\tWORK,VOICE\n"
-            "TEL\t8\tUNICODE\tHOME\nPHOTO\t0x00ff\tBITMAP\n");
-  EXPECT_EQ(Card({"get", card, "tel", "--flags", "HOME"}), "8\n");
-  EXPECT_EQ(Card({"get", card, "PHOTO"}), std::string("\0\xFF", 2));
-  Card({"get", card, "PHOTO"}, 2, {.output = ToolOutput::terminal});
-  Card({"get", card, "TELL"}, 1);
-  EXPECT_EQ(error_, "zolt: TELL: the card has no such property; did you mean TEL?\n");
-  Card({"-n", "unset", card, "TEL"});
-  Card({"unset", card, "TEL", "NONE"});
-  EXPECT_EQ(error_, "TEL HOME: 8 -> unset\nTEL WORK,VOICE: 5 -> unset\n");
-  for (Line const &wrong :
-       {Line{"set", card, "\u00E9", "x"}, Line{"set", card, "N", "x", "--flags", "HOM"},
-        Line{"set", card, "N", "\u0411", "--type", "ascii"},
-        Line{"set", card, "N", "x", "--type", "asci"}, Line{"set", card, "N"}}) {
-    Card(wrong, 2);
-  }
+  New();
+  Expect({
+      {"card new a", 2},
+      {"card set a FN 'Anna \u0411ell' ORG 'a\tb'", 0, "",
+       "FN: unset -> Anna \u0411ell\nORG: unset -> a\\tb\n"},
+      {"-q card set a TEL 5 --flags work,VOICE --type ascii"},
+      {"-q card set a TEL 6 --flags HOME"},
+      {"card set a TEL 7", 2},
+      {"card set a tel 8 --flags HOME", 0, "", "TEL HOME: 6 -> 8\n"},
+      {"-q card set a PHOTO 0x00FF --type bitmap"},
+      {"card set a FN 'Anna \u0411ell'", 0, "", "FN: unchanged\n"},
+      {"card show a", 0,
+       "FN\tAnna \u0411ell\tUNICODE\nORG\ta\\tb\tUNICODE\nTEL\t5\tASCII\tWORK,VOICE\n"
+       "TEL\t8\tUNICODE\tHOME\nPHOTO\t0x00ff\tBITMAP\n"},
+      {"card get a tel --flags HOME", 0, "8\n"},
+      {"card get a PHOTO", 0, {"\0\xFF", 2}},
+      {"card get a PHOTO", 2, "", "", {.output = ToolOutput::terminal}},
+      {"card get a TELL", 1, "", "zolt: TELL: the card has no such property; did you mean TEL?\n"},
+      {"-n -q card unset a TEL"},
+      {"card unset a TEL NONE", 0, "", "TEL HOME: 8 -> unset\nTEL WORK,VOICE: 5 -> unset\n"},
+  });
+  Expect(2, {"card set a \u00E9 x", "card set a N x --flags HOM",
+             "card set a N \u0411 --type ascii", "card set a N x --type asci", "card set a N"});
 }
 
 TEST_F(CardTest, OneIsAddedBesideThoseOfItsName) {
-  std::string const set = "card set " + New() + " ";
+  New();
+  std::string const set = "card set a ";
   Expect({
       {set + "TEL 1", 0, "", "TEL: unset -> 1\n"},
       {set + "TEL --add 2 --add 3", 0, "", "TEL: unset -> 2\nTEL: unset -> 3\n"},
       {set + "tel --add 1", 0, "", "TEL: unchanged\n"},
       {set + "TEL --add 1 --flags HOME", 0, "", "TEL HOME: unset -> 1\n"},
       {set + "-n TEL --add 4", 0, "", "TEL: unset -> 4 (not written)\n"},
-      {set + "TEL 5", 2, "", ""},
+      {set + "TEL 5", 2},
       {set + "TEL 5 --flags 0x0", 2, "",
        "zolt: TEL: the card has several of this name and these flags; card unset removes them, "
        "--add puts another one beside them\n"},
       {set + "TEL 5 --flags HOME", 0, "", "TEL HOME: 1 -> 5\n"},
-      {set + "TEL 5 --add 6", 2, "", ""},
-      {set + "TEL", 2, "", ""},
-      {"card show " + Path("a"), 0,
-       "TEL\t1\tUNICODE\nTEL\t2\tUNICODE\nTEL\t3\tUNICODE\nTEL\t5\tUNICODE\tHOME\n", ""},
+      {set + "TEL 5 --add 6", 2},
+      {set + "TEL", 2},
+      {"card show a", 0,
+       "TEL\t1\tUNICODE\nTEL\t2\tUNICODE\nTEL\t3\tUNICODE\nTEL\t5\tUNICODE\tHOME\n"},
   });
 }
 
 TEST_F(CardTest, CardTextTellsNotOfWhichTypeATextIs) {
-  std::string const card = New();
-  std::string const text = Path("t");
+  New();
   Expect({
-      {"card set " + card + " TEL 5 --type ascii", 0, "", "TEL: unset -> 5\n"},
-      {"card convert " + card + " " + text + " --to text", 0, "", ""},
-      {"card diff " + card + " " + text, 0, "", ""},
-      {"card set " + text + " TEL 5 --type ascii", 0, "", "TEL: unchanged\n"},
-      {"card set " + text + " TEL --add 5 --type url", 0, "", "TEL: unchanged\n"},
-      {"card set " + text + " TEL 6 --type ascii", 0, "", "TEL: 5 -> 6\n"},
-      {"card set " + text + " TEL 6 --type ascii", 0, "", "TEL: unchanged\n"},
-      {"card set " + card + " TEL 5 --type url", 0, "", "TEL: 5 -> 5\n"},
-      {"card diff " + card + " " + text, 1, "modified\tTEL\t\t5\t6\n", ""},
-      {"card set " + card + " TEL 0x35 --type data", 0, "", "TEL: 5 -> 0x35\n"},
-      {"card set " + text + " TEL 0x35", 0, "", "TEL: 6 -> 0x35\n"},
-      {"card diff " + card + " " + text, 1, "modified\tTEL\t\t0x35\t0x35\n", ""},
+      {"-q card set a TEL 5 --type ascii"},
+      {"card convert a t --to text"},
+      {"card diff a t"},
+      {"card set t TEL 5 --type ascii", 0, "", "TEL: unchanged\n"},
+      {"card set t TEL --add 5 --type url", 0, "", "TEL: unchanged\n"},
+      {"card set t TEL 6 --type ascii", 0, "", "TEL: 5 -> 6\n"},
+      {"card set t TEL 6 --type ascii", 0, "", "TEL: unchanged\n"},
+      {"card set a TEL 5 --type url", 0, "", "TEL: 5 -> 5\n"},
+      {"card diff a t", 1, "modified\tTEL\t\t5\t6\n"},
+      {"card set a TEL 0x35 --type data", 0, "", "TEL: 5 -> 0x35\n"},
+      {"card set t TEL 0x35", 0, "", "TEL: 6 -> 0x35\n"},
+      {"card diff a t", 1, "modified\tTEL\t\t0x35\t0x35\n"},
   });
 }
 
 TEST_F(CardTest, WhatTextCannotHoldNeedsAYes) {
   CallCard card(CardFormatBinary);
   card.AddProp("FN", PropertyUnicode | 5, 0, "A\0\0", 4);
-  card.SaveCardAs(CardFormatBinary, Path("type").c_str());
+  card.SaveCardAs(CardFormatBinary, "type");
   Expect({
-      {"card convert " + Path("type") + " " + Path("t") + " --to text", 2, "", ""},
-      {"-y card convert " + Path("type") + " " + Path("t") + " --to text", 0, "", ""},
-      {"card set " + Path("t") + " NOTE x --flags 0x20000", 2, "", ""},
-      {"card set " + Path("t") + " X-BRNDL-CONFID 22-Elm X-BRNDL-IP 10.0.0.1", 0, "",
+      {"card convert type t --to text", 2},
+      {"-y card convert type t --to text"},
+      {"card set t NOTE x --flags 0x20000", 2},
+      {"card set t X-BRNDL-CONFID 22-Elm X-BRNDL-IP 10.0.0.1", 0, "",
        "X-BRNDL-CONFID: unset -> 22-Elm\nX-BRNDL-IP: unset -> 10.0.0.1\n"},
-      {"card check " + Path("t"), 0, "", "zolt: " + Path("t") + ": sound\n"},
+      {"card check t", 0, "", "zolt: t: sound\n"},
   });
-  Card({"set", Path("t"), "X-BRNDL-IP", "10.0.0.1\tgone"}, 2);
-  EXPECT_NE(error_.find("loses X-BRNDL-IP"), std::string::npos) << error_;
+  ToolResult const result = Run("card set t X-BRNDL-IP '10.0.0.1\tgone'");
+  EXPECT_EQ(result.code, 2);
+  EXPECT_TRUE(Has(result.err, "loses X-BRNDL-IP"));
 }
 
 TEST_F(CardTest, PreferencesOfACard) {
-  std::string const card = New();
-  Card({"prefs", card, "set", "Audio", "Volume", "0x28", "-t", "num"});
-  Card({"prefs", card, "set", "Lab", "x", "y"});
-  EXPECT_EQ(error_, "Lab x: unset -> y\n");
-  EXPECT_EQ(Card({"prefs", card, "list"}), "0x42414C00\tx\ty\nConferencing:Audio\tVolume\t40\n");
-  EXPECT_EQ(Card({"prefs", card, "get", "Audio", "volume"}), "40\n");
-  Card({"prefs", card, "unset", "Lab", "x"});
-  Card({"prefs", card, "get", "Lab", "x"}, 1);
-  Card({"prefs", card, "set", "Audio", std::string(32, 'n'), "x"}, 2);
-  Card({"prefs", card, "put", "Audio", "n", "x"}, 2);
-  json const document = json::parse(Card({"--json", "show", card}));
+  New();
+  Expect({
+      {"-q card prefs a set Audio Volume 0x28 -t num"},
+      {"card prefs a set Lab x y", 0, "", "Lab x: unset -> y\n"},
+      {"card prefs a list", 0, "0x42414C00\tx\ty\nConferencing:Audio\tVolume\t40\n"},
+      {"card prefs a get Audio volume", 0, "40\n"},
+      {"-q card prefs a unset Lab x"},
+      {"card prefs a get Lab x", 1},
+  });
+  Expect(2,
+         {"card prefs a set Audio " + std::string(32, 'n') + " x", "card prefs a put Audio n x"});
+  json const document = json::parse(Run("--json card show a").out);
   EXPECT_EQ(document["preferences"],
             json::parse(R"([{"section":"Conferencing:Audio","name":"Volume","value":"40"}])"));
   EXPECT_EQ(document["key"].get<std::string>().size(), 48U);
 }
 
 TEST_F(CardTest, TextAndBackLosesOnlyWhatIsSaid) {
-  std::string const card = New();
-  Card({"set", card, "FN", "Anna \u0411ell", "X-BRNDL-IP", "10.0.0.1", "X-BRNDL-CONFID", "7"});
-  Card({"set", card, "PHOTO", "0x00FF", "--type", "bitmap", "--flags", "HOME"});
-  Card({"prefs", card, "set", "Audio", "Volume", "40"});
-  Card({"convert", card, "--to", "text", Path("t")});
-  std::string const text = ContentOf(Path("t"));
-  EXPECT_NE(text.find("[Preferences]\r\n\r\n[Audio]\r\nVolume=40\r\n"), std::string::npos) << text;
-  Card({"convert", Path("t"), "--to", "card", card}, 2);
-  Card({"-y", "convert", Path("t"), "--to", "card", Path("b")});
-  EXPECT_EQ(Card({"diff", card, Path("b")}), "");
-  Card({"set", card, "FN", "Ben"});
-  EXPECT_EQ(Card({"diff", card, Path("b")}, 1), "modified\tFN\t\tBen\tAnna \u0411ell\n");
+  New();
+  Expect(0, {"card set a FN 'Anna \u0411ell' X-BRNDL-IP 10.0.0.1 X-BRNDL-CONFID 7",
+             "card set a PHOTO 0x00FF --type bitmap --flags HOME",
+             "card prefs a set Audio Volume 40", "card convert a --to text t"});
+  std::string const text = ContentOf("t");
+  EXPECT_TRUE(Has(text, "[Preferences]\r\n\r\n[Audio]\r\nVolume=40\r\n"));
+  Expect({{"card convert t --to card a", 2},
+          {"-y card convert t --to card b"},
+          {"card diff a b"},
+          {"-q card set a FN Ben"},
+          {"card diff a b", 1, "modified\tFN\t\tBen\tAnna \u0411ell\n"}});
   // What text cannot hold.
-  std::string const flags =
-      "DOM,INTL,POSTAL,PARCEL,HOME,WORK,PREF,VOICE,FAX,MSG,CELL,PAGER,BBS,MODEM,CAR";
-  for (Line line : {Line{"set", Path("t"), "TEL", "5", "--flags", flags},
-                    Line{"set", Path("t"), std::string(64, 'N'), "x"},
-                    Line{"prefs", Path("t"), "set", "Audio", "Name", "zw\u00F6lf"},
-                    Line{"prefs", Path("t"), "set", "Lab:Inner", "x", "y"}}) {
-    Card(line, 2);
-    EXPECT_NE(error_.find("loses"), std::string::npos) << error_;
-    EXPECT_EQ(ContentOf(Path("t")), text);
+  for (std::string const &line :
+       {"set t TEL 5 --flags DOM,INTL,POSTAL,PARCEL,HOME,WORK,PREF,VOICE,FAX,MSG,CELL,PAGER,BBS,"
+        "MODEM,CAR"s,
+        "set t " + std::string(64, 'N') + " x", "prefs t set Audio Name zw\u00F6lf"s,
+        "prefs t set Lab:Inner x y"s}) {
+    ToolResult const result = Run("card " + line);
+    EXPECT_EQ(result.code, 2);
+    EXPECT_TRUE(Has(result.err, "loses"));
+    EXPECT_EQ(ContentOf("t"), text);
   }
-  Card({"-y", "prefs", Path("t"), "set", "Audio", "Name", "zw\u00F6lf"});
-  Card({"check", Path("t")}, 4);
-  Card({"unset", Path("t"), "FN"}, 4);
-}
-
-TEST_F(CardTest, WhatIsNoCardIsLeftAlone) {
-  std::string const bytes = ContentOf(New());
-  std::string wrongMagic = bytes;
-  wrongMagic[1] = 'X';
-  struct Row {
-    std::string content;
-    std::string says;
-  };
-  for (Row const &row : {Row{"# Notes\n\nto [keep]\n", ": is no card"}, Row{"", ": is no card"},
-                         Row{std::string("1\n2\n\n[Card Infos]\n\0", 19), ": is no card"},
-                         Row{wrongMagic, ":byte 0: the first bytes are not those of a card file"},
-                         Row{"LN_09", ":byte 0: the first bytes are not those of a card file"}}) {
-    std::string const file = Path("notes");
-    WriteContent(file, row.content);
-    for (Line const &line :
-         {Line{"set", file, "FN", "x"}, Line{"unset", file, "FN"}, Line{"show", file},
-          Line{"get", file, "FN"}, Line{"prefs", file, "set", "Audio", "Volume", "1"},
-          Line{"prefs", file, "list"}, Line{"convert", file, Path("out"), "--to", "card"},
-          Line{"vcard", file}, Line{"diff", file, file}}) {
-      Card(line, 4);
-      EXPECT_TRUE(error_.starts_with("zolt: " + file + row.says)) << error_;
-    }
-    Card({"check", file}, 4);
-    EXPECT_EQ(ContentOf(file), row.content);
-  }
+  Card("-y prefs t set Audio Name zw\u00F6lf");
+  Card("check t", 4);
+  Card("unset t FN", 4);
 }
 
 TEST_F(CardTest, OtherKindsOfFiles) {
-  std::string const card = New();
-  ASSERT_EQ(mkfifo(Path("pipe").c_str(), 0600), 0);
-  for (char const *verb : {"check", "show"}) Card({verb, Path("pipe")}, 3);
-  EXPECT_EQ(Card({"check", "-"}, 0, {.input = ContentOf(card)}), "");
-  EXPECT_EQ(Card({"check", "-"}, 4, {.input = "notes"}), "-: is no card\n");
-  std::filesystem::create_directory(Path("tmp"));
-  Card({"vcard", card}, -13,
-       {.output = ToolOutput::brokenPipe,
-        .environment = {"TMPDIR=" + Path("tmp"), "XDG_RUNTIME_DIR=" + Path("tmp")}});
-  for (auto const &entry : std::filesystem::recursive_directory_iterator(Path("tmp")))
+  New();
+  ASSERT_EQ(mkfifo("pipe", 0600), 0);
+  std::filesystem::create_directory("tmp");
+  std::string const tmp = Path("tmp");
+  Expect(3, {"card check pipe", "card show pipe"});
+  Expect({{"-q card check -", 0, "", "", {ContentOf("a")}},
+          {"card check -", 4, "-: is no card\n", "", {"notes"}}});
+  ToolSetting const broken = {
+      "", ToolOutput::brokenPipe, {"TMPDIR=" + tmp, "XDG_RUNTIME_DIR=" + tmp}};
+  EXPECT_EQ(Run("card vcard a", broken).code, -SIGPIPE);
+  for (auto const &entry : std::filesystem::recursive_directory_iterator("tmp"))
     EXPECT_TRUE(entry.is_directory()) << entry.path();
 }
 
 TEST_F(CardTest, ACardThatIsOpenElsewhereIsWaitedFor) {
-  std::string const card = New();
+  New();
   uint32_t file = 0;
-  ASSERT_EQ(AFS_LZOpenFile(card.c_str(), 3, &file), 0);
-  for (Line const &line :
-       {Line{"set", card, "FN", "x", "--wait", "0"}, Line{"show", card, "--wait", "0"}}) {
-    Card(line, 5);
-  }
-  auto const set = [&card](std::string const &name) {
-    return std::async(std::launch::async, [&card, name] {
-      int code = 0;
-      for (int i = 0; i < 5; i++) {
-        code += RunTool({"card", "set", card, name + std::to_string(i), "x", "--wait", "60"}).code;
-      }
-      return code;
-    });
+  ASSERT_EQ(AFS_LZOpenFile("a", 3, &file), 0);
+  Expect(5, {"card set a FN x --wait 0", "card show a --wait 0"});
+  auto const set = [](char const *name) {
+    for (int i = 0; i < 5; i++) Card("set a " + (name + std::to_string(i)) + " x --wait 60");
   };
-  auto first = set("A");
-  auto second = set("B");
-  AFS_CloseFile(file);
-  EXPECT_EQ(first.get() + second.get(), 0);
-  EXPECT_EQ(CallCard(card.c_str()).PropCount(), 10U) << "no change is lost to another";
+  {
+    std::jthread const first(set, "A");
+    std::jthread const second(set, "B");
+    AFS_CloseFile(file);
+  }
+  EXPECT_EQ(CallCard("a").PropCount(), 10U) << "no change is lost to another";
 }
 
 TEST_F(CardTest, DamageIsNamedWithItsPlace) {
-  std::string const card = New();
-  Card({"set", card, "FN", "Al"});
-  Card({"check", card});
-  std::string const bytes = ContentOf(card);
-  struct Row {
-    std::string content;
-    int code;
-    char const *says;
-  };
-  for (Row const &row : {
-           Row{bytes.substr(0, 58), 4, "byte 58: is cut short within its head"},
-           Row{bytes.substr(0, 70), 4, "byte 60: the list is cut short before a property"},
-           Row{bytes.substr(0, 80), 4, "byte 68: the value of FN would have 6 bytes"},
-           Row{bytes + "more", 1, "byte 84: bytes stand behind the last property"},
-           Row{"1\n2\n[Card Infos]\nA=ASCII::x\nP=BITMAP::x\n", 4,
-               "line 5: bytes do not begin with <; nothing of the text is read"},
-           Row{"1\n2\n\n[Card Infos]\nA=ASCII::x", 1, "line 5: has no line end: it may be cut"},
-           Row{WithPreferences("00000000 00000001", Slot("00000000", "n", "00000002 00000000")), 4,
-               "byte 96: the preference n lies outside of them"},
-           Row{WithPreferences("01000000 01000000", Slot("00000000", "n", "02000000 00000000")), 4,
-               "byte 96: the preference n lies outside of them"},
-           Row{WithPreferences("01000000 01000000",
-                               Slot("00000000", std::string(32, 'n'), "01000000 00000000")),
-               1,
-               "byte 100: the name of the preference nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn has no end"},
-           // Names in the order of the folding table, where _ comes behind the letters.
-           Row{WithPreferences("01000000 02000000", Slot("00000000", "_", "00000000 00000000") +
-                                                        Slot("00000000", "b", "00000000 00000000")),
-               1, "byte 140: the preference b does not stand in its order"},
-           Row{WithPreferences("01000000 02000000", Slot("00000001", "b", "00000000 00000000") +
-                                                        Slot("00000080", "a", "00000000 00000000")),
-               1, "byte 140: the preference a does not stand in its order"},
-           Row{WithPreferences("00000000 00000002", Slot("00000001", "b", "00000000 00000000") +
-                                                        Slot("80000000", "a", "00000000 00000000")),
-               1, "byte 140: the preference a does not stand in its order"},
-       }) {
-    WriteContent(Path("bad"), row.content);
-    EXPECT_EQ(Card({"check", Path("bad")}, row.code), Path("bad") + ": " + row.says + "\n");
-    Card({"show", Path("bad")}, row.code == 4 ? 4 : 0);
-    Card({"set", Path("bad"), "FN", "x"}, 4);
-    EXPECT_EQ(ContentOf(Path("bad")), row.content);
+  New();
+  Expect(0, {"card set a FN Al", "card check a"});
+  std::string const bytes = ContentOf("a");
+  std::tuple<std::string, int, char const *> const rows[] = {
+      {"# Notes\n\nto [keep]\n", 4, "is no card"},
+      {"", 4, "is no card"},
+      {{"1\n2\n\n[Card Infos]\n\0", 19}, 4, "is no card"},
+      {"LX" + bytes.substr(2), 4, "byte 0: the first bytes are not those of a card file"},
+      {"LN_09", 4, "byte 0: the first bytes are not those of a card file"},
+      {bytes.substr(0, 58), 4, "byte 58: is cut short within its head"},
+      {bytes.substr(0, 70), 4, "byte 60: the list is cut short before a property"},
+      {bytes.substr(0, 80), 4, "byte 68: the value of FN would have 6 bytes"},
+      {bytes + "more", 1, "byte 84: bytes stand behind the last property"},
+      {"1\n2\n[Card Infos]\nA=ASCII::x\nP=BITMAP::x\n", 4,
+       "line 5: bytes do not begin with <; nothing of the text is read"},
+      {"1\n2\n\n[Card Infos]\nA=ASCII::x", 1, "line 5: has no line end: it may be cut"},
+      {WithPreferences("00000000 00000001", Slot("00000000", "n", "00000002 00000000")), 4,
+       "byte 96: the preference n lies outside of them"},
+      {WithPreferences("01000000 01000000", Slot("00000000", "n", "02000000 00000000")), 4,
+       "byte 96: the preference n lies outside of them"},
+      {WithPreferences("01000000 01000000",
+                       Slot("00000000", std::string(32, 'n'), "01000000 00000000")),
+       1, "byte 100: the name of the preference nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn has no end"},
+      // Names in the order of the folding table, where _ comes behind the letters.
+      {WithPreferences("01000000 02000000", Slot("00000000", "_", "00000000 00000000") +
+                                                Slot("00000000", "b", "00000000 00000000")),
+       1, "byte 140: the preference b does not stand in its order"},
+      {WithPreferences("01000000 02000000", Slot("00000001", "b", "00000000 00000000") +
+                                                Slot("00000080", "a", "00000000 00000000")),
+       1, "byte 140: the preference a does not stand in its order"},
+      {WithPreferences("00000000 00000002", Slot("00000001", "b", "00000000 00000000") +
+                                                Slot("80000000", "a", "00000000 00000000")),
+       1, "byte 140: the preference a does not stand in its order"}};
+  for (auto const &[content, code, says] : rows) {
+    WriteContent("bad", content);
+    EXPECT_EQ(Card("check bad", code), std::string("bad: ") + says + "\n");
+    for (char const *line :
+         {"set bad FN x", "unset bad FN", "prefs bad set Audio Volume 1", "show bad", "get bad FN",
+          "prefs bad list", "vcard bad", "diff bad bad"}) {
+      ToolResult const result = Run(std::string("card ") + line);
+      EXPECT_EQ(result.code, 4) << line;
+      EXPECT_TRUE(Has(result.err, says));
+      if (code == 1) break;
+    }
+    if (code == 1) Card("show bad");
+    EXPECT_EQ(ContentOf("bad"), content);
   }
-  for (char const *verb : {"show", "check"}) Card({verb, Path("none")}, 3);
-  Card({"show", home_.path()}, 3);
-  EXPECT_EQ(error_, "zolt: " + home_.path() + ": is no plain file\n");
+  Expect(3, {"card show none", "card check none"});
+  Expect({{"card show .", 3, "", "zolt: .: is no plain file\n"}});
 }
 
 TEST_F(CardTest, WhatIsLeftOfADamagedCardIsSavedWithAYes) {
@@ -298,45 +256,33 @@ TEST_F(CardTest, WhatIsLeftOfADamagedCardIsSavedWithAYes) {
   std::string const some =
       WithPreferences("01000000 02000000", lost + Slot("00000000", "o", "01000000 00000000"));
   std::string const none = WithPreferences("01000000 01000000", lost);
-  struct Row {
-    std::string content;
-    int code;
-    std::string left;
-  };
-  for (Row const &row :
-       {Row{"1\n0\n\n[Card Infos]\nA=ASCII::x\nB=DATA::<0\nC=DATA::<01>\n", 0,
-            "X-BRNDL-IP\t1\tUNICODE\nA\tx\tUNICODE\nC\t0x01\tDATA\n"},
-        Row{some, 0, ":\to\n"}, Row{none, 4, ""}, Row{some.substr(0, some.size() - 1), 4, ""},
-        Row{"LN_09", 4, ""}, Row{"notes", 4, ""}}) {
-    WriteContent(Path("bad"), row.content);
-    Card({"convert", Path("bad"), Path("new"), "--to", "card"}, row.code == 0 ? 2 : 4);
-    EXPECT_FALSE(std::filesystem::exists(Path("new")));
-    Card({"-y", "convert", Path("bad"), Path("new"), "--to", "card"}, row.code);
-    if (row.code != 0) continue;
-    EXPECT_EQ(Card({"show", Path("new")}) + Card({"prefs", Path("new"), "list"}), row.left);
-    Card({"check", Path("new")});
-    EXPECT_EQ(ContentOf(Path("bad")), row.content);
-    std::filesystem::remove(Path("new"));
+  std::tuple<std::string, int, std::string> const rows[] = {
+      {"1\n0\n\n[Card Infos]\nA=ASCII::x\nB=DATA::<0\nC=DATA::<01>\n", 0,
+       "X-BRNDL-IP\t1\tUNICODE\nA\tx\tUNICODE\nC\t0x01\tDATA\n"},
+      {some, 0, ":\to\n"},
+      {none, 4, ""},
+      {some.substr(0, some.size() - 1), 4, ""},
+      {"LN_09", 4, ""},
+      {"notes", 4, ""}};
+  for (auto const &[content, code, left] : rows) {
+    WriteContent("bad", content);
+    Card("convert bad new --to card", code == 0 ? 2 : 4);
+    EXPECT_FALSE(std::filesystem::exists("new"));
+    Card("-y convert bad new --to card", code);
+    if (code != 0) continue;
+    EXPECT_EQ(Card("show new") + Card("prefs new list"), left);
+    Card("check new");
+    EXPECT_EQ(ContentOf("bad"), content);
+    std::filesystem::remove("new");
   }
 }
 
-TEST_F(CardTest, VCardsOfEveryProfile) {
-  std::string const card = New();
-  Card({"set", card, "FN", "Anna Bell"});
-  Card({"set", card, "TEL", "5", "--flags", "HOME", "--type", "ascii"});
-  EXPECT_EQ(Card({"vcard", card, "--profile", "classic"}),
-            "BEGIN:VCARD\r\nFN;ENCODING=QUOTED-PRINTABLE;CHARSET=ISO-8859-1:Anna Bell\r\n"
-            "TEL;HOME:5\r\nEND:VCARD\r\n");
-  for (char const *profile : {"3.0", "4.0"}) {
-    Card({"vcard", card, "--profile", profile, "-o", Path("v")});
-    std::string const text = ContentOf(Path("v"));
-    EXPECT_TRUE(text.starts_with(std::string("BEGIN:VCARD\r\nVERSION:") + profile + "\r\n"))
-        << text;
-    EXPECT_NE(text.find("\r\nN:Bell;Anna;;;\r\n"), std::string::npos) << text;
-    std::filesystem::remove(Path("v"));
-  }
-  Card({"vcard", card, "--profile", "2.1"}, 2);
-  Card({"vcard", card}, 3, {.output = ToolOutput::fullDevice});
+TEST_F(CardTest, AVCardOfAnotherProfileGoesToAFile) {
+  New();
+  Expect(0, {"card set a FN 'Anna Bell'", "card vcard a --profile 4.0 -o v"});
+  EXPECT_TRUE(ContentOf("v").starts_with("BEGIN:VCARD\r\nVERSION:4.0\r\nN:Bell;Anna;;;\r\n"));
+  Expect(2, {"card vcard a --profile 2.1"});
+  EXPECT_EQ(Run("card vcard a", {.output = ToolOutput::fullDevice}).code, 3);
 }
 
 }  // namespace

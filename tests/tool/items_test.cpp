@@ -1,11 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
-#include <string>
 #include <thread>
-#include <vector>
 
-#include "tests/tool/background_tool.h"
 #include "tests/tool/tool_fixture.h"
 
 namespace zolt::testing {
@@ -18,25 +13,25 @@ TEST_F(ItemsTest, AListIsShownAndEdited) {
       {"prefs items Audio L", 1, "", "zolt: Conferencing:Audio L: no such list\n"},
       {"prefs items Audio L --add a --add b --add c", 0, "",
        "zolt: user store: 3 values written\n"},
-      {"prefs items Audio L", 0, "0\ta\n1\tb\n2\tc\n", ""},
+      {"prefs items Audio L", 0, "0\ta\n1\tb\n2\tc\n"},
       {"-n prefs items Audio L --remove 2", 0, "",
        "Conferencing:Audio L2: c -> unset (not written)\n"
        "zolt: user store: 1 value would be removed\n"},
       {"prefs items Audio L --remove 0 --add d", 0, "", "zolt: user store: 3 values written\n"},
-      {"prefs items Audio L", 0, "0\tb\n1\tc\n2\td\n", ""},
+      {"prefs items Audio L", 0, "0\tb\n1\tc\n2\td\n"},
       {"prefs items Audio L --remove 3", 1, "",
        "zolt: Conferencing:Audio L: has no item 3; it has 3\n"},
-      {"prefs items Audio L --remove -1", 2, "", ""},
+      {"prefs items Audio L --remove -1", 2},
       {"prefs items Audio L --remove 2 --remove 0 --remove 2", 0, "",
        "zolt: user store: 1 value written, 2 removed\n"},
-      {"prefs items Audio L", 0, "0\tc\n", ""},
+      {"prefs items Audio L", 0, "0\tc\n"},
       {"prefs items Audoi L --add x", 0, "",
        "zolt: Audoi is a new section; did you mean Conferencing:Audio?\n"
        "zolt: user store: 1 value written\n"},
-      {"prefs items Audio N -t num --add 0x10 --add x", 2, "", ""},
+      {"prefs items Audio N -t num --add 0x10 --add x", 2},
       {"prefs items Audio N -t num --add 0x10", 0, "", "zolt: user store: 1 value written\n"},
-      {"prefs items Audio N", 0, "0\t16\n", ""},
-      {"prefs items Nowhere L", 1, "", ""},
+      {"prefs items Audio N", 0, "0\t16\n"},
+      {"prefs items Nowhere L", 1},
   });
 }
 
@@ -44,31 +39,30 @@ TEST_F(ItemsTest, WhatLiesBehindAGapGoesAndOtherTypesAndNamesStay) {
   Set({"Audio", "L0", "a", "L2", "gone", "L 9", "gone", "l7", "stays", "Lx", "stays"});
   Set({"-t", "bytes", "Audio", "L5", "0x00"});
   Set({"-L", "system", "Audio", "L0", "of the machine", "L1", "of the machine"});
-  EXPECT_EQ(Run("prefs items Audio L").out, "0\ta\n");
-  EXPECT_EQ(Run("prefs items Audio L --add b").code, 0);
-  EXPECT_EQ(
-      Run("prefs list Audio --only").out,
-      "L0\ta\ttext\tuser\nl7\tstays\ttext\tuser\nLx\tstays\ttext\tuser\nL5\t0x00\tbytes\tuser\n"
-      "L1\tb\ttext\tuser\n");
+  Expect({{"prefs items Audio L", 0, "0\ta\n"},
+          {"-q prefs items Audio L --add b"},
+          {"prefs list Audio --only", 0,
+           "L0\ta\ttext\tuser\nl7\tstays\ttext\tuser\nLx\tstays\ttext\tuser\n"
+           "L5\t0x00\tbytes\tuser\nL1\tb\ttext\tuser\n"}});
 }
 
 TEST_F(ItemsTest, WhiteSpaceInTheNameOfAListIsAnyOrNone) {
   Set({"Audio", "a b0", "x", "ab7", "gone", "a\t b8", "gone", "a_b9", "stays"});
-  ASSERT_EQ(RunTool({"-q", "prefs", "items", "Audio", "a b", "--add", "y"}).code, 0);
-  EXPECT_EQ(Run("prefs list Audio --only").out,
-            "a b0\tx\ttext\tuser\na_b9\tstays\ttext\tuser\na b1\ty\ttext\tuser\n");
+  Expect({{"-q prefs items Audio 'a b' --add y"},
+          {"prefs list Audio --only", 0,
+           "a b0\tx\ttext\tuser\na_b9\tstays\ttext\tuser\na b1\ty\ttext\tuser\n"}});
 }
 
 TEST_F(ItemsTest, EditsOfSeveralProcessesLoseNoItem) {
-  for (int i = 0; i < 10; i++) ASSERT_EQ(Run("prefs items Audio L --add old").code, 0);
-  std::vector<std::thread> editors;
-  for (char const *edit : {"--add new", "--add new", "--remove 0"}) {
-    editors.emplace_back([edit] {
-      for (int i = 0; i < 10; i++)
-        EXPECT_EQ(Run("prefs items Audio L " + std::string(edit)).code, 0);
-    });
+  auto const edit = [](char const *how) {
+    for (int i = 0; i < 10; i++) EXPECT_EQ(Run("prefs items Audio L " + std::string(how)).code, 0);
+  };
+  edit("--add old");
+  {
+    std::jthread const editors[] = {std::jthread(edit, "--add new"),
+                                    std::jthread(edit, "--add new"),
+                                    std::jthread(edit, "--remove 0")};
   }
-  for (std::thread &editor : editors) editor.join();
   std::string const items = Run("prefs items Audio L").out;
   EXPECT_EQ(std::ranges::count(items, '\n'), 20) << items;
 }
@@ -77,22 +71,6 @@ TEST_F(ItemsTest, ANameAsLongAsItMayBeEndsTheList) {
   std::string const list(254, 'n');
   for (int i = 0; i < 10; i++) Set({"Audio", list + std::to_string(i), "x"});
   EXPECT_EQ(std::ranges::count(RunTool({"prefs", "items", "Audio", list}).out, '\n'), 10);
-}
-
-TEST_F(ItemsTest, ALoadIsHeardSectionBySection) {
-  Set({"Audio", "Old", "1", "Volume", "70"});
-  BackgroundTool watcher("prefs watch --count 4");
-  ASSERT_TRUE(watcher.Err().starts_with("zolt: watching"));
-  EXPECT_EQ(Run("prefs load -", {.input = "zolt-preferences 1\ncode-page 1252\nstore user\n"
-                                          "[Audio]\nNew = \"n\"\nVolume = \"40\"\nunset Old\n"
-                                          "[Lab]\nx = \"y\"\nend\n"})
-                .code,
-            0);
-  for (char const *line :
-       {"Conferencing:Audio\tremoved\tOld\t1", "Conferencing:Audio\tmodified\tVolume\t70\t40",
-        "Conferencing:Audio\tcreated\tNew\t\tn", "Lab\tcreated\tx\t\ty"}) {
-    EXPECT_EQ(watcher.Out(), line);
-  }
 }
 
 }  // namespace

@@ -15,8 +15,7 @@ class JsonTest : public ToolTest {
  protected:
   static json Document(std::string const &line) {
     ToolResult const result = Run("--json " + line);
-    EXPECT_EQ(result.code, 0) << line;
-    EXPECT_EQ(result.err, "") << line;
+    EXPECT_EQ(std::to_string(result.code) + result.err, "0") << line;
     return json::parse(result.out);
   }
 };
@@ -25,7 +24,7 @@ TEST_F(JsonTest, BytesAreBase64AndTextsUtf8) {
   Set({"Audio", "A", "\x01\t\"\u20ac", "B", "\xC2\x81"});
   for (std::string const bytes : {"0x", "0x00", "0x00ff", "0x00ff80"})
     Set({"-t", "bytes", "Audio", bytes, bytes});
-  SetForeign(HKEY_CURRENT_USER, "Long", REG_SZ, std::string(300, 'x'));
+  SetForeign("Long", REG_SZ, std::string(300, 'x'));
   json const expected = json::parse(R"([["A","text","\u0001\t\"\u20ac"],["B","text","\u0081"],
     ["0x","bytes",""],["0x00","bytes","AA=="],["0x00ff","bytes","AP8="],
     ["0x00ff80","bytes","AP+A"]])");
@@ -42,10 +41,6 @@ TEST_F(JsonTest, BytesAreBase64AndTextsUtf8) {
 TEST_F(JsonTest, ValuesChangesAndStores) {
   Set({"-L", "system", "Audio", "V", "1"});
   Set({"-t", "bytes", "Audio", "V", "0x00"});
-  EXPECT_EQ(Run("--json prefs get Audio V").out,
-            R"({"schema":1,"section":"Conferencing:Audio","id":"0x41554449","name":"V",)"
-            R"("level":"system","kind":"text","value":"1"})"
-            "\n");
   EXPECT_EQ(Document("prefs get Audio None --default \u00e9"), json::parse(R"({"schema":1,
     "section":"Conferencing:Audio","id":"0x41554449","name":"None","level":null,"kind":"text",
     "value":"é"})"));

@@ -10,29 +10,38 @@
 
 namespace zolt::testing {
 
-// The tool in a home of its own.
+// The tool in a home of its own, which is its working directory, too.
 class ToolTest : public FileTest {
  protected:
   using Line = std::vector<std::string>;
 
+  ToolTest() { std::filesystem::current_path(home_.path()); }
+  ~ToolTest() override { std::filesystem::current_path("/"); }
+
   // One run, and what it must come to; an empty `err` is not looked at where `code` is not 0.
   struct Step {
     std::string line;
-    int code;
-    std::string out;
-    std::string err;
+    int code = 0;
+    std::string out = {};
+    std::string err = {};
+    ToolSetting setting = {};
   };
 
   static void Expect(std::vector<Step> const &steps) {
     for (Step const &step : steps) {
       SCOPED_TRACE(step.line);
-      ToolResult const result = RunTool(Words(step.line));
+      ToolResult const result = Run(step.line, step.setting);
       EXPECT_EQ(result.code, step.code);
       EXPECT_EQ(result.out, step.out);
       if (step.code == 0 || !step.err.empty()) {
         EXPECT_EQ(result.err, step.err);
       }
     }
+  }
+
+  // The same of lines that have nothing to say on standard output.
+  static void Expect(int code, std::vector<std::string> const &lines) {
+    for (std::string const &line : lines) Expect({{(code == 0 ? "-q " : "") + line, code}});
   }
 
   static ToolResult Run(std::string const &line, ToolSetting const &setting = {}) {
@@ -46,11 +55,12 @@ class ToolTest : public FileTest {
     ASSERT_EQ(result.code, 0) << result.err;
   }
 
-  // Writes a value of the section Audio as another program would, whatever it is.
-  static void SetForeign(HKEY root, std::string const &name, uint32_t type,
-                         std::string const &bytes) {
+  // Writes a value of the user's section Audio as another program would, whatever it is.
+  static void SetForeign(std::string const &name, uint32_t type, std::string const &bytes) {
     HKEY key = 0;
-    ASSERT_EQ(RegOpenKeyA(root, R"(Software\Veltrane\Tessaly\5.0\Conferencing\Audio)", &key), 0);
+    ASSERT_EQ(
+        RegOpenKeyA(HKEY_CURRENT_USER, R"(Software\Veltrane\Tessaly\5.0\Conferencing\Audio)", &key),
+        0);
     EXPECT_EQ(
         RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<uint8_t const *>(bytes.data()),
                        static_cast<uint32_t>(bytes.size())),

@@ -1,10 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/raw_hive.h"
@@ -16,27 +12,33 @@ namespace {
 
 using nlohmann::json;
 
-class WatchTest : public ToolTest {
- protected:
-  static void ExpectLines(BackgroundTool *tool, std::vector<std::string> const &lines) {
-    for (std::string const &line : lines) EXPECT_EQ(tool->Out(), line);
-  }
-};
+using WatchTest = ToolTest;
 
 TEST_F(WatchTest, EachChangeOfAnotherProcessIsALine) {
-  BackgroundTool watcher("prefs watch Audio Outer:Inner --count 7");
+  BackgroundTool watcher("prefs watch Audio Outer:Inner --count 10");
   ASSERT_EQ(watcher.Err(), "zolt: watching Conferencing:Audio, Outer:Inner");
   Set({"Audio", "Volume", "70", "M\u00fcte", "a\tb"});
   Set({"Chat", "Volume", "1"});
   Set({"Audio", "Volume", "40"});
-  EXPECT_EQ(Run("-q prefs unset Audio Volume None").code, 0);
   Set({"-L", "system", "Outer:Inner", "V", "1"});
   Set({"-t", "bytes", "outer:inner", "V", "0x00"});
-  ExpectLines(&watcher, {"Conferencing:Audio\tcreated\tVolume\t\t70",
-                         "Conferencing:Audio\tcreated\tM\u00fcte\t\ta\\tb",
-                         "Conferencing:Audio\tmodified\tVolume\t70\t40",
-                         "Conferencing:Audio\tremoved\tVolume\t40", "Outer:Inner\tcreated\tV\t\t1",
-                         "Outer:Inner\tcreated\tV"});
+  Expect(
+      {{"-q prefs unset Audio Volume None"},
+       {"-q prefs load -",
+        0,
+        "",
+        "",
+        {"zolt-preferences 1\ncode-page 1252\nstore user\n[Audio]\nNew = \"n\"\nunset M\u00fcte\n"
+         "[Outer:Inner]\nx = \"y\"\nend\n"}}});
+  for (char const *line :
+       {"Conferencing:Audio\tcreated\tVolume\t\t70",
+        "Conferencing:Audio\tcreated\tM\u00fcte\t\ta\\tb",
+        "Conferencing:Audio\tmodified\tVolume\t70\t40", "Outer:Inner\tcreated\tV\t\t1",
+        "Outer:Inner\tcreated\tV", "Conferencing:Audio\tremoved\tVolume\t40",
+        "Conferencing:Audio\tremoved\tM\u00fcte\ta\\tb", "Conferencing:Audio\tcreated\tNew\t\tn",
+        "Outer:Inner\tcreated\tx\t\ty"}) {
+    EXPECT_EQ(watcher.Out(), line);
+  }
   Set({"Audio", "A", "1", "B", "2"});
   EXPECT_EQ(watcher.Out(), "Conferencing:Audio\tcreated\tA\t\t1");
   EXPECT_EQ(watcher.Wait(), 0) << "the count holds within one transaction";
@@ -51,7 +53,7 @@ TEST_F(WatchTest, EventsAreObjectsAndALevelChooses) {
   EXPECT_EQ(initial["changes"], json::parse(R"([{"name":"V","old":null,"new":"1"}])"));
   Set({"-L", "system", "Audio", "V", "9"});
   EXPECT_EQ(Run("-q prefs unset Audio V").code, 0);
-  SetForeign(HKEY_CURRENT_USER, "Long", REG_SZ, std::string(1023, 'x') + '\0');
+  SetForeign("Long", REG_SZ, std::string(1023, 'x') + '\0');
   Set({"Audio", "Long", "2", "W", "3"});
   json removed = json::parse(watcher.Out());
   std::string time = removed["time"];
@@ -75,20 +77,19 @@ TEST_F(WatchTest, CommandsMakeTheSameChangesAgain) {
   Set({"-L", "system", "Audio", "E", ""});
   Set({"-t", "bytes", "Audio", "B", "0x00ff", "Gone", "0x"});
   EXPECT_EQ(Run("-q prefs unset Audio Gone").code, 0);
-  std::string const script = home_.path() + "/script";
-  {
-    std::ofstream file(script);
-    for (int i = 0; i < 6; i++) file << watcher.Out() << "\n";
-  }
+  std::string script;
+  for (int i = 0; i < 6; i++) script += watcher.Out() + "\n";
+  WriteContent("script", script);
   EXPECT_EQ(watcher.Wait(), 0);
   std::string const list = Run("prefs list -r").out;
   std::string const tool = ZOLT_TOOL;
   TempHome other;
-  std::string const command = "PATH=" + tool.substr(0, tool.rfind('/')) + ":$PATH sh " + script;
-  EXPECT_EQ(std::system((command + " 2>/dev/null").c_str()), 0);
+  std::string const command =
+      "PATH=" + tool.substr(0, tool.rfind('/')) + ":$PATH sh script 2>/dev/null";
+  EXPECT_EQ(std::system(command.c_str()), 0);
   EXPECT_EQ(Run("prefs list -r").out, list);
-  EXPECT_NE(list.find("it's\t$(x) `y` \"z\"\\\\"), std::string::npos);
-  EXPECT_NE(list.find("B\t0x00ff\tbytes"), std::string::npos);
+  EXPECT_TRUE(Has(list, "it's\t$(x) `y` \"z\"\\\\"));
+  EXPECT_TRUE(Has(list, "B\t0x00ff\tbytes"));
 }
 
 TEST_F(WatchTest, ItEndsAsItIsAskedTo) {
@@ -106,11 +107,10 @@ TEST_F(WatchTest, ItEndsAsItIsAskedTo) {
        {"-q prefs watch Audoi --timeout 0.01", 5, "", "zolt: Audoi: the time to watch is over\n"},
        {"prefs watch --initial", 2, "", "zolt: --initial needs a SECTION\n"},
        {"prefs watch --count 0", 2, "", "zolt: --count 0: is no number above 0\n"},
-       {"prefs watch --as-commands --json", 2, "", ""}});
-  Set({"Audio", "V", "1"});
-  std::string const initial = "-q prefs watch Audio --initial";
-  EXPECT_EQ(Run(initial, {.output = ToolOutput::fullDevice}).code, 3);
-  EXPECT_EQ(Run(initial, {.output = ToolOutput::brokenPipe}).code, -SIGPIPE);
+       {"prefs watch --as-commands --json", 2},
+       {"-q prefs set Audio V 1"},
+       {"-q prefs watch Audio --initial", 3, "", "", {.output = ToolOutput::fullDevice}},
+       {"-q prefs watch Audio --initial", -SIGPIPE, "", "", {.output = ToolOutput::brokenPipe}}});
   BackgroundTool idle("prefs watch Audio");
   BackgroundTool ended("prefs watch Audio");
   for (BackgroundTool *const each : {&idle, &ended}) each->Err();
@@ -122,8 +122,8 @@ TEST_F(WatchTest, ItEndsAsItIsAskedTo) {
 
 TEST_F(WatchTest, WaitEndsWhenAReaderWouldReadIt) {
   Set({"-L", "system", "Audio", "V", "0x10"});
-  Expect({{"prefs wait Audio V 0x10", 0, "", ""},
-          {"prefs wait -t num Audio V 16", 0, "", ""},
+  Expect({{"prefs wait Audio V 0x10", 0},
+          {"prefs wait -t num Audio V 16", 0},
           {"prefs wait Audio V 16 --timeout 0.01", 5, "",
            "zolt: Conferencing:Audio V: is not 16 in time\n"}});
   BackgroundTool waiter("prefs wait -t bool Audio V on");
@@ -133,19 +133,19 @@ TEST_F(WatchTest, WaitEndsWhenAReaderWouldReadIt) {
 }
 
 TEST_F(WatchTest, ADoctorNamesWhatIsWrong) {
-  std::filesystem::permissions(home_.path(), std::filesystem::perms::owner_all);
+  namespace fs = std::filesystem;
+  fs::permissions(home_.path(), fs::perms::owner_all);
   EXPECT_EQ(Run("doctor").code, 0) << Run("doctor").out;
-  EXPECT_TRUE(std::filesystem::is_empty(home_.path()));
+  EXPECT_TRUE(fs::is_empty(home_.path()));
   BackgroundTool watcher("prefs watch");
   watcher.Err();
   ToolResult const sound = Run("doctor");
-  EXPECT_EQ(sound.code, 0) << sound.out;
-  EXPECT_NE(sound.out.find("\tzolt\tlistening\n"), std::string::npos) << sound.out;
-  std::filesystem::permissions(home_.path(), std::filesystem::perms::others_read,
-                               std::filesystem::perm_options::add);
-  std::ofstream(home_.UserHive()) << "this is no hive";
+  EXPECT_EQ(sound.code, 0);
+  EXPECT_TRUE(Has(sound.out, "\tzolt\tlistening\n"));
+  fs::permissions(home_.path(), fs::perms::others_read, fs::perm_options::add);
+  WriteContent(home_.UserHive(), "this is no hive");
   // The log would still answer for the first pages.
-  for (char const *suffix : {"-wal", "-shm"}) std::filesystem::remove(home_.UserHive() + suffix);
+  for (char const *suffix : {"-wal", "-shm"}) fs::remove(home_.UserHive() + suffix);
   ToolResult const wrong = Run("--json doctor");
   EXPECT_EQ(wrong.code, 1);
   json const problems = json::parse(wrong.out)["problems"];
@@ -176,8 +176,7 @@ TEST_F(WatchTest, ADoctorReadsAllOfAHive) {
     WriteContent(home_.UserHive(), damaged);
     ToolResult const wrong = Run("doctor");
     EXPECT_EQ(wrong.code, 1);
-    EXPECT_NE(wrong.out.find("problem\t" + home_.UserHive() + "\tdamaged"), std::string::npos)
-        << wrong.out;
+    EXPECT_TRUE(Has(wrong.out, "problem\t" + home_.UserHive() + "\tdamaged"));
   }
 }
 
