@@ -1,23 +1,11 @@
 // The channel between processes: who hears what, and what is left when one of them dies.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <atomic>
-#include <chrono>
 #include <csignal>
-#include <cstdlib>
-#include <filesystem>
+#include <deque>
 #include <fstream>
-#include <functional>
 #include <latch>
 #include <map>
-#include <memory>
-#include <new>
-#include <string>
-#include <thread>
-#include <vector>
 
 #include "tests/notify/listener.h"
 #include "tests/support/child.h"
@@ -26,13 +14,11 @@
 #include "zolt41/platform/kernel/shared_segment.h"
 #include "zolt41/zolt41.h"
 
-namespace zolt {
+namespace zolt::testing {
 namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using testing::Child;
-using testing::Listener;
 
 constexpr uint32_t kAudio = 0x41554449;
 
@@ -64,9 +50,7 @@ bool WriteInTheEnd(std::string const &name, std::string const &value) {
 // Hears all; says so; ends when told a change of the value "end".
 int Watch(Child::Pipe &pipe) {
   Session const session;
-  auto *const all = new Listener();
-  all->AddNotificationAll();
-  AddNotificationObject(all);
+  Listener *const all = ListenToAll();
   bool ended = false;
   all->then = [&](Listener *self) {
     if (self->changedRecords.GetSize() == 0) return pipe.Say("gap");
@@ -75,32 +59,31 @@ int Watch(Child::Pipe &pipe) {
   };
   pipe.Say("watching");
   bool const heard = deliverUntil([&] { return ended; });
-  RemoveNotificationObject(all);
-  all->Release();
+  Drop(all);
   return heard ? 0 : 1;
 }
 
 class ChannelProcessesTest : public ::testing::TestWithParam<bool> {
  protected:
   ChannelProcessesTest() {
-    deliverUntil = GetParam() ? testing::GetMessagesUntil : testing::DeliverUntil;
+    deliverUntil = GetParam() ? GetMessagesUntil : DeliverUntil;
     // The first start makes the hive, and the watchers find it there.
-    Child([](Child::Pipe &) {
-      Session const session;
-      return 0;
-    }).Wait();
+    HoldsInChild([] { return Session(), true; });
   }
 
   ~ChannelProcessesTest() override { DetachSegment(); }
 
-  Child &AddWatcher() {
-    watchers_.push_back(std::make_unique<Child>(Watch));
-    EXPECT_EQ(watchers_.back()->pipe().Hear(), "watching");
-    return *watchers_.back();
+  Child &AddWatcher(std::function<int(Child::Pipe &)> const &watch = Watch) {
+    Child &watcher = children_.emplace_back(watch);
+    EXPECT_EQ(watcher.pipe().Hear(), "watching");
+    return watcher;
+  }
+  void ExpectAllEndWell() {
+    for (Child &child : children_) EXPECT_EQ(child.Wait(), 0);
   }
 
-  testing::TempHome home_;
-  std::vector<std::unique_ptr<Child>> watchers_;
+  TempHome home_;
+  std::deque<Child> children_;
 };
 
 TEST_P(ChannelProcessesTest, AStoppedOrKilledWatcherCostsAtMostOneTimeOut) {
@@ -147,20 +130,15 @@ TEST_P(ChannelProcessesTest, AWriterKilledAtAnyStepStopsNobody) {
     writer.Signal(SIGKILL);
     writer.Wait();
   }
-  Child last([](Child::Pipe &) {
-    Session const session;
-    return Write("end", "x") == Commit::done ? 0 : 1;
-  });
-  EXPECT_EQ(last.Wait(), 0);
+  Session const session;
+  EXPECT_EQ(Write("end", "x"), Commit::done);
   std::string line;
-  while (!(line = watcher.pipe().Hear()).empty() && line != "end=x") {
+  while (!(line = watcher.pipe().Hear()).empty() && line != "end=x")
     EXPECT_TRUE(line == "gap" || line.starts_with("w=")) << line;
-  }
-  EXPECT_EQ(line, "end=x");
   EXPECT_EQ(watcher.Wait(), 0);
 }
 
-void StopBeforeAllIsTold(bool killed) {
+int StopBeforeAllIsTold(bool killed) {
   ChannelGuard const channel;
   Announcing const announcing;
   GetUserPrefs()->SetStr(kAudio, "n", "kept, and told to nobody");
@@ -172,8 +150,7 @@ TEST_P(ChannelProcessesTest, WhatAWriterThatDiedOrRanOutOfMemoryCouldNotTellIsAG
   Child &watcher = AddWatcher();
   Child writer([](Child::Pipe &) {
     Session const session;
-    StopBeforeAllIsTold(true);
-    return 0;
+    return StopBeforeAllIsTold(true);
   });
   EXPECT_EQ(writer.Wait(), -SIGKILL);
   Session const session;
@@ -188,14 +165,11 @@ TEST_P(ChannelProcessesTest, WhatAWriterThatDiedOrRanOutOfMemoryCouldNotTellIsAG
 }
 
 // Ends the process while another thread writes "w" again and again.
-void EndWhileWriting() {
-  auto *const session = new Session();
-  static_cast<void>(session);
+int EndWhileWriting(Child::Pipe &) {
+  new Session();
   static std::atomic<int> written;
   std::thread([] {
-    for (int i = 1;; i++) {
-      if (Write("w", std::to_string(i)) == Commit::done) written++;
-    }
+    for (int i = 1;; i++) written += Write("w", std::to_string(i)) == Commit::done;
   }).detach();
   while (written < 5) std::this_thread::yield();
   std::exit(0);
@@ -204,11 +178,7 @@ void EndWhileWriting() {
 TEST_P(ChannelProcessesTest, AProcessThatEndsWhileItWritesLosesNothing) {
   Child &watcher = AddWatcher();
   for (int round = 0; round < 20; round++) {
-    Child writer([](Child::Pipe &) {
-      EndWhileWriting();
-      return 1;
-    });
-    ASSERT_EQ(writer.Wait(), 0);
+    ASSERT_EQ(Child(EndWhileWriting).Wait(), 0);
     Session const session;
     char stored[32];
     GetUserPrefs()->ReadStr(kAudio, "w", stored, "-", 0);
@@ -217,47 +187,41 @@ TEST_P(ChannelProcessesTest, AProcessThatEndsWhileItWritesLosesNothing) {
     bool gap = false;
     std::string line;
     while (!(line = watcher.pipe().Hear()).empty() && !line.starts_with("mark=")) {
-      if (line == "gap") gap = true;
+      gap = gap || line == "gap";
       if (line.starts_with("w=")) last = line;
     }
     EXPECT_TRUE(gap || last == std::string("w=") + stored) << last << ", stored " << stored;
   }
 }
 
-int ListenWithoutSegment(Listener *all) {
+bool HearsWithoutSegment() {
   Session const session;
+  Listener all;
+  all.AddNotificationAll();
   std::string const path = SegmentPath();
-  AddNotificationObject(all);
-  if (Write("n", "unheard") != Commit::done || ZOLTDeliver() != 0) return 1;
+  AddNotificationObject(&all);
+  if (Write("n", "unheard") != Commit::done || ZOLTDeliver() != 0) return false;
   std::filesystem::remove(path);
   // Else it is asked for again after ten seconds only.
   DetachSegment();
-  if (Write("n", "heard") != Commit::done) return 2;
-  if (!deliverUntil([&] { return all->heard.size() == 2; })) return 3;
-  RemoveNotificationObject(all);
-  return 0;
+  if (Write("n", "heard") != Commit::done) return false;
+  deliverUntil([&] { return all.heard.size() == 2; });
+  RemoveNotificationObject(&all);
+  return all.heard ==
+         std::vector<std::string>{"modified FFFFFFFF 0 0", "modified 41554449 4 0 n=unheard>heard"};
 }
 
 TEST_P(ChannelProcessesTest, ASubscriberThatComesTooEarlyIsToldAGapAndThenHears) {
   std::ofstream(SegmentPath()) << "open to others";
   chmod(SegmentPath().c_str(), 0666);
-  Child early([](Child::Pipe &) {
-    Listener all;
-    all.AddNotificationAll();
-    int const failed = ListenWithoutSegment(&all);
-    DetachSegment();
-    if (failed != 0) return failed;
-    bool const gap = all.heard[0] == "modified FFFFFFFF 0 0";
-    return gap && all.heard[1] == "modified 41554449 4 0 n=unheard>heard" ? 0 : 4;
-  });
-  EXPECT_EQ(early.Wait(), 0);
+  EXPECT_TRUE(HoldsInChild(HearsWithoutSegment));
 }
 
 TEST_P(ChannelProcessesTest, TheChannelFollowsToAnotherHomeWithTheHives) {
   std::string const first = SegmentPath();
   { Session const session; }
   ASSERT_TRUE(std::filesystem::exists(first));
-  testing::TempHome const other;
+  TempHome const other;
   std::string const second = SegmentPath();
   HKEY key = 0;
   {
@@ -280,23 +244,16 @@ TEST_P(ChannelProcessesTest, TheChannelFollowsToAnotherHomeWithTheHives) {
 // One subscriber is stuck in its callback, another on a thread that takes no messages at all.
 int WatchStuck(Child::Pipe &pipe) {
   Session const session;
-  auto *const all = new Listener();
-  Listener *deaf = nullptr;
-  all->AddNotificationAll();
-  std::atomic<bool> ready = false;
-  std::atomic<bool> ended = false;
+  std::latch ready(1);
+  std::latch ended(1);
   std::thread idle([&] {
-    deaf = new Listener();
-    deaf->AddNotificationAll();
-    AddNotificationObject(deaf);
-    ready = true;
-    ready.notify_all();
-    ended.wait(false);
-    RemoveNotificationObject(deaf);
-    deaf->Release();
+    Listener *const deaf = ListenToAll();
+    ready.count_down();
+    ended.wait();
+    Drop(deaf);
   });
-  ready.wait(false);
-  AddNotificationObject(all);
+  ready.wait();
+  Listener *const all = ListenToAll();
   size_t expected = 1;
   all->then = [&](Listener *self) {
     if (self->heard.size() != 1) return;
@@ -305,18 +262,15 @@ int WatchStuck(Child::Pipe &pipe) {
   };
   pipe.Say("watching");
   bool const heard = deliverUntil([&] { return all->heard.size() == expected; });
-  ended = true;
-  ended.notify_all();
+  ended.count_down();
   idle.join();
   bool const whole = heard && all->heard.back().ends_with("199");
-  RemoveNotificationObject(all);
-  all->Release();
+  Drop(all);
   return whole ? 0 : 1;
 }
 
 TEST_P(ChannelProcessesTest, ASubscriberThatIsStuckStopsNobodyAndHearsAllInTheEnd) {
-  Child watcher(WatchStuck);
-  ASSERT_EQ(watcher.pipe().Hear(), "watching");
+  Child &watcher = AddWatcher(WatchStuck);
   Session const session;
   ASSERT_EQ(Write("n", "0"), Commit::done);
   ASSERT_EQ(watcher.pipe().Hear(), "stuck");
@@ -371,9 +325,7 @@ TEST_P(ChannelProcessesTest, AStoppedHolderOfTheChannelLetsAWriterGoAfterASecond
 // Counts up, and looks that each writer's numbers come without a hole, unless a gap was told.
 int WatchStorm(Child::Pipe &pipe, int writers) {
   Session const session;
-  auto *const all = new Listener();
-  all->AddNotificationAll();
-  AddNotificationObject(all);
+  Listener *const all = ListenToAll();
   std::map<std::string, long> last;
   std::map<std::string, bool> mayJump;
   int ended = 0;
@@ -386,60 +338,40 @@ int WatchStorm(Child::Pipe &pipe, int writers) {
     }
     std::string const name = self->Record(0).name;
     long const number = std::atol(self->Record(0).newValue);
-    if (name.ends_with("end")) {
-      ended++;
-      return;
-    }
-    bool const follows = number == last[name] + 1;
-    if (!follows && !mayJump[name]) holes++;
+    bool const isEnd = name.ends_with("end");
+    ended += isEnd;
+    if (isEnd) return;
+    holes += number != last[name] + 1 && !mayJump[name];
     mayJump[name] = false;
     last[name] = number;
   };
   pipe.Say("watching");
   bool const heard = deliverUntil([&] { return ended >= writers; });
-  RemoveNotificationObject(all);
-  all->Release();
+  Drop(all);
   return heard ? holes : 99;
 }
 
-int WriteStorm(int number, milliseconds length) {
+bool WriteStorm(int number, milliseconds length) {
   Session const session;
   std::string const name = "W" + std::to_string(number);
   auto const end = steady_clock::now() + length;
-  for (long i = 1;; i++) {
-    bool const last = steady_clock::now() > end;
-    Transaction transaction(PrefLevelUser);
-    transaction.SetStr(kAudio, name.c_str(), std::to_string(i).c_str());
-    if (last) transaction.SetStr(kAudio, (name + "end").c_str(), std::to_string(i).c_str());
-    Commit const result = transaction.Write();
-    if (result == Commit::timed_out || result == Commit::locked) {
-      i--;
-      continue;
-    }
-    if (result != Commit::done) return 1;
-    if (last) return 0;
-  }
+  for (long i = 1; steady_clock::now() < end; i++)
+    if (!WriteInTheEnd(name, std::to_string(i))) return false;
+  return WriteInTheEnd(name + "end", "x");
 }
 
 TEST_P(ChannelProcessesTest, AStormLosesNothing) {
   bool const slow = std::getenv("ZOLT_SLOW") != nullptr;
-  int const watchers = slow ? 32 : 8;
   milliseconds const length(slow ? 60000 : 1500);
   constexpr int kWriters = 4;
-  std::vector<std::unique_ptr<Child>> children;
-  for (int i = 0; i < watchers; i++) {
-    children.push_back(
-        std::make_unique<Child>([](Child::Pipe &pipe) { return WatchStorm(pipe, kWriters); }));
-  }
-  for (auto const &child : children) ASSERT_EQ(child->pipe().Hear(), "watching");
-  for (int i = 0; i < kWriters; i++) {
-    children.push_back(
-        std::make_unique<Child>([=](Child::Pipe &) { return WriteStorm(i, length); }));
-  }
-  children[0]->Signal(SIGSTOP);
+  for (int i = 0; i < (slow ? 32 : 8); i++)
+    AddWatcher([](Child::Pipe &pipe) { return WatchStorm(pipe, kWriters); });
+  for (int i = 0; i < kWriters; i++)
+    children_.emplace_back([=](Child::Pipe &) { return WriteStorm(i, length) ? 0 : 1; });
+  children_[0].Signal(SIGSTOP);
   usleep(100000);
-  children[0]->Signal(SIGCONT);
-  for (auto const &child : children) EXPECT_EQ(child->Wait(), 0);
+  children_[0].Signal(SIGCONT);
+  ExpectAllEndWell();
 }
 
 TEST_P(ChannelProcessesTest, WhoFindsNoPlaceHearsAllTheSame) {
@@ -467,24 +399,19 @@ TEST_P(ChannelProcessesTest, WhoFindsNoPlaceHearsAllTheSame) {
 
 TEST_P(ChannelProcessesTest, SixtyFourProcessesComeForkAndGoAtOnce) {
   Child &watcher = AddWatcher();
-  std::vector<std::unique_ptr<Child>> children;
+  std::deque<Child> children;
   for (int i = 0; i < 64; i++) {
-    children.push_back(std::make_unique<Child>([i](Child::Pipe &) {
+    children.emplace_back([i](Child::Pipe &) {
       Session const session;
-      auto *const own = new Listener();
-      own->AddNotificationAll();
-      AddNotificationObject(own);
-      pid_t const grandchild = fork();
-      if (grandchild == 0) _exit(WriteInTheEnd("f", std::to_string(i)) ? 0 : 1);
+      Listener *const own = ListenToAll();
+      Child grandchild([i](auto &) { return WriteInTheEnd("f", std::to_string(i)) ? 0 : 1; });
       bool const wrote = WriteInTheEnd("p", std::to_string(i));
-      int status = -1;
-      waitpid(grandchild, &status, 0);
-      RemoveNotificationObject(own);
-      own->Release();
-      return wrote && status == 0 ? 0 : 1;
-    }));
+      int const code = grandchild.Wait();
+      Drop(own);
+      return wrote && code == 0 ? 0 : 1;
+    });
   }
-  for (auto const &child : children) EXPECT_EQ(child->Wait(), 0);
+  for (Child &child : children) EXPECT_EQ(child.Wait(), 0);
   Session const session;
   EXPECT_EQ(Write("end", "x"), Commit::done);
   int heard = 0;
@@ -497,4 +424,4 @@ INSTANTIATE_TEST_SUITE_P(Waiting, ChannelProcessesTest, ::testing::Bool(), [](au
 });
 
 }  // namespace
-}  // namespace zolt
+}  // namespace zolt::testing

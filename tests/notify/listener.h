@@ -4,15 +4,12 @@
 #include <poll.h>
 
 #include <atomic>
-#include <chrono>
-#include <cstdio>
 #include <functional>
 #include <future>
-#include <string>
-#include <thread>
-#include <vector>
 
+#include "tests/prefs/prefs_fixture.h"
 #include "zolt41/notify/pref_notify.h"
+#include "zolt41/prefs/write_transaction.h"
 
 namespace zolt::testing {
 
@@ -36,23 +33,52 @@ class Listener : public CPrefNotify {
 
  private:
   void Note(char const *type) {
-    char head[64];
-    std::snprintf(head, sizeof head, "%s %08X %d %u", type, static_cast<uint32_t>(changedId),
+    char line[64];
+    std::snprintf(line, sizeof line, "%s %08X %d %u", type, static_cast<uint32_t>(changedId),
                   changedLevel, changedExtra);
-    std::string line = head;
+    heard.emplace_back(line);
     for (int32_t i = 0; i < changedRecords.GetSize(); i++) {
       NotificationInfo const &record = Record(i);
-      line += std::string(" ") + record.name + "=" + record.oldValue + ">" + record.newValue;
+      heard.back() +=
+          std::string(" ") + record.name + "=" + record.oldValue + ">" + record.newValue;
     }
-    heard.push_back(line);
     then(this);
   }
 };
+
+// One that hears all; to be dropped.
+inline Listener *ListenToAll() {
+  auto *const all = new Listener();
+  all->AddNotificationAll();
+  AddNotificationObject(all);
+  return all;
+}
 
 inline void Drop(CPrefNotify *listener) {
   RemoveNotificationObject(listener);
   listener->Release();
 }
+
+// A started library whose section Audio is changed and listened to.
+class ChangeTest : public PrefsTest {
+ protected:
+  static constexpr auto kAudioId = static_cast<uint32_t>(kAudio);
+
+  template <typename Kind = Listener>
+  static Kind *Listen(Kind *listener = new Kind()) {
+    listener->AddNotificationKey(0, kAudioId, 0);
+    AddNotificationObject(listener);
+    return listener;
+  }
+  void Change() {
+    Transaction transaction(PrefLevelUser);
+    transaction.SetStr(kAudioId, "V", std::to_string(++value_).c_str());
+    ASSERT_EQ(transaction.Write(), Commit::done);
+  }
+
+ private:
+  int value_ = 0;
+};
 
 // Delivers until `done`, or for 20 seconds without a message; gives whether it is done.
 inline bool DeliverUntil(std::function<bool()> const &done) {

@@ -1,17 +1,11 @@
 #include "zolt41/notify/pref_notify.h"
 
-#include <chrono>
-
 #include "tests/notify/listener.h"
-#include "tests/prefs/prefs_fixture.h"
 #include "tests/support/child.h"
 #include "zolt41/notify/subscriber_list.h"
-#include "zolt41/prefs/write_transaction.h"
 
 namespace zolt::testing {
 namespace {
-
-constexpr auto kAudioId = static_cast<uint32_t>(kAudio);
 
 class Mortal : public Listener {
  public:
@@ -22,33 +16,22 @@ class Mortal : public Listener {
   int *deaths_;
 };
 
-class PrefNotifyTest : public PrefsTest {
+class PrefNotifyTest : public ChangeTest {
  protected:
-  template <typename Kind>
-  static Kind *Listen(Kind *listener) {
-    listener->AddNotificationKey(0, kAudioId, 0);
-    AddNotificationObject(listener);
-    return listener;
-  }
-  void Change() {
-    Transaction transaction(PrefLevelUser);
-    transaction.SetStr(kAudioId, "V", std::to_string(++value_).c_str());
-    ASSERT_EQ(transaction.Write(), Commit::done);
-  }
+  Mortal *ListenMortally() { return Listen(new Mortal(&deaths_)); }
 
   int deaths_ = 0;
-  int value_ = 0;
 };
 
 TEST_F(PrefNotifyTest, ReleaseWaitsForWhatIsOnItsWay) {
-  auto *const mortal = Listen(new Mortal(&deaths_));
+  auto *const mortal = ListenMortally();
   Change();
   Change();
   Drop(mortal);
   EXPECT_EQ(deaths_, 0);
   EXPECT_EQ(ZOLTDeliver(), 2);
   EXPECT_EQ(deaths_, 1);
-  auto *const idle = Listen(new Mortal(&deaths_));
+  auto *const idle = ListenMortally();
   Change();
   ZOLTDeliver();
   EXPECT_EQ(idle->heard.size(), 1U) << "the hook that went with the last one is there again";
@@ -58,8 +41,8 @@ TEST_F(PrefNotifyTest, ReleaseWaitsForWhatIsOnItsWay) {
 
 TEST_F(PrefNotifyTest, OneThatIsThereTwiceIsRemovedWhereItWasFirst) {
   std::string told;
-  auto *const first = Listen(new Listener());
-  auto *const second = Listen(new Listener());
+  auto *const first = Listen();
+  auto *const second = Listen();
   first->then = [&](Listener *) { told += "1"; };
   second->then = [&](Listener *) { told += "2"; };
   AddNotificationObject(first);
@@ -67,19 +50,17 @@ TEST_F(PrefNotifyTest, OneThatIsThereTwiceIsRemovedWhereItWasFirst) {
   Change();
   ZOLTDeliver();
   EXPECT_EQ(told, "21");
-  for (Listener *const listener : {first, second}) {
-    RemoveNotificationObject(listener);
-    listener->Release();
-  }
+  Drop(first);
+  Drop(second);
 }
 
 TEST_F(PrefNotifyTest, ACallbackMayReleaseAddAndRemove) {
-  auto *const victim = Listen(new Mortal(&deaths_));
+  auto *const victim = ListenMortally();
   auto *const killer = new Mortal(&deaths_);
   Listener *late = nullptr;
   killer->then = [&](Listener *self) {
     Drop(victim);
-    late = Listen(new Listener());
+    late = Listen();
     Change();
     Drop(self);
   };
@@ -101,8 +82,8 @@ TEST_F(PrefNotifyTest, AThreadThatEndsLeavesNothingBehind) {
   Mortal *released = nullptr;
   Mortal *kept = nullptr;
   std::thread([&] {
-    released = Listen(new Mortal(&deaths_));
-    kept = Listen(new Mortal(&deaths_));
+    released = ListenMortally();
+    kept = ListenMortally();
     Change();
     Drop(released);
     EXPECT_EQ(deaths_, 0);
@@ -114,7 +95,7 @@ TEST_F(PrefNotifyTest, AThreadThatEndsLeavesNothingBehind) {
 }
 
 TEST_F(PrefNotifyTest, WhatWaitsFollowsASubscriberToAnotherThread) {
-  auto *const mortal = Listen(new Mortal(&deaths_));
+  auto *const mortal = ListenMortally();
   Change();
   Change();
   std::thread([&] {
@@ -130,7 +111,7 @@ TEST_F(PrefNotifyTest, WhatWaitsFollowsASubscriberToAnotherThread) {
 }
 
 TEST_F(PrefNotifyTest, StrangeMessagesAreNotFollowed) {
-  Listener *const listener = Listen(new Listener());
+  Listener *const listener = Listen();
   uint32_t const self = GetCurrentThreadId();
   for (uintptr_t const who : {uintptr_t{0}, uintptr_t{1}, reinterpret_cast<uintptr_t>(&deaths_),
                               reinterpret_cast<uintptr_t>(listener)}) {
@@ -158,9 +139,7 @@ TEST_F(PrefNotifyTest, StrangeMessagesAreNotFollowed) {
 }
 
 TEST_F(PrefNotifyTest, AThreadThatNeverPumpsCostsBoundedMemoryAndIsToldOfTheGap) {
-  auto *const all = new Listener();
-  all->AddNotificationAll();
-  AddNotificationObject(all);
+  Listener *const all = ListenToAll();
   NotificationInfo const record = {"n", "new", "old"};
   AnnouncementHead const head = {kAudioId, 0, 4, 0, 0};
   uint32_t lost = 0;
@@ -195,12 +174,12 @@ TEST_F(PrefNotifyTest, AForkWaitsForATransactionThatAsksForSubscribers) {
 }
 
 TEST_F(PrefNotifyTest, AChildOfForkListensWithItsOwnObjects) {
-  Listener *const listener = Listen(new Listener());
+  Listener *const listener = Listen();
   Change();
   EXPECT_TRUE(HoldsInChild([&] {
     if (ZOLTDeliver() != 0) return false;
     Drop(listener);
-    Listener *const own = Listen(new Listener());
+    Listener *const own = Listen();
     Change();
     bool const heard = DeliverUntil([&] { return !own->heard.empty(); });
     Drop(own);

@@ -1,74 +1,12 @@
 #include "zolt41/notify/waiting_thread.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <atomic>
 #include <latch>
-#include <thread>
 
 #include "tests/notify/listener.h"
-#include "tests/prefs/prefs_fixture.h"
 #include "zolt41/notify/channel_objects.h"
-#include "zolt41/prefs/write_transaction.h"
 
-namespace zolt {
+namespace zolt::testing {
 namespace {
-
-using testing::Listener;
-
-constexpr auto kAudioId = static_cast<uint32_t>(testing::kAudio);
-
-Listener *Listen() {
-  auto *const listener = new Listener();
-  listener->AddNotificationKey(0, kAudioId, 0);
-  AddNotificationObject(listener);
-  return listener;
-}
-
-void End(Listener *listener) {
-  RemoveNotificationObject(listener);
-  listener->Release();
-}
-
-// A thread with a subscriber that waits for messages for as long as this lives.
-class Waiter {
- public:
-  Waiter() {
-    thread_ = std::thread([this] {
-      Listener *const listener = Listen();
-      listener->then = [this](Listener *) {
-        heard_++;
-        if (callback) callback();
-      };
-      id_ = GetCurrentThreadId();
-      ready_.count_down();
-      MSG message;
-      while (GetMessageA(&message, 0, 0, 0) == 1) others_ += message.message == WM_USER;
-      End(listener);
-    });
-    ready_.wait();
-  }
-  ~Waiter() {
-    PostThreadMessageA(id_, WM_QUIT, 0, 0);
-    thread_.join();
-  }
-  Waiter(Waiter const &) = delete;
-  Waiter &operator=(Waiter const &) = delete;
-
-  uint32_t id() const { return id_; }
-  int heard() const { return heard_; }
-  int others() const { return others_; }
-
-  std::function<void()> callback;  // not to be changed while it may be told something
-
- private:
-  std::atomic<int> heard_ = 0;
-  std::atomic<int> others_ = 0;
-  uint32_t id_ = 0;
-  std::latch ready_{1};
-  std::thread thread_;
-};
 
 // For what comes soon, and must not hang.
 template <typename Done>
@@ -78,21 +16,50 @@ bool Comes(Done done) {
   return done();
 }
 
-class WaitingThreadTest : public testing::PrefsTest {
+class WaitingThreadTest : public ChangeTest {
  protected:
+  // A thread with a subscriber that waits for messages for as long as this lives.
+  class Waiter {
+   public:
+    Waiter() {
+      thread_ = std::thread([this] {
+        Listener *const listener = Listen();
+        listener->then = [this](Listener *) {
+          heard++;
+          if (callback) callback();
+        };
+        id = GetCurrentThreadId();
+        ready_.count_down();
+        MSG message;
+        while (GetMessageA(&message, 0, 0, 0) == 1) others += message.message == WM_USER;
+        Drop(listener);
+      });
+      ready_.wait();
+    }
+    ~Waiter() {
+      PostThreadMessageA(id, WM_QUIT, 0, 0);
+      thread_.join();
+    }
+    Waiter(Waiter const &) = delete;
+    Waiter &operator=(Waiter const &) = delete;
+
+    uint32_t id = 0;
+    std::atomic<int> heard = 0;
+    std::atomic<int> others = 0;
+    std::function<void()> callback;  // not to be changed while it may be told something
+
+   private:
+    std::latch ready_{1};
+    std::thread thread_;
+  };
+
   static ProcessSlot *OwnSlot() {
     ProcessSlot *slot = Channel()->slots;
     while (slot->process != static_cast<uint32_t>(getpid())) slot++;
     return slot;
   }
-  void Change() {
-    Transaction transaction(PrefLevelUser);
-    transaction.SetStr(kAudioId, "V", std::to_string(++value_).c_str());
-    ASSERT_EQ(transaction.Write(), Commit::done);
-  }
 
   uint32_t const process_ = static_cast<uint32_t>(getpid());
-  int value_ = 0;
 };
 
 TEST_F(WaitingThreadTest, HearsWithoutTheOther) {
@@ -103,7 +70,7 @@ TEST_F(WaitingThreadTest, HearsWithoutTheOther) {
   for (int i = 1; i <= 100 && !without; i++) {
     uint32_t const pulses = PulseCount(NotifyEvent());
     Change();
-    ASSERT_TRUE(Comes([&] { return waiter.heard() == i; }));
+    ASSERT_TRUE(Comes([&] { return waiter.heard == i; }));
     without = PulseCount(NotifyEvent()) == pulses;
   }
   EXPECT_TRUE(without);
@@ -126,7 +93,7 @@ TEST_F(WaitingThreadTest, OneInItsCallbackOrShownInVainKeepsNobodyWaiting) {
     EXPECT_EQ(OwnSlot()->lagging, 0U);
     EXPECT_EQ(ZOLTDeliver(), 2) << "the other thread has heard";
     leave.count_down();
-    EXPECT_TRUE(Comes([&] { return waiter.heard() == 2; }));
+    EXPECT_TRUE(Comes([&] { return waiter.heard == 2; }));
   }
   for (uint32_t const shown : {process_, process_ | kLooksOut}) {
     OwnSlot()->waiting = shown;
@@ -134,7 +101,7 @@ TEST_F(WaitingThreadTest, OneInItsCallbackOrShownInVainKeepsNobodyWaiting) {
     EXPECT_EQ(OwnSlot()->lagging, 0U);
     EXPECT_EQ(ZOLTDeliver(), 1);
   }
-  End(own);
+  Drop(own);
 }
 
 TEST_F(WaitingThreadTest, LeavesTheSlotOfAnotherProcessAlone) {
@@ -142,12 +109,12 @@ TEST_F(WaitingThreadTest, LeavesTheSlotOfAnotherProcessAlone) {
   ASSERT_TRUE(Comes([&] { return OwnSlot()->waiting == process_; }));
   OwnSlot()->waiting = process_ + 1;
   for (int i = 1; i <= 2; i++) {
-    PostThreadMessageA(waiter.id(), WM_USER, 0, 0);
-    ASSERT_TRUE(Comes([&] { return waiter.others() == i; }));
+    PostThreadMessageA(waiter.id, WM_USER, 0, 0);
+    ASSERT_TRUE(Comes([&] { return waiter.others == i; }));
     EXPECT_EQ(OwnSlot()->waiting, process_ + 1);
   }
   Change();
-  EXPECT_TRUE(Comes([&] { return waiter.heard() == 1; })) << "by the other thread";
+  EXPECT_TRUE(Comes([&] { return waiter.heard == 1; })) << "by the other thread";
 }
 
 TEST_F(WaitingThreadTest, AnAlertWithoutAnAnnouncementDoesNoHarm) {
@@ -157,9 +124,9 @@ TEST_F(WaitingThreadTest, AnAlertWithoutAnAnnouncementDoesNoHarm) {
     AlertWaitingThreads(Channel());
     if (i % 10 != 0) continue;
     Change();
-    EXPECT_TRUE(Comes([&] { return waiter.heard() == i / 10; }));
+    EXPECT_TRUE(Comes([&] { return waiter.heard == i / 10; }));
   }
 }
 
 }  // namespace
-}  // namespace zolt
+}  // namespace zolt::testing
