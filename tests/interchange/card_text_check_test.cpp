@@ -1,27 +1,21 @@
 #include "zolt41/interchange/card_text_check.h"
 
-#include <utility>
-
 #include "tests/interchange/interchange_fixture.h"
 
 namespace zolt::testing {
 namespace {
 
-class CardTextCheckTest : public InterchangeTest {
- protected:
-  // The lines, each with ! if something is lost; "none" of what is no card text.
-  static std::string Found(std::string const &text) {
-    std::string found;
-    int32_t const isCard = CheckCardText(
-        text.data(), static_cast<int32_t>(text.size()),
-        [](void *context, CardTextFinding const &finding) {
-          auto *const lines = static_cast<std::string *>(context);
-          *lines += std::to_string(finding.line) + (finding.lost ? "! " : " ");
-        },
-        &found);
-    return isCard == 1 ? found : "none";
-  }
-};
+using CardTextCheckTest = InterchangeTest;
+
+// The lines, each with ! if something is lost; "none" of what is no card text.
+std::string Found(std::string const &text) {
+  std::string found;
+  auto const add = [](void *to, CardTextFinding const &finding) {
+    *static_cast<std::string *>(to) += std::to_string(finding.line) + (finding.lost ? "! " : " ");
+  };
+  auto const size = static_cast<int32_t>(text.size());
+  return CheckCardText(text.data(), size, add, &found) == 1 ? found : "none";
+}
 
 TEST_F(CardTextCheckTest, WhatIsNotReadIsFound) {
   std::string const head = "1\n2\n\n[Card Infos]\n";

@@ -10,11 +10,16 @@
 #include "zolt41/cards/property_format.h"
 #include "zolt41/cards/property_storage.h"
 #include "zolt41/interchange/card_text_export.h"
+#include "zolt41/interchange/card_text_import.h"
 #include "zolt41/library/library.h"
 #include "zolt41/platform/system/global_block.h"
+#include "zolt41/prefs/section_name_hash.h"
 #include "zolt41/prefs/stores.h"
 
 namespace zolt::testing {
+
+inline constexpr auto kGeneral = static_cast<uint32_t>(SectionLetters("GNRL"));
+inline constexpr auto kAudio = static_cast<uint32_t>(SectionLetters("AUDI"));
 
 inline void Add(PCardStorage *card, char const *name, uint32_t type, uint32_t flags,
                 std::string_view value) {
@@ -42,6 +47,10 @@ inline std::string TextOf(PCardStorage *card) {
   std::string text(static_cast<char const *>(GlobalLock(block)), size);
   GlobalFree(block);
   return text;
+}
+
+inline int32_t Import(PCardStorage *card, std::string const &text) {
+  return ImportCard(card, text.data(), static_cast<int32_t>(text.size()));
 }
 
 inline std::string WithLineEnds(std::string const &lines) {

@@ -2,10 +2,7 @@
 
 #include "tests/interchange/interchange_fixture.h"
 #include "tests/support/failing_memory.h"
-#include "zolt41/interchange/card_text_export.h"
-#include "zolt41/interchange/card_text_import.h"
 #include "zolt41/interchange/vcard_export.h"
-#include "zolt41/platform/system/global_block.h"
 
 namespace zolt::testing {
 namespace {
