@@ -1,15 +1,6 @@
 #include "zolt41/platform/desktop/command.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <fstream>
-#include <string>
 
 #include "tests/support/child.h"
 #include "tests/support/files.h"
@@ -34,11 +25,10 @@ void ReapAll(int) {
 
 TEST(CommandTest, HowTheClientTreatsItsChildrenMakesNoDifference) {
   for (sighandler_t const way : {SIG_DFL, SIG_IGN, static_cast<sighandler_t>(ReapAll)}) {
-    Child child([way](Child::Pipe &) {
+    EXPECT_TRUE(HoldsInChild([way] {
       signal(SIGCHLD, way);
-      return Shell("exit 7") == 7 && !HasChildren() ? 0 : 1;
-    });
-    EXPECT_EQ(child.Wait(), 0);
+      return Shell("exit 7") == 7 && !HasChildren();
+    }));
   }
 }
 
@@ -46,11 +36,10 @@ TEST(CommandTest, WhatBecameOfTheProgramIsTold) {
   EXPECT_EQ(Shell("kill -9 $$"), kNoCode);
   EXPECT_EQ(RunCommand({"/", {"x"}, "", kLong, false}), 127);
   // What the client ignores or blocks does not reach the program.
-  Child child([](Child::Pipe &) {
+  EXPECT_TRUE(HoldsInChild([] {
     signal(SIGTERM, SIG_IGN);
-    return Shell("kill -TERM $$") == kNoCode ? 0 : 1;
-  });
-  EXPECT_EQ(child.Wait(), 0);
+    return Shell("kill -TERM $$") == kNoCode;
+  }));
 }
 
 TEST(CommandTest, TheProgramHasItsInputAndNothingElseOfTheClient) {
@@ -73,12 +62,11 @@ using CommandFileTest = FileTest;
 TEST_F(CommandFileTest, AProgramThatStillRunsGoesOn) {
   std::string const in = Path("in");
   std::string const out = Path("out");
-  ASSERT_EQ(mkfifo(in.c_str(), 0600), 0);
-  ASSERT_EQ(mkfifo(out.c_str(), 0600), 0);
+  for (std::string const &pipe : {in, out}) ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_EQ(Shell("cat '" + in + "' > '" + out + "'", "", false, 1), kStillRuns);
   EXPECT_FALSE(HasChildren());
   int const answer = open(out.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  std::ofstream(in) << "on";
+  WriteContent(in, "on");
   fcntl(answer, F_SETFL, 0);
   char text[2] = "";
   EXPECT_EQ(read(answer, text, sizeof text), 2);

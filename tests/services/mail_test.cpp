@@ -1,16 +1,11 @@
 #include "zolt41/services/mail.h"
 
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <fstream>
 #include <optional>
 #include <sstream>
-#include <string>
-#include <thread>
+#include <tuple>
 
 #include "tests/services/stand_in.h"
 #include "tests/support/child.h"
@@ -77,7 +72,7 @@ class MailTest : public StandInTest {
   }
   ~MailTest() override { ForgetMailTest(); }
 
-  void Profile(std::string const &text) { std::ofstream(home_.path() + "/profile.ini") << text; }
+  void Profile(std::string const &text) const { WriteContent(Path("profile.ini"), text); }
   static uint32_t Send(std::string to, std::string subject, std::string text, int32_t silent) {
     return SendMail(nullptr, to.data(), subject.data(), text.data(), nullptr, silent);
   }
@@ -91,34 +86,39 @@ class MailTest : public StandInTest {
 };
 
 TEST_F(MailTest, TheProfileTheModuleAndItsFunctionDecide) {
-  struct Row {
-    char const *profile;
-    bool there;
-    bool function;
-    int32_t can;
-  };
   // Without a word of the profile a machine with a mailer can mail.
   StandIn("sendmail");
-  for (Row const &row :
-       {Row{"[MAIL]\nMAPI=1\n", true, true, 1}, Row{"[mail]\r\nmapi = 2\r\n", true, true, 1},
-        Row{"[MAIL]\nMAPI=0\n", true, true, 0}, Row{"\t[ Mail ] \r\n Mapi\t=\t0 ", true, true, 0},
-        Row{"\xEF\xBB\xBF[MAIL]\nMAPI=0\n", true, true, 0},
-        Row{"[MAIL\n[OTHER]\nMAPI=0\n[MAIL]\nx=0\n", true, true, 1},
-        Row{"[MAIL]\nMAPI=1\n", false, true, 0}, Row{"[MAIL]\nMAPI=1\n", true, false, 0}}) {
-    LateModuleSwap const swap(row.function ? &kFake : &kWithout);
-    usable = row.there;
+  std::tuple<char const *, bool, bool, int32_t> const rows[] = {
+      {"[MAIL]\nMAPI=1\n", true, true, 1},
+      {"[mail]\r\nmapi = 2\r\n", true, true, 1},
+      {"[MAIL]\nMAPI=0\n", true, true, 0},
+      {"\t[ Mail ] \r\n Mapi\t=\t0 ", true, true, 0},
+      {"\xEF\xBB\xBF[MAIL]\nMAPI=0\n", true, true, 0},
+      {"[MAIL\n[OTHER]\nMAPI=0\n[MAIL]\nx=0\n", true, true, 1},
+      {"[MAIL]\nMAPI=1\n", false, true, 0},
+      {"[MAIL]\nMAPI=1\n", true, false, 0}};
+  for (auto const &[profile, there, function, can] : rows) {
+    LateModuleSwap const swap(function ? &kFake : &kWithout);
+    usable = there;
     lookedFor = 0;
-    Profile(row.profile);
+    Profile(profile);
     ForgetMailTest();
-    EXPECT_EQ(CanMail(), row.can) << row.profile << row.there << row.function;
-    bool const off = row.can == 0 && row.there && row.function;
-    EXPECT_TRUE(!off || lookedFor == 0) << row.profile;
+    EXPECT_EQ(CanMail(), can) << profile << there << function;
+    bool const off = can == 0 && there && function;
+    EXPECT_TRUE(!off || lookedFor == 0) << profile;
   }
 }
 
-TEST_F(MailTest, TheTestRunsOnce) {
+TEST_F(MailTest, TheFirstResultStands) {
   LateModuleSwap const swap(&kFake);
+  StandIn("sendmail");
+  std::string const profile = Path("profile.ini");
+  ASSERT_EQ(mkfifo(profile.c_str(), 0600), 0);
+  EXPECT_EQ(CanMail(), 1) << "a profile that would never end is none";
+  std::filesystem::remove(profile);
   Profile("[MAIL]\nMAPI=0\n");
+  EXPECT_EQ(CanMail(), 1);
+  ForgetMailTest();
   EXPECT_EQ(CanMail(), 0);
   Profile("[MAIL]\nMAPI=1\n");
   EXPECT_EQ(CanMail(), 0);
@@ -140,16 +140,6 @@ TEST_F(MailTest, WhoAsksDuringTheTestIsNotToldNo) {
     std::jthread const second(ask);
   }
   EXPECT_EQ(can, 2);
-}
-
-TEST_F(MailTest, TheFirstResultStands) {
-  std::string const profile = Path("profile.ini");
-  std::filesystem::remove(profile);
-  ASSERT_EQ(mkfifo(profile.c_str(), 0600), 0);
-  EXPECT_EQ(CanMail(), 0) << "a profile that would never end is none";
-  std::filesystem::remove(profile);
-  Profile("[MAIL]\nMAPI=1\n");
-  EXPECT_EQ(CanMail(), 0);
 }
 
 TEST_F(MailTest, AForkDuringTheTestLeavesAChildThatCanTest) {
@@ -218,11 +208,7 @@ TEST_F(MailTest, OnlyRealFailuresAreTold) {
 TEST_F(MailTest, WithoutADesktopSendmailGetsTheMessage) {
   StandIn("sendmail");
   EXPECT_EQ(CanMail(), 1);
-  EXPECT_EQ(Send("anna@example.org",
-                 "Gr\xFC\xDF"
-                 "e",
-                 "one\r\ntwo\rthree", 0),
-            0U);
+  EXPECT_EQ(Send("anna@example.org", "Gr\xFC\xDF\x65", "one\r\ntwo\rthree", 0), 0U);
   EXPECT_EQ(Heard("sendmail"),
             "<-i><--><anna@example.org>\nTo: anna@example.org\nSubject: =?UTF-8?B?R3LDvMOfZQ==?=\n"
             "MIME-Version: 1.0\nContent-Type: text/plain; charset=UTF-8\n"
@@ -246,13 +232,11 @@ TEST_F(MailTest, WhatMailCannotCarryAsItIsIsEncoded) {
   std::string const longest(998, 'x');
   Send("a@b", longest.substr(9), longest, 1);
   std::string heard = Heard("sendmail");
-  EXPECT_NE(heard.find("\nSubject: " + longest.substr(9) + "\nMIME"), std::string::npos);
+  EXPECT_TRUE(Has(heard, "\nSubject: " + longest.substr(9) + "\nMIME"));
   EXPECT_TRUE(heard.ends_with("Encoding: 8bit\n\n" + longest + "\n"));
 
   Send("a@b", "a =?UTF-8?Q?b?=", "", 1);
-  heard = Heard("sendmail");
-  EXPECT_NE(heard.find("\nSubject: =?UTF-8?B?YSA9P1VURi04P1E/Yj89?=\n"), std::string::npos)
-      << heard;
+  EXPECT_TRUE(Has(Heard("sendmail"), "\nSubject: =?UTF-8?B?YSA9P1VURi04P1E/Yj89?=\n"));
 
   // Three x are eHh4.
   Send("a@b", longest.substr(8), "yyy\n" + longest + "x", 1);
@@ -263,7 +247,7 @@ TEST_F(MailTest, WhatMailCannotCarryAsItIsIsEncoded) {
     if (i == 39 || (i > 39 && (i - 39) % 45 == 0)) subject += "?=\n " + word;
     subject += "eHh4";
   }
-  EXPECT_NE(heard.find("\n" + subject + "?=\nMIME"), std::string::npos) << heard;
+  EXPECT_TRUE(Has(heard, "\n" + subject + "?=\nMIME"));
   // The text is yyy CR LF, 999 of x, CR LF.
   std::string digits = "eXl5DQp4";
   for (int i = 0; i < 332; i++) digits += "eHh4";
@@ -278,20 +262,16 @@ TEST_F(MailTest, OnADesktopItsMailProgramShowsTheMessage) {
   StandIn("sendmail");
   // Options, and empty fields among them, make the real one fail.
   StandIn("xdg-email", "case $#$1 in 1mailto:*) exit 0; esac; exit 1");
-  struct Row {
-    char const *to;
-    char const *subject;
-    char const *text;
-    char const *uri;
-  };
-  for (Row const &row :
-       {Row{"anna@example.org", "it's $(x)", "a \"b\"\r\nc\\d\n",
-            "anna@example.org?subject=it%27s%20%24%28x%29&body=a%20%22b%22%0D%0Ac%5Cd%0D%0A"},
-        Row{"a+b", "", "-n", "a%2Bb?body=-n"}, Row{"a@b", "-\xFC", "", "a@b?subject=-%C3%BC"},
-        Row{"a@b", "", "", "a@b"},
-        Row{"a@b?attach=/x&cc=e@x%41", "", "", "a@b%3Fattach%3D%2Fx%26cc%3De@x%2541"}}) {
-    EXPECT_EQ(Send(row.to, row.subject, row.text, 0), 0U);
-    EXPECT_EQ(Heard("xdg-email"), "<mailto:" + std::string(row.uri) + ">\n");
+  std::tuple<char const *, char const *, char const *, std::string> const rows[] = {
+      {"anna@example.org", "it's $(x)", "a \"b\"\r\nc\\d\n",
+       "anna@example.org?subject=it%27s%20%24%28x%29&body=a%20%22b%22%0D%0Ac%5Cd%0D%0A"},
+      {"a+b", "", "-n", "a%2Bb?body=-n"},
+      {"a@b", "-\xFC", "", "a@b?subject=-%C3%BC"},
+      {"a@b", "", "", "a@b"},
+      {"a@b?attach=/x&cc=e@x%41", "", "", "a@b%3Fattach%3D%2Fx%26cc%3De@x%2541"}};
+  for (auto const &[to, subject, text, uri] : rows) {
+    EXPECT_EQ(Send(to, subject, text, 0), 0U);
+    EXPECT_EQ(Heard("xdg-email"), "<mailto:" + uri + ">\n");
   }
   EXPECT_EQ(Heard("sendmail"), "");
   EXPECT_EQ(Send("anna@example.org", "s", "t", 1), 0U);
@@ -303,18 +283,11 @@ TEST_F(MailTest, OnADesktopItsMailProgramShowsTheMessage) {
 
 TEST_F(MailTest, WhatIsMoreThanOneAddressOrASubjectIsRefused) {
   StandIn("sendmail");
-  struct Row {
-    char const *to;
-    char const *subject;
-    uint32_t result;
-  };
-  for (Row const &row :
-       {Row{"-oQ/tmp", "s", 25}, Row{"a\nBcc: b", "s", 25}, Row{"", "s", 25}, Row{"a\x7F", "s", 25},
-        Row{"a@b,c@d", "s", 25}, Row{"a@b;c@d", "s", 25}, Row{"a@b c@d", "s", 25},
-        Row{":include:/x", "s", 25}, Row{"A <a@b>", "s", 25}, Row{"\xFC@b", "s", 25},
-        Row{"a", "s\r\nBcc: b", 2}, Row{"a", "s\x81", 2}}) {
-    ToldBy([&] { EXPECT_EQ(Send(row.to, row.subject, "t", 1), row.result) << row.to; });
-  }
+  for (char const *to : {"-oQ/tmp", "a\nBcc: b", "", "a\x7F", "a@b,c@d", "a@b;c@d", "a@b c@d",
+                         ":include:/x", "A <a@b>", "\xFC@b"})
+    ToldBy([&] { EXPECT_EQ(Send(to, "s", "t", 1), 25U) << to; });
+  for (char const *subject : {"s\r\nBcc: b", "s\x81"})
+    ToldBy([&] { EXPECT_EQ(Send("a", subject, "t", 1), 2U) << subject; });
   EXPECT_EQ(Heard("sendmail"), "");
   EXPECT_EQ(Send("a+b/c?d@e", "-s", "t", 1), 0U);
   StandIn("sendmail", "exit 75");

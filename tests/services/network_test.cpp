@@ -1,22 +1,15 @@
 #include "zolt41/services/network.h"
 
-#include <fcntl.h>
-#include <gtest/gtest.h>
 #include <linux/if_tun.h>
 #include <net/if.h>
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <cstring>
-#include <string>
-#include <thread>
-#include <vector>
+#include <tuple>
 
 #include "tests/support/child.h"
 #include "tests/support/files.h"
@@ -53,64 +46,49 @@ uint32_t FakeStatus(uint32_t connection, RASCONNSTATUS *status) {
   return connection == 101 ? 1 : 0;
 }
 
-bool Usable() {
-  return true;
-}
-
 LateFunction const kConnected[] = {
     {"InternetGetConnectedState", reinterpret_cast<FARPROC>(FakeConnected)}};
 LateFunction const kBoth[] = {{"RasEnumConnectionsA", reinterpret_cast<FARPROC>(FakeEnum)},
                               {"RasGetConnectStatusA", reinterpret_cast<FARPROC>(FakeStatus)}};
-bool Gone() {
-  return false;
+template <bool Is>
+bool Usable() {
+  return Is;
 }
 
-LateModule const kGoneInternet = {"Wininet.dll", kConnected, Gone};
-LateModule const kGoneRas = {"Rasapi32.dll", kBoth, Gone};
-LateModule const kInternet = {"Wininet.dll", kConnected, Usable};
-LateModule const kNoInternet = {"Wininet.dll", {}, Usable};
-LateModule const kRas = {"Rasapi32.dll", kBoth, Usable};
-LateModule const kHalfRas = {"Rasapi32.dll", std::span(kBoth, 1), Usable};
+LateModule const kGoneInternet = {"Wininet.dll", kConnected, Usable<false>};
+LateModule const kGoneRas = {"Rasapi32.dll", kBoth, Usable<false>};
+LateModule const kInternet = {"Wininet.dll", kConnected, Usable<true>};
+LateModule const kNoInternet = {"Wininet.dll", {}, Usable<true>};
+LateModule const kRas = {"Rasapi32.dll", kBoth, Usable<true>};
+LateModule const kHalfRas = {"Rasapi32.dll", std::span(kBoth, 1), Usable<true>};
 
 TEST(NetworkTest, TheModulesDecideInTheirOrder) {
-  struct Row {
-    LateModule const *internet;
-    LateModule const *ras;
-    int32_t connected;
-    uint32_t enumResult;
-    std::vector<uint32_t> states;
-    int32_t on;
-    int asked;
-  };
   constexpr uint32_t kUp = 0x2000;
-  for (Row const &row : {
-           Row{&kNoInternet, &kRas, 0, 0, {}, 1, 0},
-           Row{&kGoneInternet, &kRas, 0, 0, {}, 1, 0},
-           Row{&kInternet, &kRas, 1, 0, {}, 1, 0},
-           Row{&kInternet, &kHalfRas, 0, 0, {kUp}, 0, 0},
-           Row{&kInternet, &kGoneRas, 0, 0, {kUp}, 0, 0},
-           Row{&kInternet, &kRas, 0, 0, {}, 0, 1},
-           Row{&kInternet, &kRas, 0, 0, {1, kUp, kUp}, 1, 1},
-           Row{&kInternet, &kRas, 0, 0, {1, kUp, 0x2001}, 0, 1},
-           Row{&kInternet, &kRas, 0, 603, {kUp}, 0, 1},
-       }) {
-    LateModuleSwap const internet(row.internet);
-    LateModuleSwap const ras(row.ras);
-    connected = row.connected;
-    enumResult = row.enumResult;
-    states = row.states;
+  // The modules, what they answer, whether the network is on, and how often the second was asked.
+  std::tuple<LateModule const *, LateModule const *, int32_t, uint32_t, std::vector<uint32_t>,
+             int32_t, int> const rows[] = {
+      {&kNoInternet, &kRas, 0, 0, {}, 1, 0},
+      {&kGoneInternet, &kRas, 0, 0, {}, 1, 0},
+      {&kInternet, &kRas, 1, 0, {}, 1, 0},
+      {&kInternet, &kHalfRas, 0, 0, {kUp}, 0, 0},
+      {&kInternet, &kGoneRas, 0, 0, {kUp}, 0, 0},
+      {&kInternet, &kRas, 0, 0, {}, 0, 1},
+      {&kInternet, &kRas, 0, 0, {1, kUp, kUp}, 1, 1},
+      {&kInternet, &kRas, 0, 0, {1, kUp, 0x2001}, 0, 1},
+      {&kInternet, &kRas, 0, 603, {kUp}, 0, 1},
+  };
+  for (auto const &[internet, ras, isConnected, result, itsStates, on, times] : rows) {
+    LateModuleSwap const first(internet);
+    LateModuleSwap const second(ras);
+    connected = isConnected;
+    enumResult = result;
+    states = itsStates;
     asked = 0;
     ForgetNetwork();
-    EXPECT_EQ(IsNetworkOn(), row.on);
-    EXPECT_EQ(asked, row.asked);
+    EXPECT_EQ(IsNetworkOn(), on);
+    EXPECT_EQ(asked, times);
   }
   ForgetNetwork();
-}
-
-void WriteMap(char const *file, std::string const &text) {
-  int const map = open(file, O_WRONLY | O_CLOEXEC);
-  if (write(map, text.data(), text.size()) < 0) _exit(96);
-  close(map);
 }
 
 // As root of a user namespace of its own, where the right is missing.
@@ -120,9 +98,9 @@ bool EnterNetwork() {
   std::string const user = std::to_string(geteuid());
   std::string const group = std::to_string(getegid());
   if (unshare(CLONE_NEWUSER | kOwn) != 0) return false;
-  WriteMap("/proc/self/setgroups", "deny");
-  WriteMap("/proc/self/uid_map", "0 " + user + " 1");
-  WriteMap("/proc/self/gid_map", "0 " + group + " 1");
+  WriteContent("/proc/self/setgroups", "deny");
+  WriteContent("/proc/self/uid_map", "0 " + user + " 1");
+  WriteContent("/proc/self/gid_map", "0 " + group + " 1");
   return true;
 }
 
@@ -138,23 +116,14 @@ int InNetwork(Run run) {
 }
 
 void Ip(std::string const &arguments) {
-  std::vector<std::string> words = {"ip"};
-  for (size_t at = 0; at < arguments.size();) {
-    size_t const end = std::min(arguments.find(' ', at), arguments.size());
-    words.push_back(arguments.substr(at, end - at));
-    at = end + 1;
-  }
-  std::vector<char *> pointers;
-  for (std::string &word : words) pointers.push_back(word.data());
-  pointers.push_back(nullptr);
-  pid_t const process = fork();
-  if (process == 0) {
-    execvp("ip", pointers.data());
-    _exit(127);
-  }
-  int status = 0;
-  waitpid(process, &status, 0);
-  if (status != 0) _exit(98);
+  if (std::system(("ip " + arguments).c_str()) != 0) _exit(98);
+}
+
+// A link and the other end of it, which gives it a carrier once that is up, too.
+void AddLink(std::string const &name, std::string const &address) {
+  Ip("link add " + name + " type veth peer name " + name + "end");
+  Ip("addr add " + address + "/24 dev " + name);
+  Ip("link set " + name + " up");
 }
 
 // The kernel tells of a carrier some time after the other end came or went.
@@ -167,31 +136,13 @@ bool BecomesOn(int32_t on) {
   return true;
 }
 
-TEST(NetworkTest, ARouteWithACarrierIsANetwork) {
+TEST(NetworkTest, RoutesToEverywhereWithACarrierAreFoundWhereverTheyStand) {
   EXPECT_EQ(InNetwork([] {
-              if (IsNetworkOn() != 0) return 1;
-              Ip("link add v0 type veth peer name v1");
-              Ip("addr add 10.9.0.1/24 dev v0");
-              Ip("link set v0 up");
-              Ip("link set v1 up");
-              if (IsNetworkOn() != 0) return 2;  // no route
-              Ip("route add default via 10.9.0.2");
-              if (!BecomesOn(1)) return 3;
-              Ip("link set v1 down");
-              if (!BecomesOn(0)) return 4;  // a route and no carrier
-              return 0;
-            }),
-            0);
-}
-
-TEST(NetworkTest, RoutesToEverywhereAreFoundWhereverTheyStand) {
-  EXPECT_EQ(InNetwork([] {
-              Ip("link add n0 type veth peer name n1");
-              Ip("link add v0 type veth peer name v1");
-              Ip("addr add 10.8.0.1/24 dev n0");
-              Ip("addr add 10.9.0.1/24 dev v0");
-              for (char const *link : {"n0", "v0", "v1"})  // n0 has no carrier
-                Ip("link set " + std::string(link) + " up");
+              if (IsNetworkOn() != 0) return 80;
+              AddLink("n0", "10.8.0.1");  // without a carrier
+              AddLink("v0", "10.9.0.1");
+              Ip("link set v0end up");
+              if (IsNetworkOn() != 0) return 81;  // no route
               struct Row {
                 std::vector<char const *> routes;
                 int32_t on;
@@ -210,6 +161,10 @@ TEST(NetworkTest, RoutesToEverywhereAreFoundWhereverTheyStand) {
                 if (!BecomesOn(rows[i].on)) return static_cast<int>(i) + 1;
                 for (char const *route : rows[i].routes) Ip("route del " + std::string(route));
               }
+              Ip("route add default via 10.9.0.2");
+              if (!BecomesOn(1)) return 82;
+              Ip("link set v0end down");
+              if (!BecomesOn(0)) return 83;
               rlimit const none{};
               setrlimit(RLIMIT_NOFILE, &none);
               return IsNetworkOn() == 1 ? 0 : 90;  // the kernel cannot be asked
@@ -238,10 +193,8 @@ TEST(NetworkTest, ALoopbackAddressGivesWayToThatOfTheDefaultRoute) {
               if (LookUpHost("no-such-host.invalid", &address)) return 5;
               Ip("link set lo up");
               if (!LookUpHost("127.0.1.1", &address) || address[0] != 127) return 1;
-              Ip("link add v0 type veth peer name v1");
-              Ip("addr add 10.9.0.1/24 dev v0");
-              Ip("link set v0 up");
-              Ip("link set v1 up");
+              AddLink("v0", "10.9.0.1");
+              Ip("link set v0end up");
               Ip("route add default via 10.9.0.2");
               Ip("route add blackhole 198.51.100.0/24");
               if (!LookUpHost("127.0.1.1", &address)) return 2;
@@ -260,9 +213,7 @@ TEST(NetworkTest, OfSeveralAddressesTheFirstIsGiven) {
               mount("", "/", "", MS_REC | MS_PRIVATE, nullptr);
               if (mount(hosts.c_str(), "/etc/hosts", "", MS_BIND, nullptr) != 0) return 97;
               // Only the second can be reached.
-              Ip("link add v0 type veth peer name v1");
-              Ip("addr add 10.9.0.1/24 dev v0");
-              Ip("link set v0 up");
+              AddLink("v0", "10.9.0.1");
               if (sethostname("two", 3) != 0) return 97;
               char text[16] = "";
               return GetMyIP(text) == 1 && std::string(text) == "192.0.2.1" ? 0 : 1;

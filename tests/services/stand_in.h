@@ -3,10 +3,7 @@
 
 #include <sys/stat.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <string>
 
 #include "tests/support/files.h"
 
