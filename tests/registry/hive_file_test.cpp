@@ -17,6 +17,9 @@ namespace fs = std::filesystem;
 // What a hive's file, and what lies around it, can do to us.
 class HiveFileTest : public FileTest {
  protected:
+  std::string HiveOf(HKEY root) const {
+    return root == HKEY_CURRENT_USER ? home_.UserHive() : home_.MachineHive();
+  }
   // Makes a home with one value in each tree and leaves it.
   void Prepare() {
     for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE})
@@ -49,7 +52,7 @@ TEST_F(HiveFileTest, StoresNamesAsUtf8) {
 TEST_F(HiveFileTest, DamageIsToldAndTheFileIsLeftAsItIs) {
   Prepare();
   for (HKEY const root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
-    std::string const path = root == HKEY_CURRENT_USER ? home_.UserHive() : home_.MachineHive();
+    std::string const path = HiveOf(root);
     std::string const whole = ContentOf(path);
     std::pair<char const *, std::string> const cases[] = {
         {"garbage", std::string(9000, 'Z')},
@@ -127,9 +130,7 @@ TEST_F(HiveFileTest, AnotherFileInItsPlaceIsNoticed) {
   EXPECT_EQ(second(), "only in the log");
   fs::rename(Path("backup"), home_.UserHive());
   // A miss looks; the log of the old file must not be applied to the new one.
-  EXPECT_EQ(key.Get("another"), "!2");
-  EXPECT_EQ(key.Get("v"), "old");
-  EXPECT_EQ(key.Get("only in the log"), "!2");
+  EXPECT_EQ(key.GetAll({"another", "v", "only in the log"}), "!2 old !2");
   EXPECT_EQ(second(), "none");
   EXPECT_EQ(key.Set("v", "newer"), ERROR_SUCCESS);
   EXPECT_EQ(key.Get("v"), "newer");
@@ -151,8 +152,7 @@ TEST_F(HiveFileTest, AHandleFollowsItsPathIntoAnotherFile) {
   EXPECT_EQ(RegDeleteValueA(key.handle, "v"), ERROR_SUCCESS);
   EXPECT_EQ(Key(HKEY_CURRENT_USER, "Decoy").Get("v"), "Decoy") << "not of another key";
   EXPECT_EQ(key.Set("w", "written"), ERROR_SUCCESS);
-  EXPECT_EQ(key.Get("v"), "!2");
-  EXPECT_EQ(gone.Get("v"), "!2");
+  EXPECT_EQ(key.Get("v") + gone.Get("v"), "!2!2");
   EXPECT_EQ(gone.Set("v", "2"), ERROR_KEY_DELETED);
   EXPECT_EQ(LastFailure(), 6) << "the write is lost, and says so";
   EXPECT_EQ(Key(HKEY_CURRENT_USER, "Decoy").Get("w"), "!2");
@@ -185,9 +185,8 @@ TEST_F(HiveFileTest, AForeignEditIsNoticedAtTheNextMiss) {
   for (HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
     Key const key(root);
     EXPECT_EQ(key.Get("v"), "old");
-    std::string const path = root == HKEY_CURRENT_USER ? home_.UserHive() : home_.MachineHive();
     EXPECT_TRUE(HoldsInChild([&] {
-      return RawHive(path).Run("UPDATE value SET data='edited' WHERE name='v'").empty();
+      return RawHive(HiveOf(root)).Run("UPDATE value SET data='edited' WHERE name='v'").empty();
     }));
     key.Get("a name that nobody asked for before");
     EXPECT_EQ(key.Get("v"), "edited") << "stored without its NUL, read with it";
@@ -261,17 +260,6 @@ TEST_F(HiveFileTest, AFullDiskAtTheFirstStartIsFullAndLeavesNothingInTheWay) {
     LeaveHives();
     for (auto const &entry : fs::directory_iterator(home_.path())) fs::remove_all(entry.path());
   }
-}
-
-TEST_F(HiveFileTest, FollowsTheEnvironmentOnceNothingIsOpen) {
-  {
-    Key const key(HKEY_CURRENT_USER);
-    key.Set("v", "first home");
-    setenv("ZOLT_HOME", Path("second").c_str(), 1);
-    EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "first home");
-  }
-  EXPECT_EQ(Key(HKEY_CURRENT_USER).Get("v"), "!2");
-  EXPECT_TRUE(fs::exists(Path("second/user.hive")));
 }
 
 }  // namespace

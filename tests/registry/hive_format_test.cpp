@@ -10,12 +10,10 @@ TEST(HiveFormat, IsAsItsDescriptionSays) {
   size_t const schema = page.find("```sql\n") + 7;
   TempHome home;
   {
-    Key const software(HKEY_CURRENT_USER, "Software");
-    Key const maker(software.handle, "Veltrane");
-    Key const product(maker.handle, "Tessaly");
-    Key const version(product.handle, "5.0");
-    Key const conferencing(version.handle, "Conferencing");
-    Key const audio(conferencing.handle, "Audio");
+    HKEY key = HKEY_CURRENT_USER;
+    for (char const *name : {"Software", "Veltrane", "Tessaly", "5.0", "Conferencing"})
+      ASSERT_EQ(RegCreateKeyA(key, name, &key), ERROR_SUCCESS);
+    Key const audio(key, "Audio");
     audio.Set("Volume", "70");
     audio.SetBytes("Mask", REG_BINARY, std::string("\x00\xFF", 2));
   }

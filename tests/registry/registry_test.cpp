@@ -23,23 +23,10 @@ INSTANTIATE_TEST_SUITE_P(BothTrees, RegistryTest,
 
 TEST_P(RegistryTest, KeepsEveryNameAndValueExactly) {
   Key const key(GetParam());
-  std::string const names[] = {"",
-                               "Volume",
-                               "a.b\\c:d\ne%s",
-                               "\x80\x81\xE9\xFF",
-                               " blank ",
-                               std::string(259, 'n'),
-                               std::string(260, 'n'),
-                               std::string(10000, 'm'),
-                               std::string(16383, 'o')};
-  std::string const values[] = {"",
-                                "70\0"s,
-                                "a\0b\0"s,
-                                std::string(255, 'x') + '\0',
-                                std::string(256, 'x') + '\0',
-                                std::string(1023, 'y'),
-                                std::string(1024, 'y'),
-                                std::string(1000000, '\xFF')};
+  std::vector<std::string> names = {"", "Volume", "a.b\\c:d\ne%s", "\x80\x81\xE9\xFF", " blank "};
+  for (size_t const size : {259U, 260U, 10000U, 16383U}) names.emplace_back(size, 'n');
+  std::vector<std::string> values = {"", "70\0"s, "a\0b\0"s};
+  for (size_t const size : {256U, 257U, 1023U, 1024U, 1000000U}) values.emplace_back(size, '\xFF');
   for (std::string const &name : names) {
     for (std::string const &value : values) {
       ASSERT_EQ(key.SetBytes(name, 77, value), ERROR_SUCCESS) << name.size();
@@ -151,24 +138,17 @@ TEST_P(RegistryTest, WhatATransactionWroteLastIsWhatIsRead) {
   std::string const large(2000, 'L');
   HiveTransaction transaction(GetParam());
   ASSERT_EQ(transaction.Begin(), ERROR_SUCCESS);
-  key.Set("Spelled", "1");
+  for (char const *name : {"Spelled", "gone", "back"}) key.Set(name, "1");
   key.Set("SPELLED", "2");
   key.Set("grown", "small");
   key.SetBytes("grown", 3, large);
   key.Set("shrunk", large);
   key.Set("shrunk", "small");
-  key.Set("gone", "1");
-  RegDeleteValueA(key.handle, "GONE");
-  key.Set("back", "1");
-  RegDeleteValueA(key.handle, "back");
+  for (char const *name : {"GONE", "back"}) RegDeleteValueA(key.handle, name);
   key.Set("back", "2");
   ASSERT_EQ(transaction.Commit(), ERROR_SUCCESS);
-  EXPECT_EQ(key.Get("Spelled"), "2");
-  EXPECT_EQ(key.Get("spelled"), "2");
+  EXPECT_EQ(key.GetAll({"Spelled", "spelled", "shrunk", "gone", "back"}), "2 2 small !2 2");
   EXPECT_EQ(key.GetBytes("grown"), large);
-  EXPECT_EQ(key.Get("shrunk"), "small");
-  EXPECT_EQ(key.Get("gone"), "!2");
-  EXPECT_EQ(key.Get("back"), "2");
 }
 
 TEST_P(RegistryTest, KeysComeAndGo) {
@@ -246,11 +226,9 @@ TEST_P(RegistryTest, ATransactionIsAllOrNothing) {
     key.Set("kept", "2");
     other.Set("new", "2");
     RegDeleteKeyA(GetParam(), "Other");
-    EXPECT_EQ(key.Get("kept"), "2") << "it sees its own changes";
-    EXPECT_EQ(other.Get("new"), "!2");
+    EXPECT_EQ(key.Get("kept") + other.Get("new"), "2!2") << "it sees its own changes";
   }
-  EXPECT_EQ(key.Get("kept"), "1");
-  EXPECT_EQ(other.Get("new"), "!2");
+  EXPECT_EQ(key.Get("kept") + other.Get("new"), "1!2");
   EXPECT_EQ(other.Set("new", "3"), ERROR_SUCCESS) << "the key is still there";
   HiveTransaction done(GetParam());
   ASSERT_EQ(done.Begin(), ERROR_SUCCESS);
@@ -259,8 +237,7 @@ TEST_P(RegistryTest, ATransactionIsAllOrNothing) {
   key.Set("last", "4");
   EXPECT_EQ(key.ValueNames(), (std::vector<std::string>{"kept", "last"}));
   ASSERT_EQ(done.Commit(), ERROR_SUCCESS);
-  EXPECT_EQ(key.Get("kept"), "4");
-  EXPECT_EQ(other.Get("new"), "!2");
+  EXPECT_EQ(key.Get("kept") + other.Get("new"), "4!2");
 }
 
 }  // namespace
