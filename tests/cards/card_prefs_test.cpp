@@ -46,10 +46,10 @@ TEST_F(CardPrefsTest, BytesOfAStore) {
   store_.SetStr(0x80000001, "Z", "\xE9");
   store_.SetStr(2, "Alpha", "1");
   EXPECT_EQ(Listed(&store_), "2147483649:Z=\xE9 2:Alpha=1 2:b= ");
-  EXPECT_EQ(Blob(), FromHex("01000000 03000000") + FromHex("01000080") + Padded("Z") +
-                        FromHex("04000000 00000000") + FromHex("02000000") + Padded("Alpha") +
-                        FromHex("04000000 04000000") + FromHex("02000000") + Padded("b") +
-                        FromHex("02000000 08000000") + FromHex("E9000000 31000000 0000"));
+  EXPECT_EQ(Blob(), FromHex("01000000 03000000 01000080") + Padded("Z") +
+                        FromHex("04000000 00000000 02000000") + Padded("Alpha") +
+                        FromHex("04000000 04000000 02000000") + Padded("b") +
+                        FromHex("02000000 08000000 E9000000 31000000 0000"));
   std::string const blob = Blob();
   store_.SetModified(0);
   Load(blob);
@@ -161,19 +161,17 @@ TEST_F(CardPrefsTest, BytesThatCannotHoldTheirTableGiveAnEmptyStore) {
     Load(FromHex("01000000") + FromHex(count) + good.substr(8));
     EXPECT_EQ(store_.Count(), 0);
   }
-  for (size_t at = 0; at < good.size(); at++) {
-    for (int bit = 0; bit < 8; bit++) {
-      std::string flipped = good;
-      flipped[at] = static_cast<char>(flipped[at] ^ (1 << bit));
-      Load(flipped);
-      Listed(&store_);
-      store_.SetStr(1, "n", "a longer text");
-      EXPECT_EQ(Text(&store_, 1, "n"), "a longer text");
-    }
+  for (size_t bit = 0; bit < 8 * good.size(); bit++) {
+    std::string flipped = good;
+    flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << bit % 8));
+    Load(flipped);
+    Listed(&store_);
+    store_.SetStr(1, "n", "a longer text");
+    EXPECT_EQ(Text(&store_, 1, "n"), "a longer text");
   }
 }
 
-class CardInChainTest : public PrefsTest {};
+using CardInChainTest = PrefsTest;
 
 TEST_F(CardInChainTest, ATextThatNoBufferHoldsFallsToTheUser) {
   TYUserPrefs card(PrefLevelCard, nullptr, 0);
