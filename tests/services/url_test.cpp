@@ -66,13 +66,8 @@ TEST_F(UrlTest, LinksArriveAsOneArgumentOrNotAtAll) {
 
 TEST_F(UrlTest, TheShortcutKeyOfTheMachineCountsToo) {
   HKEY key = HKEY_LOCAL_MACHINE;
-  for (char const *name : {"SOFTWARE", "Classes", "internetShortcut"}) {
-    HKEY below = 0;
-    ASSERT_EQ(RegCreateKeyA(key, name, &below), 0);
-    if (key != HKEY_LOCAL_MACHINE) RegCloseKey(key);
-    key = below;
-  }
-  RegCloseKey(key);
+  for (char const *name : {"SOFTWARE", "Classes", "internetShortcut"})
+    ASSERT_EQ(RegCreateKeyA(key, name, &key), 0);
   EXPECT_EQ(URLEnabled(), 1);
 }
 
