@@ -60,8 +60,7 @@ TEST_F(CommandLineTest, WrongUsageIsOneLineThatHelps) {
       {"--tree A::B prefs get Audio V", "--tree A::B: a name in the path is empty"},
       {"prefs set Audio V a\xF0\x9F\x98\x80",
        "a\xF0\x9F\x98\x80: the stores' code page has no \xF0\x9F\x98\x80, U+1F600; use -t bytes"},
-      {"prefs get Audio \xED\xA0\x80", "argument 4: is no valid UTF-8"},
-  };
+      {"prefs get Audio \xED\xA0\x80", "argument 4: is no valid UTF-8"}};
   for (auto const &[line, says] : wrongs) Expect({{line, 2, "", "zolt: " + says + "\n"}});
   EXPECT_EQ(Run("prefs set Audio V").err.substr(0, 55),
             "zolt: prefs set takes names and values in pairs; usage:");

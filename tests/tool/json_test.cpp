@@ -111,8 +111,7 @@ TEST_F(JsonTest, EveryVerbWritesOneDocument) {
       {"rolodex rm 1", "[" + head + R"([3],"changed":true}])"},
       {"prefs get Audio V|prefs set Audio V 2|prefs list|prefs explain Audio V|prefs dump"},
       {"prefs items Audio L --add 1|prefs load ~/p|prefs unset Audio V|prefs clear Audio"},
-      {"unregister|net status|net address|doctor"},
-  };
+      {"unregister|net status|net address|doctor"}};
   std::string all = "|";
   for (Row const &row : rows) {
     all += row.lines + "|";

@@ -63,8 +63,7 @@ TEST_F(PreferenceTextTest, WhatIsNoPlainTextIsBytesWithItsType) {
       {"e", REG_BINARY, "", "base64(3)"},
       {"f", REG_DWORD, "\x01\x02\x03\xFF", "base64(4) AQID/w=="},
       {"g", 0xFFFFFFFF, "~~", "base64(4294967295) fn4="},
-      {"h", REG_NONE, "M", "base64(0) TQ=="},
-  };
+      {"h", REG_NONE, "M", "base64(0) TQ=="}};
   std::string body = "\n[Conferencing:Audio]\n";
   for (auto const &[name, type, bytes, text] : rows) {
     SetForeign(name, type, bytes);
@@ -151,8 +150,7 @@ TEST_F(PreferenceTextTest, WrongTextIsRefusedAtItsPlace) {
       {section + "# \x01" + tail, 4, ":6:3: a character that is not shown"},
       {section + "# \u202E" + tail, 4, ":6:3: a character that is not shown"},
       {section + "w = \"\u2069\"" + tail, 4, ":6:6: a character that is not shown"},
-      {section + "end\nw = \"x\"\n", 4, ":7:1: stands behind the end"},
-  };
+      {section + "end\nw = \"x\"\n", 4, ":7:1: stands behind the end"}};
   for (auto const &[text, code, error] : rows) {
     ToolResult const result = Load(text);
     EXPECT_EQ(result.code, code) << result.err;
@@ -170,20 +168,19 @@ TEST_F(PreferenceTextTest, ReplaceRemovesWhatTheFileDoesNotNameAndUndoBringsItBa
                             "[Audio]\nVolume = \"40\"\nMute = \"No\"\nNew = \"n\"\n"
                             "section [Lab]\nend\n"};
   ToolSetting const bare = {kHead + "[audio]\nVOLUME = \"40\"\nend\n"};
-  Expect({
-      {"-n --exit-code prefs load -", 1, "", "", text},
-      {"prefs load --replace -", 2, "",
-       "zolt: would remove 1 value that standard input does not name, which needs a yes; use -y, "
-       "or "
-       "-n to see it\n",
-       text},
-      {"prefs dump", 0, before},
-      {"-y prefs load --replace --undo undo -", 0, "",
-       "zolt: user store: 2 values written, 1 removed\n", text},
-      {"prefs dump", 0,
-       kHead + "\n[Conferencing:Audio]\nMute = \"No\"\nNew = \"n\"\nVolume = \"40\"\n\n[Lab]\n"
-               "kept = \"x\"\n\nend\n"},
-  });
+  Expect(
+      {{"-n --exit-code prefs load -", 1, "", "", text},
+       {"prefs load --replace -", 2, "",
+        "zolt: would remove 1 value that standard input does not name, which needs a yes; use -y, "
+        "or "
+        "-n to see it\n",
+        text},
+       {"prefs dump", 0, before},
+       {"-y prefs load --replace --undo undo -", 0, "",
+        "zolt: user store: 2 values written, 1 removed\n", text},
+       {"prefs dump", 0,
+        kHead + "\n[Conferencing:Audio]\nMute = \"No\"\nNew = \"n\"\nVolume = \"40\"\n\n[Lab]\n"
+                "kept = \"x\"\n\nend\n"}});
   EXPECT_EQ(ContentOf("undo"),
             kHead + "\n[Conferencing:Audio]\nVolume = \"70\"\nunset New\nOther = \"1\"\n\nend\n");
   Expect({{"-y prefs load --undo undo undo", 2},
@@ -338,10 +335,9 @@ void FillAtRandom(HKEY key, std::mt19937 *random, int depth) {
   }
   for (size_t i = depth == 0 ? 0 : upTo(3); i-- > 0;) {
     std::string const name = RandomBytes(random, 1 + (upTo(3) == 0 ? upTo(254) : upTo(8)), 1);
-    HKEY below = 0;
-    ASSERT_EQ(RegCreateKeyA(key, name.c_str(), &below), 0);
-    FillAtRandom(below, random, depth - 1);
-    RegCloseKey(below);
+    Key const below(key, name);
+    ASSERT_EQ(below.opened, 0);
+    FillAtRandom(below.handle, random, depth - 1);
   }
 }
 

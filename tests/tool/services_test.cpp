@@ -149,8 +149,7 @@ TEST_F(RegisterTest, ChangesOnceWhatIsEntered) {
       {"-n --exit-code register", 0, "is registered already", false, true},
       {"-n --exit-code unregister", 1, "no longer registered", true, true},
       {"unregister", 0, "no longer registered", true, false},
-      {"unregister", 0, "was not registered", false, false},
-  };
+      {"unregister", 0, "was not registered", false, false}};
   for (auto const &[root, option, whom] : {std::tuple(HKEY_CURRENT_USER, "", " for this user"),
                                            {HKEY_LOCAL_MACHINE, " --machine", " for all users"}}) {
     for (auto const &[line, code, told, changes, entered] : steps) {
@@ -183,9 +182,8 @@ TEST_F(RegisterTest, TheDoctorTellsOfAClassWithoutAModule) {
   std::string const problem =
       "problem\tBrindle.PrefManager\tis registered in part\tzolt register\n";
   HKEY key = HKEY_CURRENT_USER;
-  for (char const *name : {"Software", "Classes", "Brindle.PrefManager"}) {
+  for (char const *name : {"Software", "Classes", "Brindle.PrefManager"})
     ASSERT_EQ(RegCreateKeyA(key, name, &key), ERROR_SUCCESS);
-  }
   ToolResult const result = RunTool({"doctor"});
   EXPECT_EQ(result.code, 1);
   EXPECT_TRUE(Has(result.out, "component class\t\tregistered for this user\n" + problem));

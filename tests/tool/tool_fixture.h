@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/support/files.h"
+#include "tests/support/key.h"
 #include "tests/support/run_tool.h"
 #include "zolt41/zolt41.h"
 
@@ -57,15 +58,10 @@ class ToolTest : public FileTest {
 
   // Writes a value of the user's section Audio as another program would, whatever it is.
   static void SetForeign(std::string const &name, uint32_t type, std::string const &bytes) {
-    HKEY key = 0;
-    ASSERT_EQ(
-        RegOpenKeyA(HKEY_CURRENT_USER, R"(Software\Veltrane\Tessaly\5.0\Conferencing\Audio)", &key),
-        0);
-    EXPECT_EQ(
-        RegSetValueExA(key, name.c_str(), 0, type, reinterpret_cast<uint8_t const *>(bytes.data()),
-                       static_cast<uint32_t>(bytes.size())),
-        0);
-    RegCloseKey(key);
+    HKEY key = HKEY_CURRENT_USER;
+    for (char const *each : {"Software", "Veltrane", "Tessaly", "5.0", "Conferencing"})
+      ASSERT_EQ(RegOpenKeyA(key, each, &key), 0);
+    EXPECT_EQ(Key(key, "Audio").SetBytes(name, type, bytes), 0);
   }
 };
 
