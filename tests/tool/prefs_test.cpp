@@ -26,11 +26,9 @@ TEST_F(PrefsTest, AChangeIsTold) {
 
 TEST_F(PrefsTest, ATerminalGetsColumnsThatAreLinedUp) {
   Set({"Audio", "Volume", "70", "M\u00fcte", "a\tb"});
-  Expect({{"prefs list Audio",
-           0,
-           "Volume  70    text  user\nM\u00fcte    a\\tb  text  user\n",
-           "",
-           {.output = ToolOutput::terminal, .environment = {"NO_COLOR=1"}}}});
+  ToolSetting const terminal{.output = ToolOutput::terminal, .environment = {"NO_COLOR=1"}};
+  EXPECT_EQ(Run("prefs list Audio", terminal).out,
+            "Volume  70    text  user\nM\u00fcte    a\\tb  text  user\n");
   EXPECT_EQ(Run("prefs list Audio -z").out.substr(6, 14), std::string("\00070\0text\0user\0", 14));
   EXPECT_EQ(Run("--color always prefs explain Audio Volume").out.substr(0, 12),
             "user\t70\t\033[2m");
