@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/inotify.h>
 #include <sys/resource.h>
 
 #include <chrono>
@@ -11,6 +12,7 @@
 #include "tests/support/raw_hive.h"
 #include "tests/support/temp_home.h"
 #include "zolt41/platform/registry/generation.h"
+#include "zolt41/platform/registry/hive_file.h"
 #include "zolt41/platform/registry/hive_status.h"
 #include "zolt41/platform/registry/registry.h"
 
@@ -86,6 +88,30 @@ TEST_F(HiveProcessesTest, SixtyFourStartAtOnceOnAnEmptyHome) {
   EXPECT_EQ(Key(HKEY_CURRENT_USER, "Shared").ValueNames().size(), 74u);
   EXPECT_EQ(Key(HKEY_LOCAL_MACHINE, "Shared").ValueNames().size(), 74u);
   CheckIntegrity();
+}
+
+// It stands still between the making of the file and its filling, until the other has waited in
+// vain for the lock and looks for something to copy.
+TEST_F(HiveProcessesTest, AReaderWaitsForWhoIsStillMakingTheHive) {
+  setenv("TMPDIR", home_.path().c_str(), 1);
+  Child maker([this](Child::Pipe &pipe) {
+    int const watch = inotify_init1(IN_CLOEXEC);
+    Generation words;
+    bool const made = words.Attach(home_.UserSync()) == Failure::none && words.Lock(1000) &&
+                      MakeHiveFile(home_.UserHive(), 0600) == Failure::none &&
+                      inotify_add_watch(watch, home_.path().c_str(), IN_CREATE) != -1;
+    pipe.Say(made ? "made" : "not made");
+    char event[4096];
+    bool const looked = read(watch, event, sizeof event) > 0;
+    words.Unlock();
+    return looked ? 0 : 1;
+  });
+  ASSERT_EQ(maker.pipe().Hear(), "made");
+  HKEY key = 0;
+  EXPECT_EQ(RegOpenKeyA(HKEY_CURRENT_USER, "Absent", &key), ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(maker.Wait(), 0);
+  EXPECT_EQ(Key(HKEY_CURRENT_USER, "Made").opened, 0);
+  unsetenv("TMPDIR");
 }
 
 TEST_F(HiveProcessesTest, AKilledWriterLosesNothingThatItWasToldIsKept) {

@@ -141,18 +141,27 @@ Failure Connection::CheckLayout(Mode mode, Journal journal) {
   bool found = false;
   Failure const failure = ReadLayout(&found);
   if (found || (failure != Failure::none && failure != Failure::damaged)) return failure;
-  // Only a file without any table is ours to fill; anything else is somebody's data.
   sqlite3_stmt *tables = nullptr;
   int result =
       sqlite3_prepare_v2(database_, "SELECT 1 FROM sqlite_schema LIMIT 1", -1, &tables, nullptr);
   if (result == SQLITE_OK) result = sqlite3_step(tables);
   sqlite3_finalize(tables);
-  if (result != SQLITE_DONE) return Fail(result == SQLITE_ROW ? SQLITE_CORRUPT : result);
-  unfilled_ = mode != Mode::create;
-  if (unfilled_) return Failure::none;
+  if (result == SQLITE_DONE) {
+    unfilled_ = mode != Mode::create;
+    return unfilled_ ? Failure::none : Fill(journal);
+  }
+  if (result != SQLITE_ROW) return Fail(result);
+  // Only a file without any table is ours to fill. Another process may have filled it since we
+  // looked; anything else is somebody's data.
+  Failure const second = ReadLayout(&found);
+  return found ? second : Fail(SQLITE_CORRUPT);
+}
+
+Failure Connection::Fill(Journal journal) {
   Failure const making = MakeTables(journal);
   if (making == Failure::none) return making;
-  // Another process may have made them just before us.
+  // Another process may have filled it just before us.
+  bool found = false;
   if (ReadLayout(&found) == Failure::none && found) return Failure::none;
   SetFailure(making, path_);
   return making;

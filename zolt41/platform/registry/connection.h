@@ -82,6 +82,7 @@ class Connection {
   bool Checkpoint(bool empty);
 
  private:
+  Failure Fill(Journal journal);
   Failure MakeTables(Journal journal);
   Failure CheckLayout(Mode mode, Journal journal);
   Failure ReadLayout(bool *found);

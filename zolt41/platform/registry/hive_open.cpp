@@ -201,7 +201,10 @@ Failure Hive::OpenUser(bool create) {
     // Somebody who stands still in the middle of a change keeps nobody from reading.
     if (create) LosePatience();
     copyUntil_ = Milliseconds() + kCopyTime;
-    return OpenCopy(Failure::locked);
+    Failure const copied = OpenCopy(Failure::locked);
+    // Of a hive that others are still making there is nothing to copy.
+    bool const waits = !create && copied == Failure::locked && reader_.unfilled();
+    if (!waits || !words_->Lock(Patience())) return copied;
   }
   if (create) NotTimedOut();
   Failure const opened = OpenUnderMutex(create);
