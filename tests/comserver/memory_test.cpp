@@ -57,12 +57,12 @@ TEST_F(MemoryTest, ASectionOpensInAllTreesAndTheLibraryAnewOrNot) {
   bool failed = true;
   for (int before = 0; failed; before += before < 40 ? 1 : 17) {
     failed = false;
-    for (bool const one : {true, false}) {
+    for (Lack const lack : {Lack::passes, Lack::stays}) {
       ComPtr<IUnknown> section;
       auto const open = [&] {
         return OpenSection(0, "Spare", kUserStore, IID_IUnknown, section.VoidPlace());
       };
-      HRESULT const result = one ? WithOneFailure(before, open) : WithMemoryFor(before, open);
+      HRESULT const result = WithMemoryFor(before, open, lack);
       if (result == S_OK) {
         EXPECT_EQ(GetUserPrefs()->GetSectionFromID(IdOf("Spare"))->access, 0xFFU) << before;
         continue;

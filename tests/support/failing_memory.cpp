@@ -4,17 +4,14 @@
 
 // Of failing_memory.h, which would replace the new of every program if it were included here.
 constinit thread_local int allocationsLeft = -1;
-constinit thread_local bool onlyOneFails = false;
+constinit thread_local bool lackPasses = false;
 
 namespace {
 
 bool TakeOne() {
-  if (allocationsLeft == 0) {
-    if (onlyOneFails) allocationsLeft = -1;
-    return false;
-  }
-  if (allocationsLeft > 0) allocationsLeft--;
-  return true;
+  bool const taken = allocationsLeft != 0;
+  if (allocationsLeft > 0 || (!taken && lackPasses)) allocationsLeft--;
+  return taken;
 }
 
 }  // namespace

@@ -10,8 +10,8 @@
 
 // How many more allocations of this thread there is memory for; below 0 there is no end.
 extern constinit thread_local int allocationsLeft;
-// The one behind them fails, and those that come later do not.
-extern constinit thread_local bool onlyOneFails;
+// Only one allocation is refused, and there is memory for those behind it.
+extern constinit thread_local bool lackPasses;
 
 namespace {
 
@@ -55,22 +55,18 @@ void operator delete[](void *memory, std::size_t) noexcept {
 
 namespace zolt::testing {
 
-// What `work` gives with memory for `count` allocations of this thread.
-template <typename Work>
-auto WithMemoryFor(int count, Work const &work) {
-  allocationsLeft = count;
-  auto const result = work();
-  allocationsLeft = -1;
-  return result;
-}
+enum class Lack { lasts, passes };
 
-// What `work` gives where one allocation behind the first `count` of this thread fails.
+// What `work` gives with memory for `count` allocations of this thread, and then none, or none for
+// one of them.
 template <typename Work>
-auto WithOneFailure(int count, Work const &work) {
-  onlyOneFails = true;
-  auto const result = WithMemoryFor(count, work);
-  onlyOneFails = false;
-  return result;
+auto WithMemoryFor(int count, Work const &work, Lack lack = Lack::lasts) {
+  struct Enough {
+    ~Enough() { allocationsLeft = -1; }
+  } const afterwards;
+  allocationsLeft = count;
+  lackPasses = lack == Lack::passes;
+  return work();
 }
 
 }  // namespace zolt::testing
