@@ -86,6 +86,10 @@ TEST_F(CallCardTest, PreferencesTravelInTheList) {
   EXPECT_EQ(card_.Modified(), 0);
   CallCard loaded(path_.c_str());
   EXPECT_EQ(loaded.Prefs()->Exists(7, "n"), 1);
+  Prefs(&loaded)->SetStr(7, "m", "not saved");
+  loaded.Load();
+  EXPECT_EQ(loaded.Prefs()->Exists(7, "m"), 0);
+  EXPECT_EQ(loaded.Modified(), 1) << "as after Set";
   Prefs(&loaded)->Clear();
   loaded.SaveCard();
   uint32_t length = 0;

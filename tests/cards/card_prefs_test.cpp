@@ -129,6 +129,14 @@ TEST_F(CardPrefsTest, ForeignTablesAreCheckedAndSorted) {
   EXPECT_EQ(Text(&store_, 7, "none") + Text(&store_, 9, "far"), "now writtennear");
   Reload();
   EXPECT_EQ(Text(&store_, 9, "far"), "near");
+
+  std::string const empty = slot(7, "lost", "00000000 09000000");
+  Load(FromHex("01000000 01000000") + empty);
+  EXPECT_EQ(Blob().substr(8), empty) << "copied as it stands";
+  EXPECT_EQ(Text(&store_, 7, "lost"), "-");
+  store_.SetStr(7, "lost", "found");
+  Reload();
+  EXPECT_EQ(Listed(&store_), "7:lost=found ");
 }
 
 TEST_F(CardPrefsTest, ValuesThatShareTheirBytesDoNotMultiplyThem) {

@@ -2,11 +2,10 @@
 
 #include <cstring>
 #include <new>
-#include <string>
+#include <string_view>
 
 #include "zolt41/cardfile/host_save.h"
 #include "zolt41/cards/property_format.h"
-#include "zolt41/foundation/a_string.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/platform/system/with_memory.h"
 
@@ -15,20 +14,13 @@ namespace {
 using SaveProc = int32_t (*)(CallCard *);
 constinit SaveProc saveOnHost = nullptr;
 
-std::unique_ptr<char[]> CopyOf(std::unique_ptr<char[]> const &buffer, int32_t size) {
-  if (buffer == nullptr) return nullptr;
-  auto copy = std::make_unique<char[]>(static_cast<size_t>(size));
-  std::memcpy(copy.get(), buffer.get(), static_cast<size_t>(size));
-  return copy;
-}
-
 }  // namespace
 
 CallCard::CallCard(int32_t format)
     : format_(format), prefs_(std::make_unique<TYUserPrefs>(PrefLevelCard, nullptr, 0)) {}
 
 CallCard::CallCard(void const *data, int32_t size, int32_t format) : CallCard(format) {
-  PCardStorage::Set(static_cast<char const *>(data), size);
+  if (!TakeCopy(static_cast<char const *>(data), size)) throw std::bad_alloc();
 }
 
 CallCard::CallCard(char const *name) : CallCard(CardFormatText) {
@@ -39,14 +31,12 @@ CallCard::CallCard(char const *name) : CallCard(CardFormatText) {
 CallCard::~CallCard() = default;
 
 CallCard *CallCard::Copy() {
-  char *const list = Get();
-  if (list == nullptr) return nullptr;
-  auto *const copy =
-      new (std::nothrow) CallCard(list, static_cast<int32_t>(GetMemSize(list)), format_);
-  _DisposeMem(list);
+  auto const size = static_cast<int32_t>(GetMemSize(list_));
+  CallCard *const copy =
+      zolt::WithMemory<CallCard *>(nullptr, [&] { return new CallCard(list_, size, format_); });
   if (copy == nullptr) return nullptr;
-  copy->name_ = CopyOf(name_, kNameSize);
-  copy->key_ = CopyOf(key_, kKeySize + 1);
+  copy->name_ = name_;
+  copy->key_ = key_;
   copy->version_ = version_;
   copy->unread_ = unread_;
   return copy;
@@ -62,11 +52,12 @@ void CallCard::Recalculate() {
   uint32_t length = 0;
   uint32_t const index = FindProp(zolt::kCardPrefsProperty, 0, 0, 0, nullptr);
   char const *const blob = GetPropA(index, &length, nullptr, nullptr, nullptr);
-  prefs_->SetData(blob, blob == nullptr ? 0 : length);
+  inStep_ = prefs_->TakeData(blob, blob == nullptr ? 0 : length);
 }
 
 void CallCard::SavePrefs() {
-  if (prefs_->GetModified() == 0) return;
+  // A store that could not be built anew is not of this list.
+  if (prefs_->GetModified() == 0 || !inStep_) return;
   char *const blob = prefs_->GetData();
   if (blob == nullptr) return;
   auto const size = static_cast<int32_t>(GetMemSize(blob));
@@ -92,7 +83,7 @@ int32_t CallCard::SaveCard() {
 int32_t CallCard::SaveCardAs(int32_t format, char const *name) {
   char keptName[kNameSize] = {};
   std::string_view(GetName()).copy(keptName, kNameSize - 1);
-  bool const named = name_ != nullptr;
+  bool const named = name_.has_value();
   int32_t const keptFormat = format_;
   bool const keptUnread = unread_;
   SetName(name);
@@ -114,27 +105,26 @@ void CallCard::SetParentalControl(int32_t value) {
 }
 
 char const *CallCard::GetName() const {
-  return name_ == nullptr ? "" : name_.get();
+  return name_ ? name_->data() : "";
 }
 
 void CallCard::SetName(char const *name) {
   // The name given may be a part of the present one.
-  char kept[kNameSize] = {};
-  std::string_view(name == nullptr ? "" : name).copy(kept, kNameSize - 1);
+  std::array<char, kNameSize> kept{};
+  std::string_view(name == nullptr ? "" : name).copy(kept.data(), kNameSize - 1);
   unread_ = false;
-  if (name_ == nullptr) name_.reset(new (std::nothrow) char[kNameSize]);
-  if (name_ != nullptr) AZStrCopy(kept, name_.get(), kNameSize - 1);
+  name_ = kept;
 }
 
 char const *CallCard::GetKey() const {
   static constexpr char kNoKey[kKeySize + 1] = {};
-  return key_ == nullptr ? kNoKey : key_.get();
+  return key_ ? key_->data() : kNoKey;
 }
 
 void CallCard::SetKey(char const *key) {
   if (key == nullptr) return;
-  if (key_ == nullptr) key_ = std::make_unique<char[]>(kKeySize + 1);
-  std::memmove(key_.get(), key, kKeySize);
+  if (!key_) key_.emplace();
+  std::memmove(key_->data(), key, kKeySize);
 }
 
 void SetSaveCallCardProc(int32_t (*proc)(CallCard *)) {

@@ -1,8 +1,10 @@
 #ifndef ZOLT41_CARDFILE_CALL_CARD_H_
 #define ZOLT41_CARDFILE_CALL_CARD_H_
 
+#include <array>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "zolt41/cards/card_prefs.h"
 #include "zolt41/cards/property_storage.h"
@@ -25,19 +27,20 @@ enum class Failure : int32_t;
 //
 // The store's bytes are the property "L-BRNDL-TYPREFS"; the store is the form to work with, and
 // goes into the list by SavePrefs, which every save begins with. What takes a new list, such as
-// Load and Set, builds the store anew. A card belongs to one thread at a time and is not copied but
-// by Copy.
+// Load and Set, builds the store anew; where there is no memory for both of them, both stay. A card
+// belongs to one thread at a time and is not copied but by Copy.
 class ZOLT_API CallCard final : public PCardStorage {
  public:
   // An empty card, one with a copy of the property list of `size` bytes at `data`, and one of the
-  // file `name`, as Load reads it.
+  // file `name`, as Load reads it. Without memory for the card they throw std::bad_alloc.
   explicit CallCard(int32_t format = CardFormatNone);
   CallCard(void const *data, int32_t size, int32_t format);
   explicit CallCard(char const *name);
   ~CallCard();
 
   // A new card, which the caller deletes, with the same format, list, name, key and version. What
-  // has not gone through SavePrefs is not copied, nor are Private and ParentalControl.
+  // has not gone through SavePrefs is not copied, nor are Private and ParentalControl. Null without
+  // memory.
   CallCard *Copy();
 
   // Reads the file that the card is named for. A card file makes the format CardFormatBinary and
@@ -46,15 +49,18 @@ class ZOLT_API CallCard final : public PCardStorage {
   // A file that cannot be opened changes nothing but the format. One that is opened and cannot be
   // read whole, or not without more memory, changes nothing either, and SaveCard gives 0 until it
   // is loaded, or the card is given a name or a format; the format is CardFormatNone till then if
-  // it is a card file. ZOLTLastFailure has the reason. Of text, the first two lines make no
-  // property where they only repeat one, or say that there is none.
+  // it is a card file, and so it is where memory lacks to open a file. ZOLTLastFailure has the
+  // reason. What the store had and SavePrefs did not take is gone, but still counts as modified. Of
+  // text, the first two lines make no property where they only repeat one, or say that there is
+  // none.
   void Load();
 
   // Saves the card as its format says. The file is written as a whole beside the old one and put in
   // its place, so it is never half written; links are followed, and mode and owner stay. A
   // file of several names, or of another owner, is written in place, after room for it was had. 1,
   // and the card counts as not modified; 0 if anything fails, a write on a full disk too: then the
-  // old file is whole, and the card as it was. The first binary save gives the card its key.
+  // old file is whole, and the card as it was. A list of more than 2,147,483,591 bytes, which Load
+  // could not take, is too much for a card file. The first binary save gives the card its key.
   int32_t SaveCard();
   // The same under another name and in another format, which the card keeps only on success.
   int32_t SaveCardAs(int32_t format, char const *name);
@@ -101,11 +107,11 @@ class ZOLT_API CallCard final : public PCardStorage {
 
   int32_t format_;
   bool unread_ = false;  // the file could not be read, and is not saved over
-  std::unique_ptr<char[]> name_;
+  std::optional<std::array<char, kNameSize>> name_;
   int32_t private_ = 0;
   std::unique_ptr<TYUserPrefs> prefs_;
   int32_t parentalControl_ = 0;
-  std::unique_ptr<char[]> key_;
+  std::optional<std::array<char, kKeySize + 1>> key_;
   int32_t version_ = 0;
 };
 

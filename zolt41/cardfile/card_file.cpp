@@ -1,7 +1,6 @@
 #include <array>
 #include <cstring>
 #include <memory>
-#include <string_view>
 
 #include "zolt41/cardfile/call_card.h"
 #include "zolt41/cardfile/card_file_format.h"
@@ -24,6 +23,10 @@ using Head = std::array<char, zolt::kCardHead>;
 using Block = std::unique_ptr<char, decltype(&_DisposeMem)>;
 
 enum class Content { card, text, unread };
+
+zolt::Failure LastFailure() {
+  return static_cast<zolt::Failure>(ZOLTLastFailure(nullptr, 0));
+}
 
 // Reads the head of a file, if it is one of a card file.
 Content ReadHead(uint32_t file, Head *head) {
@@ -53,14 +56,18 @@ bool CallCard::SaveAsFormatSays() {
 }
 
 bool CallCard::SaveBinary() {
-  Block const list(Get(), _DisposeMem);
+  uint32_t const size = GetMemSize(list_);
+  if (size > zolt::kLargestCardList) {
+    zolt::SetFailure(zolt::Failure::full, GetName());
+    return false;
+  }
   zolt::FileReplacement file(GetName());
-  if (list == nullptr || !file.good()) return false;
+  if (!file.good()) return false;
   char key[zolt::kCardKeySize];
-  if (key_ == nullptr) {
-    zolt::MakeCardKey(key);
+  if (key_) {
+    std::memcpy(key, key_->data(), sizeof key);
   } else {
-    std::memcpy(key, key_.get(), sizeof key);
+    zolt::MakeCardKey(key);
   }
   Head head{};
   std::memcpy(head.data(), zolt::kCardMagic, zolt::kCardMagicSize);
@@ -69,43 +76,44 @@ bool CallCard::SaveBinary() {
   std::memcpy(head.data() + zolt::kCardKey, key, sizeof key);
   zolt::StoreLittle32(static_cast<uint32_t>(version_) + 1, head.data() + zolt::kCardVersion);
   file.Write({head.data(), head.size()});
-  file.Write({list.get(), GetMemSize(list.get())});
+  file.Write({list_, size});
   if (!file.Commit()) return false;
-  if (key_ == nullptr) SetKey(key);
+  SetKey(key);
   return true;
 }
 
 void CallCard::Load() {
   format_ = CardFormatText;
   unread_ = false;
-  if (name_ == nullptr) return;
+  if (!name_) return;
   uint32_t file = 0;
-  if (AFS_LZOpenFile(GetName(), 1, &file) != 0) return;
+  if (AFS_LZOpenFile(GetName(), 1, &file) != 0) {
+    // There may be a file all the same.
+    if (LastFailure() == zolt::Failure::full) LeaveUnread(zolt::Failure::full);
+    return;
+  }
   Head head{};
   Content const content = ReadHead(file, &head);
   if (content == Content::text) return LoadText(file);
-  auto const load = [&] {
-    LoadBinary(file, head.data());
-    return true;
-  };
-  if (content == Content::card && !zolt::WithMemory(false, load)) LeaveUnread(zolt::Failure::full);
+  if (content == Content::card) LoadBinary(file, head.data());
   AFS_CloseFile(file);
   if (content == Content::unread) LeaveUnread(zolt::Failure::io);
 }
 
-// What cannot be read whole leaves the card as it was, and must not be saved over its file.
+// What cannot be read whole leaves the card as it was, and must not be saved over its file. What
+// failed before that counts, if it is known.
 void CallCard::LeaveUnread(zolt::Failure failure) {
   unread_ = true;
-  zolt::SetFailure(failure, GetName());
+  zolt::SetFailure(LastFailure() == zolt::Failure::none ? failure : LastFailure(), GetName());
 }
 
 void CallCard::LoadBinary(uint32_t file, char const *head) {
   format_ = CardFormatNone;
   auto size = static_cast<uint32_t>(AFS_GetEOF(file)) - zolt::kCardHead;
-  Block const list(size > zolt::kLargestCardList ? nullptr : NewMem(size), _DisposeMem);
-  if (list == nullptr || AFS_Read(file, &size, list.get()) != 0) {
-    return LeaveUnread(zolt::Failure::io);
-  }
+  if (size > zolt::kLargestCardList) return LeaveUnread(zolt::Failure::io);
+  Block const list(NewMem(size), _DisposeMem);
+  if (list == nullptr) return LeaveUnread(zolt::Failure::full);
+  if (AFS_Read(file, &size, list.get()) != 0) return LeaveUnread(zolt::Failure::io);
   if (!TakeList(list.get(), static_cast<int32_t>(size))) return;
   format_ = CardFormatBinary;
   parentalControl_ = static_cast<int32_t>(zolt::LoadLittle32(head + zolt::kCardParentalControl));
@@ -113,22 +121,22 @@ void CallCard::LoadBinary(uint32_t file, char const *head) {
   version_ = static_cast<int32_t>(zolt::LoadLittle32(head + zolt::kCardVersion));
 }
 
-// The store's own changes go with the content that they were made to.
 bool CallCard::TakeList(char const *list, int32_t size) {
-  if (!TakeCopy(list, size)) {
-    LeaveUnread(zolt::Failure::full);
-    return false;
-  }
-  prefs_->SetModified(0);
-  return true;
+  if (TakeCopy(list, size)) return true;
+  LeaveUnread(zolt::Failure::full);
+  return false;
 }
 
 void CallCard::LoadText(uint32_t file) {
-  PCardStorage text;
-  int32_t const loaded = zolt::LoadCardText(&text, file);
-  if (loaded == zolt::kCardTextUnread) LeaveUnread(zolt::Failure::io);
-  if (loaded != 1) return;
-  Block const list(text.Get(), _DisposeMem);
-  if (list == nullptr) return LeaveUnread(zolt::Failure::full);
-  TakeList(list.get(), static_cast<int32_t>(GetMemSize(list.get())));
+  bool const had = zolt::WithMemory(false, [&] {
+    PCardStorage text;
+    int32_t const loaded = zolt::LoadCardText(&text, file);
+    if (loaded == zolt::kCardTextUnread) LeaveUnread(zolt::Failure::io);
+    if (loaded == 1) TakeList(text.list_, static_cast<int32_t>(GetMemSize(text.list_)));
+    return true;
+  });
+  if (had) return;
+  // Where the text was read it is closed already, and no other file has its handle.
+  AFS_CloseFile(file);
+  LeaveUnread(zolt::Failure::full);
 }

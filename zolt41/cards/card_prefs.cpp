@@ -1,16 +1,19 @@
 #include "zolt41/cards/card_prefs.h"
 
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string_view>
 
 #include "zolt41/cards/blob_format.h"
+#include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/a_string.h"
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/endian.h"
 #include "zolt41/foundation/mem_block.h"
 #include "zolt41/foundation/u_convert.h"
 #include "zolt41/foundation/u_string.h"
+#include "zolt41/platform/system/last_failure.h"
 #include "zolt41/prefs/text_argument.h"
 #include "zolt41/prefs/text_limit.h"
 
@@ -26,18 +29,21 @@ constexpr uint32_t kShortText = 256;
 }  // namespace
 
 TYUserPrefs::TYUserPrefs(PrefLevel level, char const *data, uint32_t size) : TYPrefs(level) {
-  SetData(data, size);
-  if (slots_ == nullptr) throw std::bad_alloc();
+  if (!TakeData(data, size)) throw std::bad_alloc();
 }
 
 TYUserPrefs::~TYUserPrefs() {
   DisposeData();
 }
 
-void TYUserPrefs::DisposeData() {
+void TYUserPrefs::DisposeOutside() {
   for (char *block : outside_) _DisposeMem(block);
   outside_.clear();
   freeOutside_.clear();
+}
+
+void TYUserPrefs::DisposeData() {
+  DisposeOutside();
   _DisposeMem(slots_);
   _DisposeMem(pool_);
   slots_ = nullptr;
@@ -53,15 +59,15 @@ char *TYUserPrefs::OutsideAt(char const *slot) const {
   return outside ? outside_[LoadLittle32(slot + zolt::kSlotValueOffset)] : nullptr;
 }
 
-// The bytes of the slot's value, wherever they lie.
+// The bytes of the slot's value, wherever they lie; null without any.
 char *TYUserPrefs::ValueAt(char const *slot, uint32_t *size) const {
   char *const outside = OutsideAt(slot);
   *size = outside != nullptr ? GetMemSize(outside) : LoadLittle32(slot + zolt::kSlotValueSize);
-  return outside != nullptr ? outside : pool_ + LoadLittle32(slot + zolt::kSlotValueOffset);
+  if (outside != nullptr) return outside;
+  return *size == 0 ? nullptr : pool_ + LoadLittle32(slot + zolt::kSlotValueOffset);
 }
 
 int32_t TYUserPrefs::Count() const {
-  // Without memory for its head a store is empty.
   return slots_ == nullptr ? 0 : static_cast<int32_t>(LoadLittle32(slots_ + zolt::kBlobCount));
 }
 
@@ -185,8 +191,15 @@ int32_t TYUserPrefs::GetStr(uint32_t section, char const *name, char *buffer) {
   // A value of the pool lies at any address, and a foreign one may lack its end.
   size_t const count = size / sizeof(char16_t);
   char16_t shortText[kShortText + 1];
-  std::vector<char16_t> longText(count > kShortText ? count + 1 : 0);
-  char16_t *const text = longText.empty() ? shortText : longText.data();
+  std::unique_ptr<char16_t[]> longText;
+  if (count > kShortText) {
+    longText.reset(new (std::nothrow) char16_t[count + 1]);
+    if (longText == nullptr) {
+      zolt::SetFailure(zolt::Failure::full, "");
+      return 0;
+    }
+  }
+  char16_t *const text = longText == nullptr ? shortText : longText.get();
   std::memcpy(text, data, count * sizeof(char16_t));
   text[count] = u'\0';
   if (UZStrLen(text) > zolt::TextLimit()) return 0;
@@ -197,13 +210,14 @@ int32_t TYUserPrefs::GetStr(uint32_t section, char const *name, char *buffer) {
 void TYUserPrefs::SetStr(uint32_t section, char const *name, char const *value) {
   char16_t shortText[kShortText];
   char const *const source = TextOrEmpty(value);
-  auto const length = static_cast<uint32_t>(AZStrLen(source));
-  char *const block = length < kShortText ? nullptr : NewMem(4 * length + 2);
+  size_t const length = strnlen(source, zolt::kLongestText + 1);
+  if (length > zolt::kLongestText) return;
+  auto const size = static_cast<uint32_t>((length + 1) * sizeof(char16_t));
+  char *const block = length < kShortText ? nullptr : NewMem(size);
   if (length >= kShortText && block == nullptr) return;
   auto *const text = block == nullptr ? shortText : reinterpret_cast<char16_t *>(block);
   LZ2UZStrCopy(source, text, 0);
-  SetPropData(section, TextOrEmpty(name), reinterpret_cast<char const *>(text),
-              static_cast<uint32_t>(UZStrStructSize(text)));
+  SetPropData(section, TextOrEmpty(name), reinterpret_cast<char const *>(text), size);
   _DisposeMem(block);
 }
 
@@ -229,6 +243,5 @@ void TYUserPrefs::Save() {}
 void TYUserPrefs::Load() {}
 
 void TYUserPrefs::Clear() {
-  SetData(nullptr, 0);
-  SetModified(1);
+  if (TakeData(nullptr, 0)) SetModified(1);
 }

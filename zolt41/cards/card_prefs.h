@@ -14,11 +14,12 @@
 //
 // Reads through TYPrefs, such as ReadStr, see texts of up to 255 bytes, as in any store; GetStr
 // gives longer ones, too. A null name or value is the empty text. The owner moves the bytes: Save
-// and Load do nothing. Without memory a write is lost. A store belongs to one thread at a time and
-// is not copied.
+// and Load do nothing. Without memory a write is lost, and so is one of a text of more than
+// 1,073,741,822 bytes: the store is as it was. A store belongs to one thread at a time and is not
+// copied.
 class ZOLT_API TYUserPrefs : public TYPrefs {
  public:
-  // Empty, or with the content of `data`; see SetData.
+  // Empty, or with the content of `data`; see SetData. Throws std::bad_alloc without memory.
   TYUserPrefs(PrefLevel level, char const *data, uint32_t size);
   ~TYUserPrefs() override;
   TYUserPrefs(TYUserPrefs const &) = delete;
@@ -28,14 +29,15 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
   // store, and so do bytes that cannot hold the table that they name. A value that lies outside the
   // bytes reads as absent, and so does one that with those before it has more bytes than there are,
   // as of values that share their bytes; a table that is not sorted is sorted. Does not count as a
-  // change.
+  // change. Without memory the content stays.
   void SetData(char const *data, uint32_t size);
   // The content as a new memory block of exactly its size, which the caller disposes of with
   // _DisposeMem; null without memory.
   char *GetData();
 
   // The text of this store alone, as local text with its NUL, for which `buffer` has room; of
-  // characters that the code page lacks '?'. 1, or 0 with `buffer` as it was.
+  // characters that the code page lacks '?'. 1, or 0 with `buffer` as it was, also without memory
+  // for a text of more than 256 characters.
   int32_t GetStr(uint32_t section, char const *name, char *buffer) override;
   void SetStr(uint32_t section, char const *name, char const *value) override;
   // Removes the value.
@@ -64,6 +66,8 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
   void DisposeData();
 
  private:
+  friend class CallCard;
+
   ZOLT_HIDDEN char *SlotAt(uint32_t index) const;
   // Below 0 if the value would stand before the one at a position, above 0 if behind it.
   ZOLT_HIDDEN int32_t OrderAt(int32_t position, uint32_t section, char const *name) const;
@@ -71,7 +75,10 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
   ZOLT_HIDDEN char *ValueAt(char const *slot, uint32_t *size) const;
   ZOLT_HIDDEN bool TakeTable(char const *data, uint32_t size);
   ZOLT_HIDDEN void CheckTable(uint32_t poolSize);
-  ZOLT_HIDDEN void SortTable();
+  ZOLT_HIDDEN bool SortTable();
+  // As SetData. False, with all as it was, without memory.
+  ZOLT_HIDDEN bool TakeData(char const *data, uint32_t size);
+  ZOLT_HIDDEN void DisposeOutside();
   ZOLT_HIDDEN char *NewOutside(char const *data, uint32_t size);
   ZOLT_HIDDEN void LeadOutside(char *slot, char *block);
   ZOLT_HIDDEN void DropOutside(char const *slot);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "zolt41/cards/blob_format.h"
@@ -8,6 +9,7 @@
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/endian.h"
 #include "zolt41/foundation/mem_block.h"
+#include "zolt41/platform/system/with_memory.h"
 
 using zolt::LoadLittle32;
 using zolt::StoreLittle32;
@@ -15,6 +17,22 @@ using zolt::StoreLittle32;
 namespace {
 
 using Slot = std::array<char, zolt::kSlotSize>;
+
+constexpr char kEmptyBlob[zolt::kBlobHead] = {zolt::kBlobLittleEndian};
+
+bool IsSwapped(char const *data) {
+  return data[zolt::kBlobOrder] != zolt::kBlobLittleEndian;
+}
+
+uint32_t CountIn(char const *data) {
+  uint32_t const count = LoadLittle32(data + zolt::kBlobCount);
+  return IsSwapped(data) ? zolt::Swapped32(count) : count;
+}
+
+bool HoldsItsTable(char const *data, uint32_t size) {
+  return data != nullptr && size >= zolt::kBlobHead &&
+         CountIn(data) <= (size - zolt::kBlobHead) / zolt::kSlotSize;
+}
 
 void Swap(char *number) {
   StoreLittle32(zolt::Swapped32(LoadLittle32(number)), number);
@@ -30,13 +48,10 @@ bool Precedes(char const *a, char const *b) {
 
 }  // namespace
 
-// False, with nothing taken, if the bytes cannot hold their table, or without memory.
+// Makes the table and the pool out of bytes that hold them. False without memory.
 bool TYUserPrefs::TakeTable(char const *data, uint32_t size) {
-  if (data == nullptr || size < zolt::kBlobHead) return false;
-  bool const swapped = data[zolt::kBlobOrder] != zolt::kBlobLittleEndian;
-  uint32_t count = LoadLittle32(data + zolt::kBlobCount);
-  if (swapped) count = zolt::Swapped32(count);
-  if (count > (size - zolt::kBlobHead) / zolt::kSlotSize) return false;
+  bool const swapped = IsSwapped(data);
+  uint32_t const count = CountIn(data);
   uint32_t const table = zolt::kBlobHead + count * zolt::kSlotSize;
   slots_ = NewMem(table);
   pool_ = NewMem(size - table);
@@ -55,7 +70,8 @@ bool TYUserPrefs::TakeTable(char const *data, uint32_t size) {
 }
 
 // Ends every name, and makes absent what lies outside the pool, and of values that share its bytes
-// those behind the first ones that fill it: no store gives more bytes than it was given.
+// those behind the first ones that fill it: no store gives more bytes than it was given. A slot
+// without a value leads nowhere, and is kept as it is.
 void TYUserPrefs::CheckTable(uint32_t poolSize) {
   uint32_t rest = poolSize;
   for (uint32_t i = 0; i < static_cast<uint32_t>(Count()); i++) {
@@ -63,7 +79,7 @@ void TYUserPrefs::CheckTable(uint32_t poolSize) {
     slot[zolt::kSlotName + zolt::kSlotNameSize - 1] = '\0';
     uint32_t const size = LoadLittle32(slot + zolt::kSlotValueSize);
     uint32_t const offset = LoadLittle32(slot + zolt::kSlotValueOffset);
-    if (size <= rest && offset <= poolSize - size) {
+    if (size == 0 || (size <= rest && offset <= poolSize - size)) {
       rest -= size;
       continue;
     }
@@ -72,28 +88,44 @@ void TYUserPrefs::CheckTable(uint32_t poolSize) {
   }
 }
 
-void TYUserPrefs::SortTable() {
+// False without memory.
+bool TYUserPrefs::SortTable() {
   auto const count = static_cast<uint32_t>(Count());
   uint32_t sorted = 1;
   while (sorted < count && !Precedes(SlotAt(sorted), SlotAt(sorted - 1))) sorted++;
-  if (sorted >= count) return;
-  std::vector<Slot> slots(count);
-  std::memcpy(slots.data(), SlotAt(0), size_t{count} * zolt::kSlotSize);
-  std::ranges::stable_sort(
-      slots, [](Slot const &a, Slot const &b) { return Precedes(a.data(), b.data()); });
-  std::memcpy(SlotAt(0), slots.data(), size_t{count} * zolt::kSlotSize);
+  if (sorted >= count) return true;
+  return zolt::WithMemory(false, [&] {
+    std::vector<Slot> slots(count);
+    std::memcpy(slots.data(), SlotAt(0), size_t{count} * zolt::kSlotSize);
+    std::ranges::stable_sort(
+        slots, [](Slot const &a, Slot const &b) { return Precedes(a.data(), b.data()); });
+    std::memcpy(SlotAt(0), slots.data(), size_t{count} * zolt::kSlotSize);
+    return true;
+  });
+}
+
+bool TYUserPrefs::TakeData(char const *data, uint32_t size) {
+  char *slots = std::exchange(slots_, nullptr);
+  char *pool = std::exchange(pool_, nullptr);
+  bool const holds = HoldsItsTable(data, size);
+  bool taken = holds ? TakeTable(data, size) : TakeTable(kEmptyBlob, sizeof kEmptyBlob);
+  if (taken) {
+    CheckTable(GetMemSize(pool_));
+    taken = SortTable();
+  }
+  if (!taken) {
+    std::swap(slots, slots_);
+    std::swap(pool, pool_);
+  } else {
+    DisposeOutside();
+  }
+  _DisposeMem(slots);
+  _DisposeMem(pool);
+  return taken;
 }
 
 void TYUserPrefs::SetData(char const *data, uint32_t size) {
-  DisposeData();
-  if (TakeTable(data, size)) {
-    CheckTable(GetMemSize(pool_));
-    SortTable();
-    return;
-  }
-  DisposeData();
-  slots_ = NewMemClear(zolt::kBlobHead);
-  if (slots_ != nullptr) slots_[zolt::kBlobOrder] = zolt::kBlobLittleEndian;
+  TakeData(data, size);
 }
 
 char *TYUserPrefs::GetData() {

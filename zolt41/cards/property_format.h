@@ -2,6 +2,7 @@
 #define ZOLT41_CARDS_PROPERTY_FORMAT_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -66,6 +67,8 @@ inline constexpr uint32_t kFlagsOffset = 4;
 inline constexpr uint32_t kLengthOffset = 8;
 inline constexpr uint32_t kLongestPropertyName = 65531;
 inline constexpr uint32_t kSmallestRecord = 16;
+// In characters, of a text whose 16-bit form has no more bytes than a length can tell.
+inline constexpr size_t kLongestText = (0x7FFFFFFF - 2) / 2;
 
 // What a name takes with its NUL and padding, and a record with such a name.
 constexpr uint32_t NameArea(uint32_t nameLength) {

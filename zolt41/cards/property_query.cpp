@@ -118,7 +118,10 @@ void PCardStorage::SetStrProp(char const *name, uint32_t requiredFlags, uint32_t
     return std::optional<std::string>(name == nullptr ? "" : name);
   });
   char const *const text = value == nullptr ? "" : value;
-  char *const block = kept ? NewMem(static_cast<uint32_t>(4 * AZStrLen(text) + 4)) : nullptr;
+  size_t const length = strnlen(text, zolt::kLongestText + 1);
+  if (!kept || length > zolt::kLongestText) return;
+  auto const size = static_cast<uint32_t>((length + 1) * sizeof(char16_t));
+  char *const block = NewMem(size);
   if (block == nullptr) return;
   auto *const wide = reinterpret_cast<char16_t *>(block);
   LZ2UZStrCopy(text, wide, 0);
@@ -126,7 +129,7 @@ void PCardStorage::SetStrProp(char const *name, uint32_t requiredFlags, uint32_t
   // The new one first, so that without memory for it the old ones stay.
   bool const fails =
       *text != '\0' && AddProp(kept->c_str(), PropertyUnicode, requiredFlags | preferredFlags,
-                               block, UZStrStructSize(wide)) == kNone;
+                               block, static_cast<int32_t>(size)) == kNone;
   while (!fails) {
     uint32_t const old = FindProp(kept->c_str(), requiredFlags, 0, 0, nullptr);
     if (old >= olds || DeleteProp(old) == 0) break;

@@ -1,11 +1,11 @@
 #include "zolt41/cards/property_storage.h"
 
-#include <algorithm>
 #include <cstring>
 #include <new>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/endian.h"
@@ -180,24 +180,38 @@ void PCardStorage::Set(char const *data, int32_t size) {
 }
 
 bool PCardStorage::TakeCopy(char const *data, int32_t size) {
-  auto const wanted = static_cast<uint32_t>(size);
   bool const whole = data != nullptr && size >= static_cast<int32_t>(zolt::kListHead);
-  char *const copy = whole ? NewMem(wanted) : NewMemClear(zolt::kListHead);
-  if (copy == nullptr) return false;
-  if (whole) std::memcpy(copy, data, wanted);
-  // What FindRecords will ask for is had by then: a sound list is not emptied for want of memory.
-  uint32_t const count = LoadLittle32(copy);
-  bool const fits = whole && count <= (wanted - zolt::kListHead) / zolt::kSmallestRecord;
-  uint32_t const offsets = fits ? std::max(count * kOffset, GetMemSize(offsets_)) : 0;
-  if (fits && SetMemSize(&offsets_, offsets) != 0) {
-    _DisposeMem(copy);
-    return false;
+  uint32_t const wanted = whole ? static_cast<uint32_t>(size) : zolt::kListHead;
+  uint32_t const count = whole ? LoadLittle32(data) : 0;
+  bool const fits = count <= (wanted - zolt::kListHead) / zolt::kSmallestRecord;
+  char *list = whole ? NewMem(wanted) : NewMemClear(wanted);
+  // What FindRecords will ask for: a sound list is not emptied for want of memory.
+  char *offsets = NewMem(fits ? count * kOffset : 0);
+  bool taken = list != nullptr && offsets != nullptr;
+  if (taken) {
+    if (whole) std::memcpy(list, data, wanted);
+    taken = Exchange(&list, &offsets);
   }
-  _DisposeMem(list_);
-  list_ = copy;
+  _DisposeMem(list);
+  _DisposeMem(offsets);
+  return taken;
+}
+
+// Takes a list, with room for its offsets, and gives the old ones. False, with all as it was, where
+// there is no memory for what is built out of it.
+bool PCardStorage::Exchange(char **list, char **offsets) {
+  std::swap(list_, *list);
+  std::swap(offsets_, *offsets);
+  bool const inStep = std::exchange(inStep_, true);
   Recalculate();
-  modified_ = 0;
-  return true;
+  if (inStep_) {
+    modified_ = 0;
+    return true;
+  }
+  std::swap(list_, *list);
+  std::swap(offsets_, *offsets);
+  inStep_ = inStep;
+  return false;
 }
 
 // Makes the record at `index`, or at the count for a new one, `newSize` bytes long, with what lies

@@ -19,7 +19,8 @@ enum CSOper : int32_t {
 // gives, is good until the next change of the list.
 //
 // Where memory for a change cannot be had, or the change is impossible (a name of more than 65,531
-// bytes, a negative length, a null value with a length), nothing changes. Arguments may lie in the
+// bytes, a negative length, a null value with a length, a list of more than 2,147,483,647 bytes),
+// nothing changes. Without memory a constructor throws std::bad_alloc. Arguments may lie in the
 // list itself. Names are ASCII; a null name is the empty one. An object belongs to one thread at a
 // time, is not copied, and must not be deleted through a pointer to this class if it is of another.
 class ZOLT_API PCardStorage {
@@ -93,11 +94,14 @@ class ZOLT_API PCardStorage {
   ZOLT_HIDDEN void Empty();
   // As Set. False, with all as it was, without memory.
   ZOLT_HIDDEN bool TakeCopy(char const *data, int32_t size);
+  ZOLT_HIDDEN bool Exchange(char **list, char **offsets);
   ZOLT_HIDDEN bool Resize(uint32_t index, uint64_t newSize);
 
   char *offsets_;  // a memory block of a number of 32 bits for each property
   char *list_;     // a memory block with the list
   int32_t modified_ = 0;
+  // False once there was no memory for what Recalculate builds out of the list.
+  bool inStep_ = true;
 };
 
 #endif  // ZOLT41_CARDS_PROPERTY_STORAGE_H_
