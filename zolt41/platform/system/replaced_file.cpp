@@ -5,9 +5,20 @@
 #include <sys/xattr.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
 
 namespace zolt {
+namespace {
+
+constexpr char kAccessList[] = "system.posix_acl_access";
+
+// A new file has one from a folder with a default list, and a mode would open it.
+bool RemoveAccessList(int descriptor) {
+  return fremovexattr(descriptor, kAccessList) == 0 || errno == ENODATA || errno == EOPNOTSUPP;
+}
+
+}  // namespace
 
 std::string PathOf(int descriptor) {
   char path[PATH_MAX];
@@ -38,11 +49,12 @@ std::string HiddenBeside(std::string const &path, std::string const &ending, siz
 
 bool CanBeReplaced(int descriptor, struct stat *status) {
   return fstat(descriptor, status) == 0 && status->st_uid == geteuid() && status->st_nlink == 1 &&
-         fgetxattr(descriptor, "system.posix_acl_access", nullptr, 0) <= 0;
+         fgetxattr(descriptor, kAccessList, nullptr, 0) <= 0;
 }
 
 bool MakeLike(int descriptor, struct stat const &old) {
-  return fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) == 0 &&
+  return RemoveAccessList(descriptor) &&
+         fchown(descriptor, static_cast<uid_t>(-1), old.st_gid) == 0 &&
          fchmod(descriptor, old.st_mode & 07777) == 0;
 }
 

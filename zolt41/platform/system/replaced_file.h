@@ -21,8 +21,8 @@ std::string HiddenBeside(std::string const &path, std::string const &ending, siz
 // Whether a new file can be as the open one, whose status this gives: it is this user's, and has
 // neither other names nor an access list.
 bool CanBeReplaced(int descriptor, struct stat *status);
-// Gives a new file the group and the mode of the old one. False if that may not be, with errno
-// telling why.
+// Gives a new file the group and the mode of the old one, and no access list, which its folder may
+// have given it. False if that may not be, with errno telling why.
 bool MakeLike(int descriptor, struct stat const &old);
 // A new name is on the disk. What fails has no effect: the name is there all the same.
 void SyncDirectoryOf(std::string const &path);
