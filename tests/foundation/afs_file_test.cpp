@@ -4,6 +4,7 @@
 
 #include "tests/support/child.h"
 #include "tests/support/files.h"
+#include "zolt41/platform/system/last_failure.h"
 
 namespace zolt::testing {
 namespace {
@@ -58,7 +59,9 @@ TEST_F(AfsFileTest, ReadsWritesAndPositions) {
   EXPECT_EQ(AFS_SetFPos(file, 3, 0x103), 0);
   EXPECT_EQ(AFS_GetFPos(file), 5);
   for (int32_t const origin : {0, 4, -1}) EXPECT_EQ(AFS_SetFPos(file, 1, origin), -8997);
+  EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 0);
   EXPECT_EQ(AFS_SetFPos(file, -1, 1), -1);
+  EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 6);
   EXPECT_EQ(AFS_GetFPos(file), 5);
   EXPECT_EQ(AFS_GetEOF(file), 14);
   EXPECT_EQ(AFS_GetFPos(file), 5);
@@ -80,6 +83,7 @@ TEST_F(AfsFileTest, CuttingAndExtending) {
   EXPECT_EQ(AFS_SetEOF(file, 100), 0);
   EXPECT_EQ(AFS_GetFPos(file), 100);
   EXPECT_EQ(AFS_SetEOF(file, -1), -1);
+  EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 6);
   EXPECT_EQ(AFS_SetEOF(file, 0), 0);
   EXPECT_EQ(AFS_SetFPos(file, 0x7FFFFFFF, 1), 0);
   uint32_t count = 10;

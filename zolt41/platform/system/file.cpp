@@ -268,17 +268,24 @@ uint32_t SetFilePointer(uint32_t file, int32_t distance, int32_t *, uint32_t met
   constexpr uint32_t kNoPosition = 0xFFFFFFFF;
   constexpr int kMethods[] = {SEEK_SET, SEEK_CUR, SEEK_END};
   int const descriptor = zolt::DescriptorOf(file);
-  if (descriptor < 0 || method > FILE_END) return kNoPosition;
   off_t const before = lseek(descriptor, 0, SEEK_CUR);
-  off_t const after = lseek(descriptor, distance, kMethods[method]);
+  off_t after = -1;
+  errno = EINVAL;
+  if (method <= FILE_END) after = lseek(descriptor, distance, kMethods[method]);
   if (after >= 0 && after <= kLargest) return static_cast<uint32_t>(after);
-  if (after > kLargest) lseek(descriptor, before, SEEK_SET);
+  if (after > kLargest) {
+    lseek(descriptor, before, SEEK_SET);
+    errno = EINVAL;
+  }
+  FailOnFile(errno);
   return kNoPosition;
 }
 
 int32_t DeleteFileA(char const *name) {
   zolt::ClearFailure();
   if (name == nullptr) return kFailed;
-  std::string const path = zolt::SystemPath(name);
-  return zolt::TheFileCalls().unlink(path.c_str()) == 0 || Fail(errno, path) ? kDone : kFailed;
+  return zolt::WithMemory(kFailed, [name] {
+    std::string const path = zolt::SystemPath(name);
+    return zolt::TheFileCalls().unlink(path.c_str()) == 0 || Fail(errno, path) ? kDone : kFailed;
+  });
 }
