@@ -57,7 +57,7 @@ TEST_F(MemoryTest, ASectionOpensInAllTreesAndTheLibraryAnewOrNot) {
   bool failed = true;
   for (int before = 0; failed; before += before < 40 ? 1 : 17) {
     failed = false;
-    for (Lack const lack : {Lack::passes, Lack::stays}) {
+    for (Lack const lack : {Lack::passes, Lack::lasts}) {
       ComPtr<IUnknown> section;
       auto const open = [&] {
         return OpenSection(0, "Spare", kUserStore, IID_IUnknown, section.VoidPlace());

@@ -206,8 +206,9 @@ TEST_F(CardTest, DamageIsNamedWithItsPlace) {
       {WithPreferences("01000000 01000000",
                        Slot("00000000", std::string(32, 'n'), "01000000 00000000")),
        1, "byte 100: the name of the preference nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn has no end"},
-      // Names in the order of the folding table, where _ comes behind the letters.
-      {WithPreferences("01000000 02000000", Slot("00000000", "_", "00000000 00000000") +
+      // Names in the order of the folding table, where _ comes behind the letters; what has no value
+      // leads nowhere.
+      {WithPreferences("01000000 02000000", Slot("00000000", "_", "00000000 09000000") +
                                                 Slot("00000000", "b", "00000000 00000000")),
        1, "byte 140: the preference b does not stand in its order"},
       {WithPreferences("01000000 02000000", Slot("00000001", "b", "00000000 00000000") +

@@ -124,7 +124,7 @@ class CardFileCheck {
       before = key;
       uint32_t const size = Number(blob, slot + kSlotValueSize, bigEndian);
       uint32_t const offset = Number(blob, slot + kSlotValueOffset, bigEndian);
-      bool const inside = size <= pool && offset <= pool - size;
+      bool const inside = size == 0 || (size <= pool && offset <= pool - size);
       if (inside && size <= rest) {
         rest -= size;
         continue;
