@@ -1,6 +1,9 @@
 #include "zolt41/interchange/card_text_check.h"
 
+#include <bit>
+
 #include "tests/interchange/interchange_fixture.h"
+#include "zolt41/interchange/card_text_import.h"
 
 namespace zolt::testing {
 namespace {
@@ -67,6 +70,36 @@ TEST_F(CardTextCheckTest, WhatIsNotReadIsFound) {
       {head + "\n[" + std::string(65, 'n') + "]\nA=1\n", "6! "},
       {head + "\n[General\nA=1\n", "6! "}};
   for (auto const &[text, found] : cases) EXPECT_EQ(Found(text), found) << text;
+}
+
+// Each set of seven of the fourteen flags from POSTAL on; none holds another.
+std::string TextOfManySets() {
+  std::string text = "1\n2\n\n[Card Infos]\n";
+  for (uint32_t set = 0; set < 1U << 16; set += 4) {
+    if (std::popcount(set) != 7) continue;
+    text += "A=ASCII:";
+    for (uint32_t bit = 0; bit < 16; bit++) {
+      if ((set >> bit & 1) == 0) continue;
+      text += kPropertyFlagNames[bit];
+      text += ',';
+    }
+    text += ":x\n";
+  }
+  return text;
+}
+
+// More than are looked through one by one.
+TEST_F(CardTextCheckTest, OfManySetsOfFlagsThoseAreReplacedThatHoldAnother) {
+  constexpr uint32_t kSets = 3432;
+  std::string const text = TextOfManySets() + "A=ASCII:POSTAL,PARCEL:y\n";
+  EXPECT_EQ(Found(text), std::to_string(kSets + 5) + "! ");
+  PCardStorage card;
+  AddText(&card, "a", 0x1FC | 1U << 20, "goes: its first seven are one of the sets");
+  AddText(&card, "a", 0xF8, "stays");
+  AddText(&card, "B", 0x1FC, "stays");
+  EXPECT_EQ(ImportCard(&card, text.data(), static_cast<int32_t>(text.size())), 1);
+  // Those that have both flags have five of the other twelve.
+  EXPECT_EQ(card.PropCount(), 2 + 2 + kSets - 792 + 1);
 }
 
 }  // namespace

@@ -5,8 +5,11 @@
 #include <iterator>
 #include <map>
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "zolt41/cards/blob_format.h"
 #include "zolt41/cards/property_format.h"
@@ -16,6 +19,7 @@
 #include "zolt41/interchange/card_text_format.h"
 #include "zolt41/interchange/card_text_import.h"
 #include "zolt41/interchange/card_text_reader.h"
+#include "zolt41/interchange/flag_sets.h"
 #include "zolt41/interchange/legacy_names.h"
 #include "zolt41/interchange/property_view.h"
 #include "zolt41/prefs/stores.h"
@@ -94,6 +98,15 @@ struct Precedes {
   }
 };
 
+// A line that is a property.
+struct PropertyLine {
+  uint32_t line;
+  uint32_t flags;
+  bool isText;
+  bool isEmpty;  // makes none
+  bool isBlank;  // nothing stands there
+};
+
 // Whether the card says the same, or more than a head line has room for.
 bool Holds(PCardStorage *card, char const *name, std::string_view line) {
   for (uint32_t i = 0; i < card->PropCount(); i++) {
@@ -118,10 +131,10 @@ bool HasSections(std::string_view text) {
 
 class CardTextCheck {
  public:
-  CardTextCheck(std::string_view text, void (*tell)(void *, CardTextFinding const &), void *context)
-      : text_(text), tell_(tell), context_(context) {}
+  explicit CardTextCheck(std::string_view text) : text_(text) {}
 
-  bool Run();
+  // What is found, in the order of the lines. False if it is no card text.
+  bool Run(std::vector<CardTextFinding> *findings);
 
  private:
   enum class Place { between, properties, preferences };
@@ -133,7 +146,8 @@ class CardTextCheck {
   void TakeSection();
   void TakeProperty();
   void CheckValue(PropertyHead const &head, CardValue kind, std::string const &rest);
-  void CheckReplaced(PropertyHead const &head, bool isText, bool isEmpty);
+  void CheckReplaced();
+  void CheckReplaced(std::span<PropertyLine const> sameName);
   void TakePreference();
   void EndSection(char const *why);
   void End(char const *why);
@@ -141,13 +155,11 @@ class CardTextCheck {
   bool IsRepeated(std::string const &name);
 
   std::string_view text_;  // what is left of it
-  void (*tell_)(void *, CardTextFinding const &);
-  void *context_;
+  std::vector<CardTextFinding> findings_;
   std::string_view line_;
   uint32_t number_ = 0;
   bool hasEnd_ = false;
   bool ended_ = false;  // nothing more is read
-  bool told_ = false;
   bool toldOfGap_ = false;
   bool hasCard_ = false;
   bool hasSections_ = false;
@@ -155,8 +167,8 @@ class CardTextCheck {
   Place place_ = Place::between;
   std::string section_;
   int32_t sectionId_ = 0;
-  // The flags of the properties of each name that are there by now.
-  std::map<std::string, std::set<uint32_t>, Precedes> properties_;
+  std::map<std::string, std::vector<PropertyLine>, Precedes> properties_;  // by name
+  FlagSets replacing_;  // of the name that is looked at
   std::map<uint32_t, std::set<std::string, Precedes>> preferences_;  // by section
 };
 
@@ -172,8 +184,7 @@ bool CardTextCheck::NextLine() {
 }
 
 void CardTextCheck::Tell(char const *what, bool lost) {
-  tell_(context_, {number_, what, lost});
-  told_ = true;
+  findings_.push_back({number_, what, lost});
 }
 
 void CardTextCheck::EndSection(char const *why) {
@@ -187,7 +198,7 @@ void CardTextCheck::End(char const *why) {
   ended_ = true;
 }
 
-bool CardTextCheck::Run() {
+bool CardTextCheck::Run(std::vector<CardTextFinding> *findings) {
   std::string_view const whole = text_;
   if (whole.find('\0') != whole.npos || !HasSections(whole)) return false;
   PCardStorage card;
@@ -200,7 +211,9 @@ bool CardTextCheck::Run() {
     }
   }
   if (!hasCard_) return false;
-  if (!read && !told_) Tell("the text is not read", true);
+  CheckReplaced();
+  if (!read && findings_.empty()) Tell("the text is not read", true);
+  *findings = std::move(findings_);
   return true;
 }
 
@@ -272,7 +285,10 @@ void CardTextCheck::TakeProperty() {
   }
   CheckValue(head, kind, RestOf(&reader));
   if (kind == CardValue::unfit) return;
-  CheckReplaced(head, kind == CardValue::text, value.empty() || value.front() == '\0');
+  bool const isText = kind == CardValue::text;
+  bool const isEmpty = isText && (value.empty() || value.front() == '\0');
+  bool const isBlank = isEmpty && LineParts(line_).value.empty();
+  properties_[head.name].push_back({number_, head.flags, isText, isEmpty, isBlank});
 }
 
 void CardTextCheck::CheckValue(PropertyHead const &head, CardValue kind, std::string const &rest) {
@@ -292,18 +308,31 @@ void CardTextCheck::CheckValue(PropertyHead const &head, CardValue kind, std::st
   if (HasUnknownFlag(parts.flags)) Tell("has a flag of no known name", true);
 }
 
-// Text takes the place of all that have its flags, whatever their type; bytes stand beside them.
-void CardTextCheck::CheckReplaced(PropertyHead const &head, bool isText, bool isEmpty) {
-  std::set<uint32_t> &there = properties_[head.name];
-  bool const replaces = isText && std::erase_if(there, [&head](uint32_t flags) {
-                                    return (flags & head.flags) == head.flags;
-                                  }) > 0;
-  if (replaces) Tell("takes the place of one of its name before it that has all its flags", true);
-  if (!isText || !isEmpty) {
-    there.insert(head.flags);
-  } else if (!replaces && LineParts(line_).value.empty()) {
-    Tell("is empty, and makes no property", false);
+// Text takes the place of all before it that have its flags, whatever their type; bytes stand
+// beside them. So each goes for the next text whose flags are all among its own.
+void CardTextCheck::CheckReplaced(std::span<PropertyLine const> sameName) {
+  std::vector<bool> replaces(sameName.size());
+  replacing_.Clear();
+  for (size_t i = sameName.size(); i-- > 0;) {
+    PropertyLine const &property = sameName[i];
+    uint32_t const next = replacing_.LowestWithin(property.flags);
+    if (!property.isEmpty && next != FlagSets::kNone) replaces[next] = true;
+    if (property.isText) replacing_.Add(property.flags, static_cast<uint32_t>(i));
   }
+  for (size_t i = 0; i < sameName.size(); i++) {
+    uint32_t const line = sameName[i].line;
+    if (replaces[i]) {
+      findings_.push_back(
+          {line, "takes the place of one of its name before it that has all its flags", true});
+    } else if (sameName[i].isBlank) {
+      findings_.push_back({line, "is empty, and makes no property", false});
+    }
+  }
+}
+
+void CardTextCheck::CheckReplaced() {
+  for (auto const &[name, lines] : properties_) CheckReplaced(lines);
+  std::ranges::stable_sort(findings_, {}, &CardTextFinding::line);
 }
 
 // Whether one before it, also under an old name, is the same preference.
@@ -335,8 +364,11 @@ void CardTextCheck::TakePreference() {
 int32_t CheckCardText(void const *data, int32_t size,
                       void (*tell)(void *context, CardTextFinding const &finding), void *context) {
   if (data == nullptr || size <= 0) return 0;
-  return CardTextCheck({static_cast<char const *>(data), static_cast<size_t>(size)}, tell, context)
-      .Run();
+  std::vector<CardTextFinding> findings;
+  CardTextCheck check({static_cast<char const *>(data), static_cast<size_t>(size)});
+  bool const isCard = check.Run(&findings);
+  for (CardTextFinding const &finding : findings) tell(context, finding);
+  return isCard;
 }
 
 }  // namespace zolt

@@ -13,8 +13,15 @@
 namespace zolt {
 namespace {
 
-void RemoveAll(PCardStorage *card, char const *name, uint32_t flags) {
-  while (card->DeleteProp(card->FindProp(name, flags, 0, 0, nullptr)) != 0) continue;
+// Those of the name that have all the flags of one of the sets.
+void RemoveAll(PCardStorage *card, char const *name, FlagSets const &sets) {
+  if (sets.empty()) return;
+  uint32_t flags = 0;
+  uint32_t i = card->FindProp(name, 0, 0, 0, nullptr);
+  while (card->GetPropA(i, nullptr, nullptr, &flags, nullptr) != nullptr) {
+    bool const gone = sets.LowestWithin(flags) != FlagSets::kNone && card->DeleteProp(i) != 0;
+    i = card->FindProp(name, 0, 0, gone ? i : i + 1, nullptr);
+  }
 }
 
 // The same for names that are equal.
@@ -110,19 +117,17 @@ std::vector<uint32_t> PropertyAdditions::GroupedByName() const {
 }
 
 // Gives the sets of flags with which something of the name is to be replaced.
-std::vector<uint32_t> PropertyAdditions::DropReplaced(std::span<uint32_t const> sameName) {
-  std::vector<uint32_t> replaced;
+FlagSets const &PropertyAdditions::DropReplaced(std::span<uint32_t const> sameName) {
+  replacing_.Clear();
   for (size_t i = sameName.size(); i-- > 0;) {
     Entry &entry = entries_[sameName[i]];
-    bool const covered = std::ranges::any_of(
-        replaced, [&](uint32_t flags) { return (entry.flags & flags) == flags; });
-    if (covered) {
+    if (replacing_.LowestWithin(entry.flags) != FlagSets::kNone) {
       entry.stays = false;
     } else if (entry.replaces) {
-      replaced.push_back(entry.flags);
+      replacing_.Add(entry.flags, sameName[i]);
     }
   }
-  return replaced;
+  return replacing_;
 }
 
 void PropertyAdditions::PutInto(PCardStorage *card) {
@@ -131,7 +136,7 @@ void PropertyAdditions::PutInto(PCardStorage *card) {
     char const *const name = NameOf(*first);
     auto const last = std::find_if(
         first, order.end(), [&](uint32_t entry) { return AZStrEqual(NameOf(entry), name) == 0; });
-    for (uint32_t const flags : DropReplaced({first, last})) RemoveAll(card, name, flags);
+    RemoveAll(card, name, DropReplaced({first, last}));
     first = last;
   }
   for (HeadLine const &line : headLines_) DropRepeated(line);

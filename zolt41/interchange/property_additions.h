@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "zolt41/cards/property_storage.h"
+#include "zolt41/interchange/flag_sets.h"
 
 namespace zolt {
 
@@ -49,12 +50,13 @@ class PropertyAdditions {
   void Add(std::string_view name, std::string_view value, Entry entry);
   // Equal names one behind the other, each in the order in which they were added.
   std::vector<uint32_t> GroupedByName() const;
-  std::vector<uint32_t> DropReplaced(std::span<uint32_t const> sameName);
+  FlagSets const &DropReplaced(std::span<uint32_t const> sameName);
   void DropRepeated(HeadLine const &line);
 
   std::vector<Entry> entries_;
   std::vector<HeadLine> headLines_;
   std::string pool_;
+  FlagSets replacing_;  // of the name that is looked at
 };
 
 }  // namespace zolt
