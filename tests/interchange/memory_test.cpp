@@ -1,8 +1,20 @@
 // Text of cards when memory runs out.
 
+#include <unistd.h>
+
+#include <cstring>
+#include <utility>
+
 #include "tests/interchange/interchange_fixture.h"
 #include "tests/support/failing_memory.h"
+#include "zolt41/foundation/afs_file.h"
+#include "zolt41/interchange/card_text_check.h"
+#include "zolt41/interchange/card_text_export.h"
+#include "zolt41/interchange/card_text_import.h"
+#include "zolt41/interchange/card_text_load.h"
 #include "zolt41/interchange/vcard_export.h"
+#include "zolt41/platform/system/global_block.h"
+#include "zolt41/platform/system/last_failure.h"
 
 namespace zolt::testing {
 namespace {
@@ -45,6 +57,79 @@ TEST_F(CardTextMemoryTest, EveryCallGivesItsFailure) {
   ASSERT_GT(ExportCard(&card, text.c_str()), 0);
   PCardStorage back;
   FailsUntilItWorks(0, [&] { return int64_t{ImportCard(&back, text.c_str())}; });
+}
+
+// Text in every form, of which each line makes or replaces something.
+constexpr char kText[] =
+    "10.0.0.1\n7\n\n[Card Infos]\nTEL=ASCII:HOME:1\nTEL=ASCII:HOME:2\n"
+    "FN=UNICODE::An Example\nPHOTO=BITMAP::<47494638>\nORG=UNICODE::<41000000>\n\n[General]\n"
+    "A Name=of a value\nAnother=value\n\n[Flow Control]\nMaxCap=100\n";
+
+// The card is whole, or `read` gives that it is not and why.
+template <typename Read>
+void IsWholeOrFails(int32_t failed, Read const &read) {
+  PCardStorage whole;
+  ASSERT_EQ(read(&whole), 1);
+  std::string const expected = Taken(whole.Get());
+  int32_t result = failed;
+  int failures = 0;
+  for (; result == failed && failures < 1000; failures++) {
+    PCardStorage card;
+    ClearFailure();
+    result = WithMemoryFor(failures, [&] { return read(&card); });
+    if (result == failed) {
+      EXPECT_EQ(ZOLTLastFailure(nullptr, 0), static_cast<int32_t>(Failure::full)) << failures;
+    } else {
+      EXPECT_EQ(Taken(card.Get()), expected) << failures;
+    }
+  }
+  EXPECT_EQ(result, 1);
+  EXPECT_GT(failures, 20);
+}
+
+TEST_F(CardTextMemoryTest, AnImportIsWholeOrFails) {
+  std::string const text = kText;
+  WriteContent(Path("text"), text);
+  std::string const path = Path("text");
+  void *const block = GlobalAlloc(GMEM_MOVEABLE, text.size());
+  std::memcpy(GlobalLock(block), text.data(), text.size());
+  std::string const scratch = Scratch();
+  IsWholeOrFails(0, [&](PCardStorage *card) {
+    return ImportCard(card, text.data(), static_cast<int32_t>(text.size()));
+  });
+  IsWholeOrFails(0, [&](PCardStorage *card) { return ImportCard(card, path.c_str()); });
+  IsWholeOrFails(0, [&](PCardStorage *card) {
+    // One for which no handle could be had is left.
+    unlink(scratch.c_str());
+    return ImportCardData(card, block, static_cast<uint32_t>(text.size()));
+  });
+  GlobalFree(block);
+  IsWholeOrFails(kCardTextUnread, [&](PCardStorage *card) {
+    int const left = std::exchange(allocationsLeft, -1);
+    uint32_t file = 0;
+    AFS_LZOpenFile(path.c_str(), 1, &file);
+    allocationsLeft = left;
+    return LoadCardText(card, file);
+  });
+  uint32_t file = 0;
+  EXPECT_EQ(AFS_LZOpenFile(path.c_str(), 3, &file), 0) << "none is left open";
+  AFS_CloseFile(file);
+  // One of before is not told again.
+  SetFailure(Failure::full, "");
+  PCardStorage card;
+  EXPECT_EQ(ImportCard(&card, kText, 1), 1);
+  EXPECT_EQ(ImportCard(&card, kText, 0), 0);
+  EXPECT_EQ(ZOLTLastFailure(nullptr, 0), 0);
+}
+
+TEST_F(CardTextMemoryTest, ACheckTellsAllOrNothing) {
+  int told = 0;
+  auto const tell = [](void *context, CardTextFinding const &) { ++*static_cast<int *>(context); };
+  FailsUntilItWorks(-1, [&] {
+    EXPECT_EQ(told, 0);
+    return int64_t{CheckCardText(kText, sizeof kText - 1, tell, &told)};
+  });
+  EXPECT_EQ(told, 1) << "the first TEL";
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <optional>
 
 #include "tools/zolt/text.h"
@@ -156,7 +157,10 @@ bool CheckText(std::string_view text, std::vector<CardDamage> *damage) {
     static_cast<std::vector<CardDamage> *>(context)->push_back(
         {"line " + std::to_string(finding.line), finding.what, finding.lost});
   };
-  return CheckCardText(text.data(), static_cast<int32_t>(text.size()), tell, damage) != 0;
+  int32_t const isCard =
+      CheckCardText(text.data(), static_cast<int32_t>(text.size()), tell, damage);
+  if (isCard < 0) throw std::bad_alloc();
+  return isCard != 0;
 }
 
 }  // namespace

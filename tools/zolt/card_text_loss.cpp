@@ -78,7 +78,8 @@ bool HasBrokenHead(std::string const &text) {
   auto const tell = [](void *context, CardTextFinding const &finding) {
     if (finding.line < kFirstSectionLine) *static_cast<bool *>(context) = true;
   };
-  CheckCardText(text.data(), static_cast<int32_t>(text.size()), tell, &broken);
+  if (CheckCardText(text.data(), static_cast<int32_t>(text.size()), tell, &broken) < 0)
+    throw std::bad_alloc();
   return broken;
 }
 
@@ -96,10 +97,14 @@ CardProperty AsFromText(CardProperty property) {
 }
 
 std::vector<std::string> LostInText(CallCard *card) {
+  constexpr int32_t kNoMemory = 3;
   card->SavePrefs();
   std::string const text = TextOf(card);
   CallCard back(CardFormatNone);
-  ImportCard(&back, text.data(), static_cast<int32_t>(text.size()));
+  if (ImportCard(&back, text.data(), static_cast<int32_t>(text.size())) == 0 &&
+      ZOLTLastFailure(nullptr, 0) == kNoMemory) {
+    throw std::bad_alloc();
+  }
   std::vector<std::string> lost;
   AddLost(PropertiesOf(card), PropertiesOf(&back), &lost);
   AddLost(PreferencesOf(card), PreferencesOf(&back), &lost);

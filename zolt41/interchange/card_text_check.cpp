@@ -17,11 +17,12 @@
 #include "zolt41/foundation/az_compare.h"
 #include "zolt41/foundation/text_coding.h"
 #include "zolt41/interchange/card_text_format.h"
-#include "zolt41/interchange/card_text_import.h"
+#include "zolt41/interchange/card_text_load.h"
 #include "zolt41/interchange/card_text_reader.h"
 #include "zolt41/interchange/flag_sets.h"
 #include "zolt41/interchange/legacy_names.h"
 #include "zolt41/interchange/property_view.h"
+#include "zolt41/platform/system/with_memory.h"
 #include "zolt41/prefs/stores.h"
 
 namespace zolt {
@@ -202,7 +203,8 @@ bool CardTextCheck::Run(std::vector<CardTextFinding> *findings) {
   std::string_view const whole = text_;
   if (whole.find('\0') != whole.npos || !HasSections(whole)) return false;
   PCardStorage card;
-  bool const read = ImportCard(&card, whole.data(), static_cast<int32_t>(whole.size())) != 0;
+  FMemoryRead reader(whole.data(), static_cast<int32_t>(whole.size()));
+  bool const read = AddCardText(&card, &reader);
   while (!ended_ && NextLine()) {
     if (number_ > std::size(kHeadLines)) {
       TakeLine();
@@ -365,8 +367,10 @@ int32_t CheckCardText(void const *data, int32_t size,
                       void (*tell)(void *context, CardTextFinding const &finding), void *context) {
   if (data == nullptr || size <= 0) return 0;
   std::vector<CardTextFinding> findings;
-  CardTextCheck check({static_cast<char const *>(data), static_cast<size_t>(size)});
-  bool const isCard = check.Run(&findings);
+  int32_t const isCard = WithMemory(-1, [&] {
+    CardTextCheck check({static_cast<char const *>(data), static_cast<size_t>(size)});
+    return int32_t{check.Run(&findings)};
+  });
   for (CardTextFinding const &finding : findings) tell(context, finding);
   return isCard;
 }

@@ -17,8 +17,8 @@ struct CardTextFinding {
 // Looks over the `size` bytes of a card text at `data` and calls `tell` for what ImportCard would
 // pass over, drop or refuse, in the order of the lines. Gives 1, also for a text that is damaged;
 // 0 if the bytes are no card text at all: they hold a NUL, or no line "[Card Infos]" where a reader
-// finds it; then nothing is told. Sections are known by the system store; without one that is not
-// looked at. What it costs grows with the size.
+// finds it; -1 without memory. With 0 and -1 nothing is told. Sections are known by the system
+// store; without one that is not looked at. What it costs grows with the size.
 ZOLT_API int32_t CheckCardText(void const *data, int32_t size,
                                void (*tell)(void *context, CardTextFinding const &finding),
                                void *context);

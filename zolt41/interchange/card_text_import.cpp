@@ -1,6 +1,8 @@
 #include "zolt41/interchange/card_text_import.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
 #include <string>
 
 #include "zolt41/cards/card_prefs.h"
@@ -15,6 +17,7 @@
 #include "zolt41/interchange/property_additions.h"
 #include "zolt41/interchange/scratch_file.h"
 #include "zolt41/platform/system/global_block.h"
+#include "zolt41/platform/system/last_failure.h"
 #include "zolt41/platform/system/with_memory.h"
 #include "zolt41/prefs/stores.h"
 
@@ -124,35 +127,39 @@ void CardTextImport::PutPreferences() {
   TYUserPrefs store(PrefLevelCard, nullptr, 0);
   preferences_.PutInto(&store);
   if (store.Count() == 0) return;
-  char *const blob = store.GetData();
-  if (blob == nullptr) return;
-  card_->AddProp(zolt::kCardPrefsProperty, PropertyData, PropertyLocal, blob,
-                 static_cast<int32_t>(GetMemSize(blob)));
-  _DisposeMem(blob);
+  std::unique_ptr<char, decltype(&_DisposeMem)> const blob(store.GetData(), _DisposeMem);
+  if (blob == nullptr ||
+      card_->AddProp(zolt::kCardPrefsProperty, PropertyData, PropertyLocal, blob.get(),
+                     static_cast<int32_t>(GetMemSize(blob.get()))) == UINT32_MAX) {
+    throw std::bad_alloc();
+  }
   card_->Recalculate();
 }
 
-// Without memory for it `failed`.
-int32_t Import(PCardStorage *card, FBasicRead *reader, HeadLines headLines, int32_t failed = 0) {
-  if (reader->AtEnd() != 0) return 0;
-  return zolt::WithMemory(failed,
-                          [&] { return int32_t{CardTextImport(card, reader, headLines).Run()}; });
+bool Import(PCardStorage *card, FBasicRead *reader, HeadLines headLines) {
+  return reader->AtEnd() == 0 && CardTextImport(card, reader, headLines).Run();
 }
 
 }  // namespace
 
 namespace zolt {
 
+bool AddCardText(PCardStorage *card, FBasicRead *reader) {
+  return Import(card, reader, HeadLines::kept);
+}
+
 int32_t LoadCardText(PCardStorage *card, uint32_t file) {
   FFileRead reader(file);
-  int32_t const imported = Import(card, &reader, HeadLines::droppedIfRepeated, kCardTextUnread);
+  int32_t const imported = WithMemory(kCardTextUnread, [&] {
+    return int32_t{Import(card, &reader, HeadLines::droppedIfRepeated)};
+  });
   return reader.failed() ? kCardTextUnread : imported;
 }
 
 }  // namespace zolt
 
 int32_t ImportCard(PCardStorage *card, FBasicRead &reader) {
-  return Import(card, &reader, HeadLines::kept);
+  return zolt::WithMemory(0, [&] { return int32_t{zolt::AddCardText(card, &reader)}; });
 }
 
 int32_t ImportCard(PCardStorage *card, char const *path) {
@@ -164,6 +171,7 @@ int32_t ImportCard(PCardStorage *card, char const *path) {
 }
 
 int32_t ImportCard(PCardStorage *card, void const *data, int32_t size) {
+  zolt::ClearFailure();
   FMemoryRead reader(data, size);
   return ImportCard(card, reader);
 }

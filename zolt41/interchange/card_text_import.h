@@ -20,6 +20,10 @@
 // no preferences. A line of no meaning ends its section; one of a value in hex that is none is
 // passed over. What a text costs grows with its size, and for each name of text in it with the
 // properties that the card had.
+//
+// 0, too, with 3 of ZOLTLastFailure, where memory or the 2 GiB of a list do not suffice: then the
+// card may hold a part of the properties and of what they replace, and is not to be saved. Any
+// other 0 of a text in memory leaves no failure.
 ZOLT_API int32_t ImportCard(PCardStorage *card, FBasicRead &reader);
 // From a file; ZOLTLastFailure tells why it cannot be opened.
 ZOLT_API int32_t ImportCard(PCardStorage *card, char const *path);

@@ -1,7 +1,9 @@
 #include "zolt41/interchange/card_text_reader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
+#include <new>
 #include <optional>
 #include <string_view>
 
@@ -88,6 +90,8 @@ bool ReadHex(FBasicRead *reader, std::string *bytes) {
 }
 
 std::string WideBytes(std::string const &text) {
+  // No list can hold as much.
+  if (text.size() >= INT32_MAX / sizeof(char16_t)) throw std::bad_alloc();
   std::u16string wide(text.size() + 1, u'\0');
   int32_t const size = AZ2UZStrCopy(text.c_str(), wide.data());
   return {reinterpret_cast<char const *>(wide.data()), static_cast<size_t>(size)};

@@ -1,6 +1,7 @@
 #include "zolt41/interchange/preference_additions.h"
 
 #include <algorithm>
+#include <new>
 
 #include "zolt41/cards/blob_format.h"
 #include "zolt41/foundation/az_compare.h"
@@ -105,9 +106,10 @@ void PreferenceAdditions::PutInto(TYUserPrefs *store) {
   // As a text is that was written from a store.
   if (!std::ranges::is_sorted(entries_, precedes)) std::ranges::stable_sort(entries_, precedes);
   FindSlots();
-  for (Entry const &entry : entries_) {
+  for (int32_t count = 0; Entry const &entry : entries_) {
     if (!entry.makesSlot) continue;
     store->SetStr(entry.section, pool_.data() + entry.name, pool_.data() + entry.value);
+    if (store->Count() != ++count) throw std::bad_alloc();
   }
 }
 

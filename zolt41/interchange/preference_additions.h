@@ -16,7 +16,8 @@ class PreferenceAdditions {
  public:
   // As SetStr.
   void Set(uint32_t section, std::string_view name, std::string_view value);
-  // Does to the store, which is empty, what was asked for, as if it had been done then.
+  // Does to the store, which is empty, what was asked for, as if it had been done then. Throws
+  // std::bad_alloc where it cannot take all.
   void PutInto(TYUserPrefs *store);
 
  private:

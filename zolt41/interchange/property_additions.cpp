@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <new>
 
 #include "zolt41/cards/property_format.h"
 #include "zolt41/foundation/az_compare.h"
@@ -12,6 +13,9 @@
 
 namespace zolt {
 namespace {
+
+// What a list can hold at all.
+constexpr size_t kLargestValue = 0x7FFFFFFF;
 
 // Those of the name that have all the flags of one of the sets.
 void RemoveAll(PCardStorage *card, char const *name, FlagSets const &sets) {
@@ -45,6 +49,7 @@ std::string_view InHeadLine(std::string_view text, int last) {
 }  // namespace
 
 void PropertyAdditions::Add(std::string_view name, std::string_view value, Entry entry) {
+  if (value.size() > kLargestValue) throw std::bad_alloc();
   entry.name = pool_.size();
   pool_.append(name);
   pool_ += '\0';
@@ -56,6 +61,7 @@ void PropertyAdditions::Add(std::string_view name, std::string_view value, Entry
 
 void PropertyAdditions::SetText(std::string_view name, uint32_t flags, char const *text) {
   size_t const length = std::strlen(text);
+  if (length >= kLargestValue / 2) throw std::bad_alloc();
   std::u16string wide(length + 1, u'\0');
   LZ2UZStrCopy(text, wide.data(), 0);
   std::string_view const value(reinterpret_cast<char const *>(wide.data()), 2 * wide.size());
@@ -142,8 +148,10 @@ void PropertyAdditions::PutInto(PCardStorage *card) {
   for (HeadLine const &line : headLines_) DropRepeated(line);
   for (Entry const &entry : entries_) {
     if (!entry.stays) continue;
-    card->AddProp(pool_.data() + entry.name, entry.type, entry.flags, pool_.data() + entry.value,
-                  static_cast<int32_t>(entry.size));
+    uint32_t const added =
+        card->AddProp(pool_.data() + entry.name, entry.type, entry.flags,
+                      pool_.data() + entry.value, static_cast<int32_t>(entry.size));
+    if (added == UINT32_MAX) throw std::bad_alloc();
   }
   entries_.clear();
   headLines_.clear();

@@ -25,7 +25,8 @@ class PropertyAdditions {
   // it, of which such a line has what stands before the first byte that, signed, is not above
   // `last`.
   void MarkHeadLine(uint32_t index, std::string_view absent, int last);
-  // Does to the card what was asked for, as if it had been done then.
+  // Does to the card what was asked for, as if it had been done then. Throws std::bad_alloc where
+  // it cannot take all; then it has a part of it, and what is to be replaced may be gone.
   void PutInto(PCardStorage *card);
 
  private:

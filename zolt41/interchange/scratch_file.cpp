@@ -1,7 +1,8 @@
 #include "zolt41/interchange/scratch_file.h"
 
 #include "zolt41/platform/system/file.h"
-#include "zolt41/platform/system/last_failure.h"
+#include "zolt41/platform/system/file_calls.h"
+#include "zolt41/platform/system/system_path.h"
 #include "zolt41/platform/system/temp_path.h"
 
 namespace zolt {
@@ -15,7 +16,7 @@ constexpr uint32_t kDirectorySize = 255;
 ScratchFile::ScratchFile(Stale stale) {
   char directory[kDirectorySize];
   if (GetTempPathA(sizeof directory, directory) == 0) return;
-  path_ = std::string(directory) + kScratchName;
+  path_ = SystemPath((std::string(directory) + kScratchName).c_str());
   if (stale == Stale::removed) DeleteFileA(path_.c_str());
   uint32_t const file = CreateFileA(path_.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                     CREATE_NEW, FILE_ATTRIBUTE_NORMAL, 0);
@@ -25,11 +26,9 @@ ScratchFile::ScratchFile(Stale stale) {
 }
 
 ScratchFile::~ScratchFile() {
-  // Why something failed is told, not that the removal did not.
-  FirstFailure failure;
-  failure.Note();
   Close();
-  if (made_) DeleteFileA(path_.c_str());
+  // Without memory, too, and without a word of it: why something failed is told, not this.
+  if (made_) TheFileCalls().unlink(path_.c_str());
 }
 
 bool ScratchFile::Write(void const *bytes, uint32_t size) {
