@@ -89,6 +89,10 @@ class CardLossesTest : public InterchangeTest {
 
 TEST_F(CardLossesTest, OfCardText) {
   std::string const nul(1, '\0');
+  TYUserPrefs prefs(PrefLevelCard, nullptr, 0);
+  std::string const none = Taken(prefs.GetData());
+  prefs.SetStr(kGeneral, "Name", "1");
+  std::string const one = Taken(prefs.GetData());
   std::pair<std::vector<Item>, std::string> const cases[] = {
       {{{"A", PropertyAscii, 0, nul}, {"B", PropertyUnicode, 0, Wide("")}}, "B/u0/0 "},
       {{{"P", PropertyBitmap, PropertyHome, "GIF8"}, {"P", PropertyUrl, 0, "x" + nul}}, "P/u0/0 "},
@@ -98,6 +102,12 @@ TEST_F(CardLossesTest, OfCardText) {
        "T/u0/0 "},
       {{{"T", PropertyUnicode | 5, 0, Wide("1")}, {"D", 77, 1U << 20, "1"}}, "T/u0/0 D/8/0 "},
       {{{"A", PropertyData, 0, "1"}, {"N=", PropertyData, 0, "1"}, {"B", PropertyData, 0, "1"}},
+       "A/8/0 "},
+      {{{"l-brndl-typrefs", PropertyBitmap, 0, one}, {"A", PropertyData, 0, "1"}},
+       "A/8/0 L-BRNDL-TYPREFS/8/2147483648 "},
+      {{{kCardPrefsProperty, PropertyData, PropertyLocal, one},
+        {kCardPrefsProperty, PropertyData, PropertyLocal, none},
+        {"A", PropertyData, 0, "1"}},
        "A/8/0 "},
   };
   for (auto const &[items, back] : cases) EXPECT_EQ(Back(items), back);
@@ -144,6 +154,10 @@ TEST_F(CardLossesTest, OfVCards) {
       {VCard3, label, ":a\"b\r\n", true},
       {VCard4, label, "LABEL=\"a'b\"", true},
   };
+  std::string const names =
+      VCard(VCard3, {{"N", PropertyAscii, 0, "One" + nul}, {"N", PropertyAscii, 0, "Two" + nul}});
+  EXPECT_NE(names.find("\r\nN:One\r\n"), names.npos) << names;
+  EXPECT_EQ(names.find("Two"), names.npos) << names;
   for (Row const &row : rows) {
     std::string const text = VCard(row.profile, {row.item});
     EXPECT_EQ(text.find(row.part) != text.npos, row.there) << text;

@@ -100,6 +100,46 @@ TEST_F(CardTest, CardTextTellsNotOfWhichTypeATextIs) {
           {"card diff a t", 1, "modified\tTEL\t\t0x35\t0x35\n"}});
 }
 
+TEST_F(CardTest, WhatIsAskedAboutIsWhatDiffShows) {
+  std::string const empty = FromHex("01000000 00000000");
+  std::string const one = FromHex("01000000 01000000") + Slot("4C524E47", "A", "04000000 00000000");
+  std::string const swapped =
+      FromHex("00000000 00000001") + Slot("474E524C", "A", "00000004 00000002");
+  std::string const sizeless =
+      FromHex("01000000 01000000") + Slot("4C524E47", "A", "00000000 00000000");
+  std::string const is1 = FromHex("31000000");
+  std::string const label = "L-BRNDL-TYPREFS _local";
+  struct Row {
+    std::vector<std::pair<char const *, std::string>> properties;
+    std::string loses;
+  };
+  for (Row const &row : {
+           Row{{{"L-BRNDL-TYPREFS", empty}}, ""},
+           Row{{{"L-BRNDL-TYPREFS", one + is1}}, ""},
+           Row{{{"L-BRNDL-TYPREFS", swapped + "xx" + is1}}, ""},
+           Row{{{"L-BRNDL-TYPREFS", sizeless}}, "General A"},
+           Row{{{"L-BRNDL-TYPREFS", one + FromHex("11040000")}}, "General A"},
+           Row{{{"L-BRNDL-TYPREFS", one + is1}, {"L-BRNDL-TYPREFS", one + is1}}, label},
+           Row{{{"L-BRNDL-TYPREFS", empty}, {"L-BRNDL-TYPREFS", one + is1}}, label},
+           Row{{{"L-BRNDL-TYPREFS", one + is1}, {"l-brndl-typrefs", empty}}, "General A"},
+       }) {
+    CallCard card(CardFormatBinary);
+    for (auto const &[name, value] : row.properties)
+      card.AddProp(name, PropertyData, PropertyLocal, value.data(),
+                   static_cast<int32_t>(value.size()));
+    card.AddProp("FN", PropertyUnicode, 0, "A\0\0", 4);
+    card.SaveCardAs(CardFormatBinary, Path("a").c_str());
+    bool const lost = !row.loses.empty();
+    std::filesystem::remove(Path("t"));
+    Card({"convert", Path("a"), Path("t"), "--to", "text"}, lost ? 2 : 0);
+    if (lost) {
+      EXPECT_NE(error_.find("loses " + row.loses + ", which"), std::string::npos) << error_;
+      Card({"-y", "convert", Path("a"), Path("t"), "--to", "text"});
+    }
+    EXPECT_EQ(Card({"diff", Path("a"), Path("t")}, lost ? 1 : 0).empty(), !lost) << row.loses;
+  }
+}
+
 TEST_F(CardTest, PreferencesOfACard) {
   New();
   Expect({{"-q card prefs a set Audio Volume 0x28 -t num"},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "tools/zolt/card_blob.h"
 #include "tools/zolt/card_documents.h"
 #include "tools/zolt/errors.h"
 #include "tools/zolt/text.h"
@@ -33,8 +34,9 @@ auto FindLike(std::vector<CardProperty> &rest, CardProperty const &property) {
 // The type of text is that of the form in which the card is.
 bool SaysTheSame(CardProperty const &a, CardProperty const &b) {
   if (a == b) return true;
+  if (a.name != b.name || a.flags != b.flags) return false;
   std::optional<std::string> const text = TextOfProperty(a);
-  return a.name == b.name && a.flags == b.flags && text && text == TextOfProperty(b);
+  return text ? text == TextOfProperty(b) : a.type == b.type && SamePreferences(a, b);
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ struct CardChange {
 int ReportCardChanges(std::vector<CardChange> const &changes, Call const &call);
 
 // What leads from one list to the other: properties that have their like in both, in any order,
-// are none, nor is text of another type.
+// are none, nor is text of another type, nor preferences that only lie otherwise in their property.
 std::vector<CardChange> DifferenceOf(std::vector<CardProperty> const &from,
                                      std::vector<CardProperty> const &to);
 

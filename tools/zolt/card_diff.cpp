@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "tools/zolt/card_blob.h"
 #include "tools/zolt/card_changes.h"
 #include "tools/zolt/card_documents.h"
 #include "tools/zolt/card_source.h"
@@ -19,7 +20,7 @@ int Diff(Call const &call) {
   std::unique_ptr<CallCard> const from = LoadCard(call, call.operands[0]);
   std::unique_ptr<CallCard> const to = LoadCard(call, call.operands[1]);
   std::vector<CardChange> const changes =
-      DifferenceOf(PropertiesOf(from.get()), PropertiesOf(to.get()));
+      DifferenceOf(ComparedProperties(from.get()), ComparedProperties(to.get()));
   if (call.settings.json) {
     call.out.Write(CardChangesDocument(changes));
     return changes.empty() ? kDone : kNo;
@@ -48,7 +49,8 @@ Verb const kCardDiff = {
     .run = Diff,
     .description =
         "Lists change, name, flags, and the value in A and in B of what differs, and ends with 1\n"
-        "if something does. The order of properties does not matter, nor in which form a card is.",
+        "if something does. The order of properties does not matter, nor in which form a card is,\n"
+        "nor whether it has a property for preferences without any in it.",
     .examples = "  zolt card diff old.card new.card\n",
 };
 

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "tools/zolt/book.h"
+#include "tools/zolt/card_blob.h"
 #include "tools/zolt/card_damage.h"
 #include "tools/zolt/card_property.h"
 #include "tools/zolt/card_text_loss.h"
@@ -40,29 +41,12 @@ std::optional<ToolError> ErrorOf(std::string const &bytes, std::string const &pa
   return std::nullopt;
 }
 
-class Preferences : public TYUserPrefs {
- public:
-  explicit Preferences(std::string const &blob)
-      : TYUserPrefs(PrefLevelCard, blob.data(), static_cast<uint32_t>(blob.size())) {}
-
-  // Those that have a value.
-  void CopyTo(Preferences *other) {
-    for (int32_t i = 0; i < Count(); i++) {
-      uint32_t section = 0;
-      uint32_t size = 0;
-      std::string const name = GetIndexedName(i, &section);
-      char const *const value = GetPropData(section, name.c_str(), &size);
-      if (value != nullptr) other->SetPropData(section, name.c_str(), value, size);
-    }
-  }
-};
-
 void DropDamagedPreferences(CallCard *card) {
   uint32_t const index = card->FindProp(kCardPrefsProperty, 0, 0, 0, nullptr);
   std::vector<CardProperty> const properties = PropertiesOf(card);
   if (index >= properties.size()) return;
-  Preferences rest("");
-  Preferences(properties[index].value).CopyTo(&rest);
+  CardBlob rest("");
+  CardBlob(properties[index].value).CopyTo(&rest);
   char *const blob = rest.Count() == 0 ? nullptr : rest.GetData();
   if (blob == nullptr) {
     card->DeleteProp(index);

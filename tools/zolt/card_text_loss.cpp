@@ -1,9 +1,10 @@
 #include "tools/zolt/card_text_loss.h"
 
-#include <cstring>
+#include <algorithm>
 #include <new>
 #include <set>
 
+#include "tools/zolt/card_blob.h"
 #include "tools/zolt/card_changes.h"
 #include "tools/zolt/card_preferences.h"
 #include "tools/zolt/confirm.h"
@@ -31,43 +32,54 @@ std::string Wide(std::string const &local) {
   return {reinterpret_cast<char const *>(wide.data()), 2 * wide.size()};
 }
 
-std::string Returning(CardProperty const &property) {
-  CardProperty const back = AsFromText(property);
-  return back.name + '\0' + std::to_string(back.type) + '\0' + std::to_string(back.flags) + '\0' +
-         back.value;
+// What may be lost.
+struct Item {
+  std::string content;  // the same in what comes back
+  std::string label;
+};
+
+std::string Joined(std::vector<std::string> const &parts) {
+  std::string joined;
+  for (std::string const &part : parts) joined += std::to_string(part.size()) + ':' + part;
+  return joined;
 }
 
-std::string Returning(CardPreference const &preference) {
-  return preference.section + '\0' + preference.name + '\0' + preference.value;
+std::vector<Item> PropertyItems(CallCard *card, bool ofPreferences) {
+  std::vector<Item> items;
+  for (CardProperty const &property : ComparedProperties(card)) {
+    if (HoldsPreferences(property) != ofPreferences) continue;
+    CardProperty back = ofPreferences ? property : AsFromText(property);
+    if (ofPreferences) back.value = Joined(CardBlob(property.value).Sayings());
+    items.push_back(
+        {Joined({back.name, std::to_string(back.type), std::to_string(back.flags), back.value}),
+         LabelOf(property)});
+  }
+  return items;
 }
 
-std::string NameOf(CardProperty const &property) {
-  return LabelOf(property);
+// Of the property that counts, the first.
+std::vector<Item> PreferenceItems(CallCard *card) {
+  std::vector<CardProperty> const properties = PropertiesOf(card);
+  auto const first = std::ranges::find_if(properties, HoldsPreferences);
+  if (first == properties.end()) return {};
+  std::vector<CardPreference> const shown = PreferencesOf(card);
+  std::vector<std::string> const sayings = CardBlob(first->value).Sayings();
+  std::vector<Item> items;
+  for (size_t i = 0; i < sayings.size() && i < shown.size(); i++)
+    items.push_back({sayings[i], shown[i].section + " " + ToUtf8(shown[i].name)});
+  return items;
 }
 
-std::string NameOf(CardPreference const &preference) {
-  return preference.section + " " + ToUtf8(preference.name);
-}
-
-bool IsShown(CardProperty const &property) {
-  return !SameName(property.name, kCardPrefsProperty);
-}
-
-bool IsShown(CardPreference const &) {
-  return true;
-}
-
-template <typename Item>
 void AddLost(std::vector<Item> const &before, std::vector<Item> const &after,
              std::vector<std::string> *lost) {
   std::multiset<std::string> there;
-  for (Item const &item : after) there.insert(Returning(item));
+  for (Item const &item : after) there.insert(item.content);
   for (Item const &item : before) {
-    auto const found = there.find(Returning(item));
+    auto const found = there.find(item.content);
     if (found != there.end()) {
       there.erase(found);
-    } else if (IsShown(item)) {
-      lost->push_back(NameOf(item));
+    } else {
+      lost->push_back(item.label);
     }
   }
 }
@@ -106,8 +118,13 @@ std::vector<std::string> LostInText(CallCard *card) {
     throw std::bad_alloc();
   }
   std::vector<std::string> lost;
-  AddLost(PropertiesOf(card), PropertiesOf(&back), &lost);
-  AddLost(PreferencesOf(card), PreferencesOf(&back), &lost);
+  AddLost(PropertyItems(card, false), PropertyItems(&back, false), &lost);
+  std::vector<std::string> preferences;
+  AddLost(PreferenceItems(card), PreferenceItems(&back), &preferences);
+  // Where each of them comes back there may be more such properties, of which none is shown.
+  if (preferences.empty())
+    AddLost(PropertyItems(card, true), PropertyItems(&back, true), &preferences);
+  lost.insert(lost.end(), preferences.begin(), preferences.end());
   if (lost.empty() && HasBrokenHead(text)) lost.emplace_back(kAddressProperty);
   return lost;
 }
