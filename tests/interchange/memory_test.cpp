@@ -1,7 +1,5 @@
 // Text of cards when memory runs out.
 
-#include <unistd.h>
-
 #include <cstring>
 #include <utility>
 
@@ -93,14 +91,11 @@ TEST_F(CardTextMemoryTest, AnImportIsWholeOrFails) {
   std::string const path = Path("text");
   void *const block = GlobalAlloc(GMEM_MOVEABLE, text.size());
   std::memcpy(GlobalLock(block), text.data(), text.size());
-  std::string const scratch = Scratch();
   IsWholeOrFails(0, [&](PCardStorage *card) {
     return ImportCard(card, text.data(), static_cast<int32_t>(text.size()));
   });
   IsWholeOrFails(0, [&](PCardStorage *card) { return ImportCard(card, path.c_str()); });
   IsWholeOrFails(0, [&](PCardStorage *card) {
-    // One for which no handle could be had is left.
-    unlink(scratch.c_str());
     return ImportCardData(card, block, static_cast<uint32_t>(text.size()));
   });
   GlobalFree(block);

@@ -109,34 +109,32 @@ TEST_F(CardTest, WhatIsAskedAboutIsWhatDiffShows) {
       FromHex("01000000 01000000") + Slot("4C524E47", "A", "00000000 00000000");
   std::string const is1 = FromHex("31000000");
   std::string const label = "L-BRNDL-TYPREFS _local";
-  struct Row {
-    std::vector<std::pair<char const *, std::string>> properties;
-    std::string loses;
-  };
-  for (Row const &row : {
-           Row{{{"L-BRNDL-TYPREFS", empty}}, ""},
-           Row{{{"L-BRNDL-TYPREFS", one + is1}}, ""},
-           Row{{{"L-BRNDL-TYPREFS", swapped + "xx" + is1}}, ""},
-           Row{{{"L-BRNDL-TYPREFS", sizeless}}, "General A"},
-           Row{{{"L-BRNDL-TYPREFS", one + FromHex("11040000")}}, "General A"},
-           Row{{{"L-BRNDL-TYPREFS", one + is1}, {"L-BRNDL-TYPREFS", one + is1}}, label},
-           Row{{{"L-BRNDL-TYPREFS", empty}, {"L-BRNDL-TYPREFS", one + is1}}, label},
-           Row{{{"L-BRNDL-TYPREFS", one + is1}, {"l-brndl-typrefs", empty}}, "General A"},
-       }) {
+  using Properties = std::vector<std::pair<char const *, std::string>>;
+  std::tuple<Properties, std::string> const rows[] = {
+      {{{"L-BRNDL-TYPREFS", empty}}, ""},
+      {{{"L-BRNDL-TYPREFS", one + is1}}, ""},
+      {{{"L-BRNDL-TYPREFS", swapped + "xx" + is1}}, ""},
+      {{{"L-BRNDL-TYPREFS", sizeless}}, "General A"},
+      {{{"L-BRNDL-TYPREFS", one + FromHex("11040000")}}, "General A"},
+      {{{"L-BRNDL-TYPREFS", one + is1}, {"L-BRNDL-TYPREFS", one + is1}}, label},
+      {{{"L-BRNDL-TYPREFS", empty}, {"L-BRNDL-TYPREFS", one + is1}}, label},
+      {{{"L-BRNDL-TYPREFS", one + is1}, {"l-brndl-typrefs", empty}}, "General A"}};
+  for (auto const &[properties, loses] : rows) {
     CallCard card(CardFormatBinary);
-    for (auto const &[name, value] : row.properties)
+    for (auto const &[name, value] : properties)
       card.AddProp(name, PropertyData, PropertyLocal, value.data(),
                    static_cast<int32_t>(value.size()));
     card.AddProp("FN", PropertyUnicode, 0, "A\0\0", 4);
-    card.SaveCardAs(CardFormatBinary, Path("a").c_str());
-    bool const lost = !row.loses.empty();
-    std::filesystem::remove(Path("t"));
-    Card({"convert", Path("a"), Path("t"), "--to", "text"}, lost ? 2 : 0);
+    card.SaveCardAs(CardFormatBinary, "a");
+    bool const lost = !loses.empty();
+    std::filesystem::remove("t");
+    ToolResult const asked = Run("card convert a t --to text");
+    EXPECT_EQ(asked.code, lost ? 2 : 0);
     if (lost) {
-      EXPECT_NE(error_.find("loses " + row.loses + ", which"), std::string::npos) << error_;
-      Card({"-y", "convert", Path("a"), Path("t"), "--to", "text"});
+      EXPECT_TRUE(Has(asked.err, "loses " + loses + ", which"));
+      Card("convert -y a t --to text");
     }
-    EXPECT_EQ(Card({"diff", Path("a"), Path("t")}, lost ? 1 : 0).empty(), !lost) << row.loses;
+    EXPECT_EQ(Card("diff a t", lost ? 1 : 0).empty(), !lost) << loses;
   }
 }
 
@@ -246,8 +244,8 @@ TEST_F(CardTest, DamageIsNamedWithItsPlace) {
       {WithPreferences("01000000 01000000",
                        Slot("00000000", std::string(32, 'n'), "01000000 00000000")),
        1, "byte 100: the name of the preference nnnnnnnnnnnnnnnnnnnnnnnnnnnnnnn has no end"},
-      // Names in the order of the folding table, where _ comes behind the letters; what has no value
-      // leads nowhere.
+      // Names in the order of the folding table, where _ comes behind the letters; what has no
+      // value leads nowhere.
       {WithPreferences("01000000 02000000", Slot("00000000", "_", "00000000 09000000") +
                                                 Slot("00000000", "b", "00000000 00000000")),
        1, "byte 140: the preference b does not stand in its order"},

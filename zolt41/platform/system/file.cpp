@@ -166,6 +166,19 @@ bool CloseUnlocked(int descriptor) {
   return close(descriptor) == 0;
 }
 
+// The handle of an open file, or none, with errno telling why: then a new file goes again, and an
+// old one does not stay locked.
+uint32_t HandleOf(int descriptor, std::string const &path, bool isNew) {
+  if (descriptor < 0) return INVALID_HANDLE_VALUE;
+  uint32_t const file =
+      zolt::WithMemory(INVALID_HANDLE_VALUE, [&] { return TheHandles().Add(descriptor); });
+  if (file != INVALID_HANDLE_VALUE) return file;
+  if (isNew) zolt::TheFileCalls().unlink(path.c_str());
+  CloseUnlocked(descriptor);
+  errno = ENOMEM;
+  return INVALID_HANDLE_VALUE;
+}
+
 }  // namespace
 
 namespace zolt {
@@ -176,7 +189,7 @@ int DescriptorOf(uint32_t file) {
 
 uint32_t AdoptNewFile(char const *path) {
   int const descriptor = OpenLocked(path, GENERIC_READ | GENERIC_WRITE, 0, O_CREAT | O_EXCL);
-  return descriptor < 0 ? INVALID_HANDLE_VALUE : TheHandles().Add(descriptor);
+  return HandleOf(descriptor, path, true);
 }
 
 void TakeHandle(uint32_t file, uint32_t other) {
@@ -220,14 +233,8 @@ uint32_t CreateFileA(char const *name, uint32_t access, uint32_t share, void *,
   if (name == nullptr) return INVALID_HANDLE_VALUE;
   return zolt::WithMemory(INVALID_HANDLE_VALUE, [&] {
     std::string const path = zolt::SystemPath(name);
-    int const more = disposition == CREATE_NEW ? O_CREAT | O_EXCL : 0;
-    int const descriptor = OpenLocked(path, access, share, more);
-    if (descriptor < 0) return INVALID_HANDLE_VALUE;
-    uint32_t const file =
-        zolt::WithMemory(INVALID_HANDLE_VALUE, [&] { return TheHandles().Add(descriptor); });
-    // Else it would stay locked.
-    if (file == INVALID_HANDLE_VALUE) CloseUnlocked(descriptor);
-    return file;
+    bool const isNew = disposition == CREATE_NEW;
+    return HandleOf(OpenLocked(path, access, share, isNew ? O_CREAT | O_EXCL : 0), path, isNew);
   });
 }
 
