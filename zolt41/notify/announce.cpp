@@ -46,8 +46,8 @@ void AlertBeforeAnnouncing() {
   ChannelArea *const channel = Channel();
   if (channel == nullptr || channel->wordsReady.load() == 0) return;
   if (steady_clock::now().time_since_epoch().count() < busyUntil) return;
-  uint32_t const asleep = FindWaitingThreads(*channel).asleep;
-  if (asleep != 0 && asleep < Processors()) AlertWaitingThreads(channel);
+  uint32_t const awaited = FindWaitingThreads(*channel).awaited;
+  if (awaited != 0 && awaited < Processors()) AlertWaitingThreads(channel);
 }
 
 }  // namespace zolt

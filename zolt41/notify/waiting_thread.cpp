@@ -83,11 +83,15 @@ void AwaitAnnouncement(ChannelArea const &channel, uint32_t last, Message const 
     sched_yield();
 }
 
-// Whether there is a processor for each thread that hears, and one for the writer.
+// Whether there is a processor for each thread that hears, and one for the writer. Who lags stands
+// still.
 bool FewListen(ChannelArea const &channel) {
   uint32_t listening = 0;
   uint32_t const used = std::min(channel.slotsUsed.load(), kSegmentPlaces);
-  for (uint32_t i = 0; i < used; i++) listening += channel.slots[i].listening.load() != 0 ? 1 : 0;
+  for (uint32_t i = 0; i < used; i++) {
+    ProcessSlot const &slot = channel.slots[i];
+    listening += slot.listening.load() != 0 && slot.lagging.load() == 0 ? 1 : 0;
+  }
   return listening < Processors();
 }
 
@@ -147,7 +151,9 @@ WaitingThreads FindWaitingThreads(ChannelArea const &channel) {
     if (channel.slots[i].listening.load() == 0) continue;
     uint32_t const shown = channel.slots[i].waiting.load();
     if (shown == 0) found.everywhere = false;
-    if (shown != 0 && (shown & kLooksOut) == 0) found.asleep++;
+    if (shown == 0 || (shown & kLooksOut) != 0) continue;
+    found.asleep++;
+    if (channel.slots[i].lagging.load() == 0) found.awaited++;
   }
   return found;
 }
