@@ -26,7 +26,7 @@ uint32_t Processors();
 struct WaitingThreads {
   uint32_t asleep = 0;
   uint32_t awaited = 0;  // of these in processes that do not lag
-  bool everywhere;  // each process that listens has one, for all that is known
+  bool everywhere;       // each process that listens has one, for all that is known
 };
 WaitingThreads FindWaitingThreads(ChannelArea const &channel);
 
