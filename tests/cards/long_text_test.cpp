@@ -25,9 +25,11 @@ class LongText {
     void *const place = mmap(nullptr, kSize, PROT_READ, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (place == MAP_FAILED) return;
     text_ = static_cast<char *>(place);
+    bool whole = true;
     for (size_t at = 0; at < kLength; at += kPart)
-      mmap(text_ + at, kPart, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0);
+      whole &= mmap(text_ + at, kPart, PROT_READ, MAP_SHARED | MAP_FIXED, file, 0) != MAP_FAILED;
     close(file);
+    EXPECT_TRUE(whole);
   }
   ~LongText() {
     if (text_ != nullptr) munmap(text_, kSize);
