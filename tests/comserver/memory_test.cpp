@@ -4,7 +4,10 @@
 
 #include "tests/comserver/com_fixture.h"
 #include "tests/support/failing_memory.h"
+#include "zolt41/library/library.h"
+#include "zolt41/library/pref_tree.h"
 #include "zolt41/notify/subscriber_list.h"
+#include "zolt41/platform/system/last_failure.h"
 
 namespace zolt::testing {
 namespace {
@@ -72,6 +75,37 @@ TEST_F(MemoryTest, ASectionOpensInAllTreesAndTheLibraryAnewOrNot) {
       EXPECT_EQ(section.get(), nullptr);
       EXPECT_EQ(ServerReferences(), 0);
     }
+  }
+}
+
+TEST_F(MemoryTest, AFailedStartLeavesNoStores) {
+  server_.reset();
+  bool started = false;
+  for (int before = 0; !started; before += 7) {
+    InitZOLT();
+    try {
+      started = WithMemoryFor(before, [] { return InitPrefs(nullptr), true; });
+    } catch (std::bad_alloc const &) {
+      for (WinPrefs const *store :
+           {GetUserPrefs(), GetSystemPrefs(), GetSharedUserPrefs(), GetSharedSystemPrefs()})
+        EXPECT_EQ(store, nullptr) << before;
+    }
+    DisposeZOLT();
+  }
+}
+
+TEST_F(MemoryTest, ATreeIsSetWithAllItsStoresOrNot) {
+  WinPrefs *const user = GetUserPrefs();
+  bool set = false;
+  for (int before = 1; !set; before++) {
+    WithMemoryFor(
+        before, [] { return SetPrefTree("Other:Tree"), 0; }, Lack::passes);
+    set = GetUserPrefs() != user;
+    EXPECT_EQ(ZOLTLastFailure(nullptr, 0) == 0, set) << before;
+    for (WinPrefs const *store : {GetSystemPrefs(), GetSharedUserPrefs(), GetSharedSystemPrefs()})
+      EXPECT_NE(store, nullptr) << before;
+    ResetPrefTree();
+    EXPECT_EQ(GetUserPrefs(), user);
   }
 }
 

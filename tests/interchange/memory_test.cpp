@@ -5,6 +5,7 @@
 
 #include "tests/interchange/interchange_fixture.h"
 #include "tests/support/failing_memory.h"
+#include "zolt41/cardfile/call_card.h"
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/interchange/card_text_check.h"
 #include "zolt41/interchange/card_text_export.h"
@@ -64,15 +65,15 @@ constexpr char kText[] =
     "A Name=of a value\nAnother=value\n\n[Flow Control]\nMaxCap=100\n";
 
 // The card is whole, or `read` gives that it is not and why.
-template <typename Read>
+template <typename Card = PCardStorage, typename Read>
 void IsWholeOrFails(int32_t failed, Read const &read) {
-  PCardStorage whole;
+  Card whole;
   ASSERT_EQ(read(&whole), 1);
   std::string const expected = Taken(whole.Get());
   int32_t result = failed;
   int failures = 0;
   for (; result == failed && failures < 1000; failures++) {
-    PCardStorage card;
+    Card card;
     ClearFailure();
     result = WithMemoryFor(failures, [&] { return read(&card); });
     if (result == failed) {
@@ -95,6 +96,11 @@ TEST_F(CardTextMemoryTest, AnImportIsWholeOrFails) {
     return ImportCard(card, text.data(), static_cast<int32_t>(text.size()));
   });
   IsWholeOrFails(0, [&](PCardStorage *card) { return ImportCard(card, path.c_str()); });
+  IsWholeOrFails<CallCard>(0, [&](CallCard *card) {
+    int32_t const imported = ImportCard(card, path.c_str());
+    auto *const store = static_cast<TYUserPrefs *>(card->Prefs());
+    return imported == 1 && store->Count() != 3 ? 2 : imported;
+  });
   IsWholeOrFails(0, [&](PCardStorage *card) {
     return ImportCardData(card, block, static_cast<uint32_t>(text.size()));
   });

@@ -136,6 +136,11 @@ TEST_F(CardTest, WhatIsAskedAboutIsWhatDiffShows) {
     }
     EXPECT_EQ(Card("diff a t", lost ? 1 : 0).empty(), !lost) << loses;
   }
+  // Text under that name is a property as any other.
+  std::string const head = "1\n2\n\n[Card Infos]\n";
+  WriteContent("a", head + "L-BRNDL-TYPREFS=UNICODE:_local:one\n");
+  WriteContent("t", head + "L-BRNDL-TYPREFS=UNICODE:_local:two\n");
+  EXPECT_TRUE(Has(Card("diff a t", 1), "L-BRNDL-TYPREFS"));
 }
 
 TEST_F(CardTest, PreferencesOfACard) {

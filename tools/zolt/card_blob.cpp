@@ -47,7 +47,7 @@ std::vector<std::string> CardBlob::Sayings() {
 }
 
 bool HoldsPreferences(CardProperty const &property) {
-  return SameName(property.name, kCardPrefsProperty);
+  return SameName(property.name, kCardPrefsProperty) && !TextOfProperty(property);
 }
 
 bool SamePreferences(CardProperty const &a, CardProperty const &b) {

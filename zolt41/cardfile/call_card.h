@@ -48,8 +48,8 @@ class ZOLT_API CallCard final : public PCardStorage {
   // CardFormatText, and the list is replaced by what the text holds, or stays if it cannot be read.
   // A file that cannot be opened changes nothing but the format. One that is opened and cannot be
   // read whole, or not without more memory, changes nothing either, and SaveCard gives 0 until it
-  // is loaded, or the card is given a name or a format; the format is CardFormatNone till then if
-  // it is a card file, and so it is where memory lacks to open a file. ZOLTLastFailure has the
+  // is loaded, or the card is given a name or a format, and so it does where memory lacks to open
+  // the file; the format is CardFormatNone till then if it is a card file. ZOLTLastFailure has the
   // reason. What the store had and SavePrefs did not take is gone, but still counts as modified. Of
   // text, the first two lines make no property where they only repeat one, or say that there is
   // none.

@@ -37,7 +37,7 @@ class ZOLT_API TYUserPrefs : public TYPrefs {
 
   // The text of this store alone, as local text with its NUL, for which `buffer` has room; of
   // characters that the code page lacks '?'. 1, or 0 with `buffer` as it was, also without memory
-  // for a text of more than 256 characters.
+  // for a text of more than 255 characters.
   int32_t GetStr(uint32_t section, char const *name, char *buffer) override;
   void SetStr(uint32_t section, char const *name, char const *value) override;
   // Removes the value.

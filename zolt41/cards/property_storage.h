@@ -81,6 +81,9 @@ class ZOLT_API PCardStorage {
   int32_t ImportFromVCard(char const *text);
   char *ExportToVCard();
 
+  // False where there was no memory for what Recalculate builds out of the list.
+  bool InStep() const { return inStep_; }
+
  private:
   friend class CallCard;
   friend class Rolodex;
@@ -100,7 +103,6 @@ class ZOLT_API PCardStorage {
   char *offsets_;  // a memory block of a number of 32 bits for each property
   char *list_;     // a memory block with the list
   int32_t modified_ = 0;
-  // False once there was no memory for what Recalculate builds out of the list.
   bool inStep_ = true;
 };
 

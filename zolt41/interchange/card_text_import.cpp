@@ -134,6 +134,7 @@ void CardTextImport::PutPreferences() {
     throw std::bad_alloc();
   }
   card_->Recalculate();
+  if (!card_->InStep()) throw std::bad_alloc();
 }
 
 bool Import(PCardStorage *card, FBasicRead *reader, HeadLines headLines) {

@@ -36,9 +36,13 @@ void DeleteStores() {
   delete GetSharedUserPrefs();
 }
 
-void Build(char const *path) {
+void ForgetStores() {
   for (auto *const set : {SetUserPrefs, SetSystemPrefs, SetSharedUserPrefs, SetSharedSystemPrefs})
     set(nullptr);
+}
+
+void Build(char const *path) {
+  ForgetStores();
   storesStand = true;
   if (!zolt::BuildStores(path) || !zolt::RegisterStandardSections()) throw std::bad_alloc();
 }
@@ -140,6 +144,7 @@ void InitPrefs(char const *path) {
     // Nothing of it stands where memory ran out.
     zolt::StopNotificationThread();
     TearDown();
+    ForgetStores();
     throw;
   }
   initialised = true;

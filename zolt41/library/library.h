@@ -14,7 +14,8 @@ ZOLT_API int32_t InitZOLT();
 // Builds the four stores on the preference tree `path` and registers the standard sections, making
 // the keys that are missing. In a path, colons and backslashes part the components; null stands
 // for the default trees. Does nothing if the stores are built already. What cannot be opened is
-// left out quietly; ZOLTLastFailure tells why.
+// left out quietly; ZOLTLastFailure tells why. Where memory runs out it throws std::bad_alloc, and
+// there are no stores.
 //
 // Stores and channel, on which changes are told, are those of the home that the environment names
 // now. A program that holds registry keys open since before DisposeZOLT stays with both in the home

@@ -13,6 +13,7 @@
 // They are called from one thread while no other uses the stores, after InitPrefs, in pairs.
 
 // Keeps the four stores for ResetPrefTree and builds new ones on `path` (null: the default trees).
+// Without memory for them the four stay, with 3 of ZOLTLastFailure.
 ZOLT_API void SetPrefTree(char const *path);
 
 // Copies the tree that a null path stands for at `level` into `buffer`, with colons between its

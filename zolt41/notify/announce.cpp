@@ -14,9 +14,6 @@ namespace {
 
 using std::chrono::steady_clock;
 
-// Where the processors are busy a thread that was alerted ahead gives its one away and gets it back
-// too late.
-constexpr auto kBusy = std::chrono::milliseconds(100);
 constinit std::atomic<steady_clock::rep> busyUntil = 0;
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <chrono>
 #include <climits>
-#include <thread>
 
 #include "zolt41/notify/announcement_ring.h"
 #include "zolt41/notify/channel_objects.h"
@@ -25,15 +24,28 @@ constexpr auto kLookOut = std::chrono::microseconds(100);
 constexpr auto kClose = std::chrono::milliseconds(1);
 
 // When this thread heard the last announcement, and whether it came close behind the one before.
-struct Pace {
-  steady_clock::time_point last;
-  bool close = false;
-
+class Pace {
+ public:
   void Heard() {
     auto const now = steady_clock::now();
-    close = now - last < kClose;
-    last = now;
+    close_ = now - last_ < kClose;
+    last_ = now;
   }
+  // How long to look out for the next.
+  steady_clock::time_point end() const { return last_ + kLookOut; }
+  bool Expects() const {
+    auto const now = steady_clock::now();
+    return close_ && now < end() && now >= busyUntil_;
+  }
+  void LookedOut() {
+    auto const now = steady_clock::now();
+    if (now > end() + kLookOut) busyUntil_ = now + kBusy;
+  }
+
+ private:
+  steady_clock::time_point last_;
+  steady_clock::time_point busyUntil_;
+  bool close_ = false;
 };
 thread_local Pace pace;
 
@@ -53,8 +65,12 @@ class Shown {
   Shown(Shown const &) = delete;
   Shown &operator=(Shown const &) = delete;
 
-  void LookOut() { Show(shown_ | kLooksOut); }
-  void Sleep() { Show(shown_ & ~kLooksOut); }
+  void LookOut() {
+    if (any()) Show(shown_ | kLooksOut);
+  }
+  void Sleep() {
+    if (any()) Show(shown_ & ~kLooksOut);
+  }
   bool any() const { return shown_ != 0; }
 
  private:
@@ -109,10 +125,11 @@ void SleepUntilAlert(ChannelArea *channel, Shown *shown, Message const &message,
     last = LastAnnouncement(channel->ring);
     return Hear(thread) || message.came();
   };
-  if (pace.close && steady_clock::now() < pace.last + kLookOut && FewListen(*channel)) {
+  if (pace.Expects() && FewListen(*channel)) {
     shown->LookOut();
     if (anything()) return;
-    AwaitAnnouncement(*channel, last, message, pace.last + kLookOut);
+    AwaitAnnouncement(*channel, last, message, pace.end());
+    pace.LookedOut();
     shown->Sleep();
   }
   if (anything()) return;
@@ -140,7 +157,11 @@ void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected) {
 }
 
 uint32_t Processors() {
-  static uint32_t const processors = std::thread::hardware_concurrency();
+  static uint32_t const processors = [] {
+    cpu_set_t usable;
+    bool const known = sched_getaffinity(0, sizeof usable, &usable) == 0;
+    return known ? static_cast<uint32_t>(CPU_COUNT(&usable)) : 1U;
+  }();
   return processors;
 }
 

@@ -2,6 +2,7 @@
 #define ZOLT41_NOTIFY_WAITING_THREAD_H_
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 
 #include "zolt41/notify/channel_layout.h"
@@ -17,10 +18,14 @@ namespace zolt {
 // without.
 inline constexpr uint32_t kLooksOut = 0x80000000;
 
+// Where the processors are busy a thread that looks out gives its one away and gets it back too
+// late, so for as long nobody looks out.
+inline constexpr auto kBusy = std::chrono::milliseconds(100);
+
 // For SetMessageWait.
 void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected);
 
-// Of the machine; 0 where the system does not tell.
+// That this thread may use when it first asks.
 uint32_t Processors();
 
 struct WaitingThreads {

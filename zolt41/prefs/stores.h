@@ -4,10 +4,10 @@
 #include "zolt41/platform/system/api.h"
 #include "zolt41/prefs/win_prefs.h"
 
-// The four stores of the process: null before InitPrefs, and not to be used after DisposeZOLT. They
-// belong to the library: whatever is set here is deleted by the next DisposeZOLT or ResetPrefTree.
-// A Set function deletes nothing. Reads may run on several threads at once, but not beside a
-// change.
+// The four stores of the process: null before InitPrefs and after one that failed, and not to be
+// used after DisposeZOLT. They belong to the library: whatever is set here is deleted by the next
+// DisposeZOLT or ResetPrefTree. A Set function deletes nothing. Reads may run on several threads at
+// once, but not beside a change.
 ZOLT_API WinPrefs *GetUserPrefs();
 ZOLT_API WinPrefs *GetSystemPrefs();
 ZOLT_API WinPrefs *GetSharedUserPrefs();

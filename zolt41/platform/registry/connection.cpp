@@ -55,11 +55,17 @@ struct ResultRow {
 };
 
 constexpr ResultRow kResultRows[] = {
-    {SQLITE_PERM, Failure::denied},      {SQLITE_READONLY, Failure::denied},
-    {SQLITE_AUTH, Failure::denied},      {SQLITE_BUSY, Failure::locked},
-    {SQLITE_LOCKED, Failure::locked},    {SQLITE_PROTOCOL, Failure::locked},
-    {SQLITE_FULL, Failure::full},        {SQLITE_CORRUPT, Failure::damaged},
-    {SQLITE_NOTADB, Failure::damaged},   {SQLITE_SCHEMA, Failure::damaged},
+    {SQLITE_PERM, Failure::denied},
+    {SQLITE_READONLY, Failure::denied},
+    {SQLITE_AUTH, Failure::denied},
+    {SQLITE_BUSY, Failure::locked},
+    {SQLITE_LOCKED, Failure::locked},
+    {SQLITE_PROTOCOL, Failure::locked},
+    {SQLITE_FULL, Failure::full},
+    {SQLITE_NOMEM, Failure::full},
+    {SQLITE_CORRUPT, Failure::damaged},
+    {SQLITE_NOTADB, Failure::damaged},
+    {SQLITE_SCHEMA, Failure::damaged},
     {SQLITE_ERROR, Failure::damaged},  // our own statements are right, so the tables are not ours
     {SQLITE_MISMATCH, Failure::damaged},
 };
@@ -154,7 +160,8 @@ Failure Connection::CheckLayout(Mode mode, Journal journal) {
   // Only a file without any table is ours to fill. Another process may have filled it since we
   // looked; anything else is somebody's data.
   Failure const second = ReadLayout(&found);
-  return found ? second : Fail(SQLITE_CORRUPT);
+  bool const known = second != Failure::none && second != Failure::damaged;
+  return found || known ? second : Fail(SQLITE_CORRUPT);
 }
 
 Failure Connection::Fill(Journal journal) {

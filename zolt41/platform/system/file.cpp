@@ -188,8 +188,9 @@ int DescriptorOf(uint32_t file) {
 }
 
 uint32_t AdoptNewFile(char const *path) {
-  int const descriptor = OpenLocked(path, GENERIC_READ | GENERIC_WRITE, 0, O_CREAT | O_EXCL);
-  return HandleOf(descriptor, path, true);
+  std::string const name(path);
+  int const descriptor = OpenLocked(name, GENERIC_READ | GENERIC_WRITE, 0, O_CREAT | O_EXCL);
+  return HandleOf(descriptor, name, true);
 }
 
 void TakeHandle(uint32_t file, uint32_t other) {
