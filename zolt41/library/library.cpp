@@ -29,7 +29,6 @@ constinit int32_t useCount = 0;
 constinit bool storesStand = false;
 
 void DeleteStores() {
-  if (!std::exchange(storesStand, false)) return;
   delete GetUserPrefs();
   delete GetSystemPrefs();
   delete GetSharedSystemPrefs();
@@ -48,6 +47,7 @@ void Build(char const *path) {
 }
 
 void TearDown() {
+  if (!std::exchange(storesStand, false)) return;
   zolt::UnregisterStandardSections();
   DeleteStores();
 }
