@@ -102,13 +102,7 @@ void AwaitAnnouncement(ChannelArea const &channel, uint32_t last, Message const 
 // Whether there is a processor for each thread that hears, and one for the writer. Who lags stands
 // still.
 bool FewListen(ChannelArea const &channel) {
-  uint32_t listening = 0;
-  uint32_t const used = std::min(channel.slotsUsed.load(), kSegmentPlaces);
-  for (uint32_t i = 0; i < used; i++) {
-    ProcessSlot const &slot = channel.slots[i];
-    listening += slot.listening.load() != 0 && slot.lagging.load() == 0 ? 1 : 0;
-  }
-  return listening < Processors();
+  return FindWaitingThreads(channel).listening < Processors();
 }
 
 bool Hear(uint32_t thread) {
@@ -169,12 +163,15 @@ WaitingThreads FindWaitingThreads(ChannelArea const &channel) {
   WaitingThreads found{.everywhere = channel.unplaced.load() == 0};
   uint32_t const used = std::min(channel.slotsUsed.load(), kSegmentPlaces);
   for (uint32_t i = 0; i < used; i++) {
-    if (channel.slots[i].listening.load() == 0) continue;
-    uint32_t const shown = channel.slots[i].waiting.load();
+    ProcessSlot const &slot = channel.slots[i];
+    if (slot.listening.load() == 0) continue;
+    uint32_t const shown = slot.waiting.load();
+    bool const asleep = shown != 0 && (shown & kLooksOut) == 0;
     if (shown == 0) found.everywhere = false;
-    if (shown == 0 || (shown & kLooksOut) != 0) continue;
-    found.asleep++;
-    if (channel.slots[i].lagging.load() == 0) found.awaited++;
+    if (asleep) found.asleep++;
+    if (slot.lagging.load() != 0) continue;
+    found.listening++;
+    if (asleep) found.awaited++;
   }
   return found;
 }

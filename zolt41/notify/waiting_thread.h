@@ -29,6 +29,7 @@ void WaitForMessageOrNews(std::atomic<uint32_t> *word, uint32_t expected);
 uint32_t Processors();
 
 struct WaitingThreads {
+  uint32_t listening = 0;  // processes that do not lag, with such a thread or without
   uint32_t asleep = 0;
   uint32_t awaited = 0;  // of these in processes that do not lag
   bool everywhere;       // each process that listens has one, for all that is known
