@@ -3,15 +3,32 @@
 #include <algorithm>
 
 #include "zolt41/foundation/endian.h"
+#include "zolt41/platform/system/large_pages.h"
 #include "zolt41/rolodex/rolodex_byte_order.h"
 
 namespace zolt {
 namespace {
 
+constexpr size_t kFirstRoom = 256;
+
 // What is left of an end mark that was cut is nothing lost.
 bool IsCutMark(std::string_view bytes) {
   return bytes.size() < kEndMarkSize &&
          std::ranges::all_of(bytes, [](char byte) { return byte == '\xFF'; });
+}
+
+// Room for as many more entries as the rest of the file has if its records are like those so far.
+// Moving them again and again, and small pages under them, would take half of the time of a walk.
+void MakeRoom(RecordChain *chain, uint32_t size) {
+  std::vector<CardEntry> &entries = chain->entries;
+  if (entries.size() < entries.capacity()) return;
+  size_t room = kFirstRoom;
+  if (size_t const read = chain->end - kCardArea; read > 0) {
+    size_t const expected = entries.size() * (size - kCardArea) / read;
+    room = std::max(expected + expected / 64, entries.size() * 2);
+  }
+  entries.reserve(room);
+  PreferLargePages(entries.data(), room * sizeof(CardEntry));
 }
 
 }  // namespace
@@ -32,7 +49,9 @@ RecordChain WalkRecords(DatabaseFile const &file, uint32_t size, bool swapped) {
     CardEntry const entry(swapped ? SwappedHead(head).data() : head.data());
     chain.broken = !StandsAt(entry, chain.end, size);
     if (chain.broken) break;
+    MakeRoom(&chain, size);
     chain.entries.push_back(entry);
+    chain.lastId = std::max(chain.lastId, entry.id());
     chain.end += entry.size();
   }
   return chain;

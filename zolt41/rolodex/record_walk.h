@@ -13,6 +13,7 @@ namespace zolt {
 // The records of a file that follow one another from the beginning of the card area.
 struct RecordChain {
   std::vector<CardEntry> entries;
+  uint32_t lastId = 0;       // the highest of theirs
   uint32_t end = kCardArea;  // behind the last of them
   bool marked = false;       // an end mark stands there
   bool broken = false;       // something else stands there that is no whole record

@@ -70,10 +70,8 @@ bool Rolodex::IndexRecords() {
   // What was known of the file does not hold for one that was cut.
   state_->index.reset();
   if (!EndFile(&file, chain)) return file.Break();
-  uint32_t lastId = 0;
-  for (CardEntry const &entry : chain.entries) lastId = std::max(lastId, entry.id());
   state_->end = chain.end;
-  state_->index.emplace(std::move(chain.entries), lastId);
+  state_->index.emplace(std::move(chain.entries), chain.lastId);
   dirty_ = 1;
   if (!FreeDoubles()) return file.Break();
   Flush();
