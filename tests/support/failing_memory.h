@@ -28,6 +28,8 @@ void *AllocateOrThrow(std::size_t size) {
 
 }  // namespace
 
+// For the other libraries of the program, too, which free what this one took, and the other way.
+#pragma GCC visibility push(default)
 void *operator new(std::size_t size) {
   return AllocateOrThrow(size);
 }
@@ -52,6 +54,7 @@ void operator delete(void *memory, std::size_t) noexcept {
 void operator delete[](void *memory, std::size_t) noexcept {
   Free(memory);
 }
+#pragma GCC visibility pop
 
 namespace zolt::testing {
 

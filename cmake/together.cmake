@@ -1,0 +1,23 @@
+# Compiles the sources of a folder together, sixteen at a time, which takes a third of the time that
+# they take one by one; no two of them may have a name in common. Those behind EXCEPT, which have, are
+# compiled alone. Only where ZOLT_TOGETHER is on: one by one it shows that each includes what it needs.
+function(zolt_compile_together target)
+  cmake_parse_arguments(PARSE_ARGV 1 together "" "" "EXCEPT")
+  if(NOT ZOLT_TOGETHER)
+    return()
+  endif()
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_MODE GROUP)
+  get_target_property(sources ${target} SOURCES)
+  list(FILTER sources INCLUDE REGEX "^/.*\\.cpp$")
+  foreach(source ${sources})
+    cmake_path(GET source FILENAME name)
+    if(NOT name IN_LIST together_EXCEPT)
+      cmake_path(GET source PARENT_PATH folder)
+      string(MAKE_C_IDENTIFIER "${folder}" group)
+      math(EXPR number "${${group}_count} + 0")
+      math(EXPR ${group}_count "${number} + 1")
+      math(EXPR part "${number} / 16")
+      set_source_files_properties("${source}" PROPERTIES UNITY_GROUP "${group}_${part}")
+    endif()
+  endforeach()
+endfunction()
