@@ -18,6 +18,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/fork.h"
+
 namespace zolt::testing {
 
 // Another process, forked from this one, that runs a function and ends with its result. It can say
@@ -69,7 +71,7 @@ class Child {
     std::array<int, 4> ends{};
     if (pipe2(&ends[0], O_CLOEXEC) != 0 || pipe2(&ends[2], O_CLOEXEC) != 0)
       throw std::runtime_error("no pipe");
-    id_ = fork();
+    id_ = Fork();
     bool const child = id_ == 0;
     pipe_ = child ? Pipe(ends[0], ends[3]) : Pipe(ends[2], ends[1]);
     for (size_t const other : {child ? 1U : 0U, child ? 2U : 3U}) close(ends[other]);
