@@ -128,6 +128,8 @@ Failure Connection::Open(std::string const &path, Mode mode, Journal journal, ui
     if (failure == Failure::none && writes && !unfilled_ && journal == Journal::log) {
       failure = SwitchLogOn();
     }
+    bool const shares = mode != Mode::copy && journal == Journal::log && !unfilled_;
+    if (failure == Failure::none && shares) shortcuts_.Install(database_);
   }
   if (failure != Failure::none) Close();
   return failure;

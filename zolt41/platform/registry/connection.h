@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "zolt41/platform/registry/log_shortcuts.h"
 #include "zolt41/platform/system/last_failure.h"
 
 namespace zolt {
@@ -90,6 +91,7 @@ class Connection {
 
   sqlite3 *database_ = nullptr;
   sqlite3_file *file_ = nullptr;
+  LogShortcuts shortcuts_;
   bool unfilled_ = false;
   bool logged_ = false;
   std::string path_;
