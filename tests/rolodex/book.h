@@ -33,8 +33,8 @@ inline std::string With(std::string content, size_t position, uint32_t number) {
   return content;
 }
 
-// Long trials are a hundred times longer where there is time for it, and brief where they are only
-// looked at for races, which their one thread has none of.
+// Long trials are a hundred times longer where there is time for it, and brief where a sanitizer
+// makes them slow and only a look at each step is wanted.
 inline uint32_t Often(uint32_t times) {
   if (std::getenv("ZOLT_SLOW") != nullptr) return times * 100;
   return std::getenv("ZOLT_BRIEF") != nullptr ? times / 5 : times;
