@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "zolt41/foundation/endian.h"
+#include "zolt41/platform/system/large_pages.h"
 #include "zolt41/rolodex/rolodex_format.h"
 
 namespace zolt {
@@ -91,6 +92,8 @@ inline bool HasAll(CategorySet const &set, CategorySet const &wanted) {
 inline bool HasAny(CategorySet const &set, CategorySet const &wanted) {
   return !std::ranges::equal(set, wanted, [](uint32_t a, uint32_t b) { return (a & b) == 0; });
 }
+
+using CardEntries = LargeVector<CardEntry>;
 
 }  // namespace zolt
 

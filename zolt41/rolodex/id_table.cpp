@@ -3,8 +3,6 @@
 #include <bit>
 #include <random>
 
-#include "zolt41/platform/system/large_pages.h"
-
 namespace zolt {
 namespace {
 
@@ -37,10 +35,7 @@ size_t IdTable::PlaceOf(uint32_t id) const {
 }
 
 void IdTable::Grow(size_t size) {
-  std::vector<uint64_t> old;
-  old.reserve(size);
-  PreferLargePages(old.data(), size * sizeof(uint64_t));
-  old.resize(size);
+  LargeVector<uint64_t> old(size);
   old.swap(places_);
   shift_ = 64 - std::countr_zero(size);
   for (uint64_t const place : old)

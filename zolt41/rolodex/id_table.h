@@ -3,7 +3,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+
+#include "zolt41/platform/system/large_pages.h"
 
 namespace zolt {
 
@@ -29,7 +30,7 @@ class IdTable {
   size_t PlaceOf(uint32_t id) const;
   void Grow(size_t size);
 
-  std::vector<uint64_t> places_;  // id and value, or 0; open addressing, at most half full
+  LargeVector<uint64_t> places_;  // id and value, or 0; open addressing, at most half full
   size_t used_ = 0;
   int shift_ = 0;
 };

@@ -12,8 +12,8 @@ FoldedLabel::FoldedLabel(CardEntry const &entry) : bytes{} {
   std::ranges::transform(entry.name(0), bytes, FoldAscii);
 }
 
-void LabelColumn::Build(std::vector<CardEntry> const &entries) {
-  std::vector<FoldedLabel> labels(entries.begin(), entries.end());
+void LabelColumn::Build(CardEntries const &entries) {
+  LargeVector<FoldedLabel> labels(entries.begin(), entries.end());
   ids_.resize(entries.size());
   std::ranges::transform(entries, ids_.begin(), &CardEntry::id);
   labels_ = std::move(labels);

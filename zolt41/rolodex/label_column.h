@@ -2,8 +2,8 @@
 #define ZOLT41_ROLODEX_LABEL_COLUMN_H_
 
 #include <cstdint>
-#include <vector>
 
+#include "zolt41/platform/system/large_pages.h"
 #include "zolt41/rolodex/card_entry.h"
 
 namespace zolt {
@@ -20,7 +20,7 @@ struct FoldedLabel {
 // their entries take. The slots that were there when it was made are covered.
 class LabelColumn {
  public:
-  void Build(std::vector<CardEntry> const &entries);
+  void Build(CardEntries const &entries);
   // Another entry for a slot. Takes no memory.
   void Note(uint32_t slot, CardEntry const &entry);
 
@@ -31,8 +31,8 @@ class LabelColumn {
   uint32_t RunOf(char const *ids, uint32_t slot, uint32_t most) const;
 
  private:
-  std::vector<FoldedLabel> labels_;
-  std::vector<uint32_t> ids_;
+  LargeVector<FoldedLabel> labels_;
+  LargeVector<uint32_t> ids_;
 };
 
 }  // namespace zolt

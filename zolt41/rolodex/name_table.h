@@ -19,7 +19,7 @@ class NameTable {
 
   // `placeOf` gives a card's number by its entry's.
   template <typename PlaceOf>
-  void Build(std::vector<CardEntry> const &entries, PlaceOf const &placeOf) {
+  void Build(CardEntries const &entries, PlaceOf const &placeOf) {
     std::vector<uint64_t> keys;
     for (uint32_t slot = 0; slot < entries.size(); slot++)
       if (!entries[slot].free()) keys.push_back(KeyOf(entries[slot], placeOf(slot)));

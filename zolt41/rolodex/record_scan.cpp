@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/foundation/endian.h"
@@ -168,7 +167,7 @@ int32_t ScanFile(char const *path, std::function<void(FoundRecord const &)> cons
   Scan scan(file, static_cast<uint32_t>(size), visit);
   StoredIndex stored;
   if (scanned->database && !bigEndian && FindStoredIndex(file, &stored) == 0) {
-    std::vector<CardEntry> entries;
+    CardEntries entries;
     if (!ReadStoredIndex(file, stored, &entries)) return -1;
     RolodexIndex const index(std::move(entries), stored.lastId);
     if (index.Fits(stored.end)) {

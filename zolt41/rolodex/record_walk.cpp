@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "zolt41/foundation/endian.h"
-#include "zolt41/platform/system/large_pages.h"
 #include "zolt41/rolodex/rolodex_byte_order.h"
 
 namespace zolt {
@@ -18,9 +17,9 @@ bool IsCutMark(std::string_view bytes) {
 }
 
 // Room for as many more entries as the rest of the file has if its records are like those so far.
-// Moving them again and again, and small pages under them, would take half of the time of a walk.
+// Moving them again and again would take much of the time of a walk.
 void MakeRoom(RecordChain *chain, uint32_t size) {
-  std::vector<CardEntry> &entries = chain->entries;
+  CardEntries &entries = chain->entries;
   if (entries.size() < entries.capacity()) return;
   size_t room = kFirstRoom;
   if (size_t const read = chain->end - kCardArea; read > 0) {
@@ -28,7 +27,6 @@ void MakeRoom(RecordChain *chain, uint32_t size) {
     room = std::max(expected + expected / 64, entries.size() * 2);
   }
   entries.reserve(room);
-  PreferLargePages(entries.data(), room * sizeof(CardEntry));
 }
 
 }  // namespace

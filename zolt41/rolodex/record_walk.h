@@ -2,7 +2,6 @@
 #define ZOLT41_ROLODEX_RECORD_WALK_H_
 
 #include <cstdint>
-#include <vector>
 
 #include "zolt41/rolodex/card_entry.h"
 #include "zolt41/rolodex/database_file.h"
@@ -12,7 +11,7 @@ namespace zolt {
 
 // The records of a file that follow one another from the beginning of the card area.
 struct RecordChain {
-  std::vector<CardEntry> entries;
+  CardEntries entries;
   uint32_t lastId = 0;       // the highest of theirs
   uint32_t end = kCardArea;  // behind the last of them
   bool marked = false;       // an end mark stands there

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <memory>
 #include <string_view>
-#include <vector>
 
 #include "zolt41/cards/property_storage.h"
 #include "zolt41/platform/system/api.h"
@@ -161,10 +160,8 @@ class ZOLT_API Rolodex {
   ZOLT_HIDDEN bool ChangeHead(uint32_t slot, zolt::CardEntry const &entry, uint32_t offset,
                               uint32_t count);
   ZOLT_HIDDEN bool PaysToCompact(int32_t force);
-  ZOLT_HIDDEN std::vector<zolt::CardEntry> CompactedEntries();
   ZOLT_HIDDEN bool CompactIntoNewFile();
   ZOLT_HIDDEN bool CompactInPlace();
-  ZOLT_HIDDEN void KeepMoved(std::vector<zolt::CardEntry> moved, uint32_t end, uint32_t behind);
 
   CategoryInfo categories_[128];
   std::unique_ptr<zolt::RolodexState> state_;  // none while closed

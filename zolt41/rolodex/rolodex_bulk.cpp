@@ -1,6 +1,5 @@
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/rolodex/card_record.h"
@@ -45,7 +44,7 @@ class Batch {
 
  private:
   RolodexState *state_;
-  std::vector<CardEntry> entries_;
+  CardEntries entries_;
   std::string records_;
 };
 

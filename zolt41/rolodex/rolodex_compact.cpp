@@ -1,7 +1,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "zolt41/platform/system/file_beside.h"
 #include "zolt41/platform/system/last_failure.h"
@@ -74,6 +73,34 @@ class Move {
   std::string records_;
 };
 
+// The cards in file order, with the positions that they have once no gap is left.
+CardEntries CompactedEntries(RolodexIndex const &index) {
+  CardEntries entries;
+  uint32_t position = kCardArea;
+  index.ForEach([&](uint32_t slot) {
+    CardEntry entry = index.at(slot);
+    if (entry.free()) return;
+    entry.set_position(position);
+    position += entry.size();
+    entries.push_back(entry);
+  });
+  return entries;
+}
+
+// The index as a compaction has left it that could not go on: the cards that were moved, the gap
+// behind them, and what still lies where it lay.
+RolodexIndex IndexWithGap(CardEntries moved, uint32_t end, uint32_t behind,
+                          RolodexIndex const &index) {
+  CardEntry gap = CardEntry::Cleared();
+  gap.set_position(end);
+  gap.set_size(behind - end);
+  moved.push_back(gap);
+  index.ForEach([&](uint32_t slot) {
+    if (index.at(slot).position() >= behind) moved.push_back(index.at(slot));
+  });
+  return {std::move(moved), index.lastId()};
+}
+
 }  // namespace
 
 bool Rolodex::PaysToCompact(int32_t force) {
@@ -89,21 +116,6 @@ bool Rolodex::PaysToCompact(int32_t force) {
   });
   return ((force & 1) != 0 && freeBytes != 0) || freeCount >= liveCount ||
          (freeBytes >= kWorthFree && freeBytes >= liveBytes / kWorthShare);
-}
-
-// The cards in file order, with the positions that they have once no gap is left.
-std::vector<CardEntry> Rolodex::CompactedEntries() {
-  RolodexIndex const &index = *state_->index;
-  std::vector<CardEntry> entries;
-  uint32_t position = kCardArea;
-  index.ForEach([&](uint32_t slot) {
-    CardEntry entry = index.at(slot);
-    if (entry.free()) return;
-    entry.set_position(position);
-    position += entry.size();
-    entries.push_back(entry);
-  });
-  return entries;
 }
 
 bool Rolodex::CompactIntoNewFile() {
@@ -130,7 +142,7 @@ bool Rolodex::CompactInPlace() {
   RolodexState &state = *state_;
   DatabaseFile &file = state.file;
   if (!GiveUpIndex()) return false;
-  std::vector<CardEntry> live;
+  CardEntries live;
   state.index->ForEach([&](uint32_t slot) {
     if (!state.index->at(slot).free()) live.push_back(state.index->at(slot));
   });
@@ -155,33 +167,20 @@ bool Rolodex::CompactInPlace() {
     }
   }
   good = good && (end == state.end || file.Put(state.end, end, kStoredEndMark));
-  if (!good && !file.broken())
-    KeepMoved({live.begin(), live.begin() + static_cast<ptrdiff_t>(done)}, end, behind);
+  if (!good && !file.broken() && behind != end) {
+    live.resize(done);
+    state.index = IndexWithGap(std::move(live), end, behind, *state.index);
+  }
   if (!good) return false;
   if (!file.Cut(end + kEndMarkSize) || !file.Sync()) return file.Break();
   state.end = end;
   return true;
 }
 
-// The index as a compaction has left it that could not go on: the cards that were moved, the gap
-// behind them, and what still lies where it lay.
-void Rolodex::KeepMoved(std::vector<CardEntry> moved, uint32_t end, uint32_t behind) {
-  if (behind == end) return;
-  CardEntry gap = CardEntry::Cleared();
-  gap.set_position(end);
-  gap.set_size(behind - end);
-  moved.push_back(gap);
-  RolodexIndex const &index = *state_->index;
-  index.ForEach([&](uint32_t slot) {
-    if (index.at(slot).position() >= behind) moved.push_back(index.at(slot));
-  });
-  state_->index = RolodexIndex(std::move(moved), index.lastId());
-}
-
 int32_t Rolodex::Compact(int32_t force) {
   if (!BeginChange() || !PaysToCompact(force)) return 0;
   auto const compact = [this] {
-    std::vector<CardEntry> entries = CompactedEntries();
+    CardEntries entries = CompactedEntries(*state_->index);
     uint32_t const lastId = state_->index->lastId();
     bool const renewed = CompactIntoNewFile();
     ClearFailure();

@@ -14,7 +14,7 @@ constexpr uint32_t kWalks = 2;
 
 }  // namespace
 
-RolodexIndex::RolodexIndex(std::vector<CardEntry> entries, uint32_t lastId)
+RolodexIndex::RolodexIndex(CardEntries entries, uint32_t lastId)
     : entries_(std::move(entries)), lastId_(lastId) {
   ids_.Reserve(entries_.size());
   std::vector<uint64_t> places;

@@ -39,7 +39,7 @@ class RolodexIndex {
   static constexpr uint32_t kNone = 0xFFFFFFFF;
 
   // Takes entries in file order.
-  RolodexIndex(std::vector<CardEntry> entries, uint32_t lastId);
+  RolodexIndex(CardEntries entries, uint32_t lastId);
 
   // Whether the records fill the card area up to `end`, one behind the other, and no id is there
   // twice or above the last one.
@@ -135,8 +135,8 @@ class RolodexIndex {
   void EnterNames(uint32_t slot);
   void ForgetNames(uint32_t slot);
 
-  std::vector<CardEntry> entries_;  // by slot; in file order until `order_` is there
-  std::vector<uint32_t> unused_;    // slots of entries that are gone
+  CardEntries entries_;           // by slot; in file order until `order_` is there
+  std::vector<uint32_t> unused_;  // slots of entries that are gone
   uint32_t lastId_;
   std::vector<uint32_t> doubles_;
   // How far the slot of the last card that was found lay from its id; most lie alike, so that the

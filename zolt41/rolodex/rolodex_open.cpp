@@ -1,7 +1,6 @@
 #include <cstring>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "zolt41/foundation/afs_file.h"
 #include "zolt41/foundation/endian.h"
@@ -102,7 +101,7 @@ bool Rolodex::LoadIndex() {
   if (state.index) return true;
   if (state.file.broken()) return Fail(Failure::io) == 0;
   return WithMemory(false, [&] {
-    std::vector<CardEntry> entries;
+    CardEntries entries;
     if (!ReadStoredIndex(state.file, state.stored, &entries)) return false;
     RolodexIndex index(std::move(entries), state.stored.lastId);
     bool const fits = index.Fits(state.end);

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "zolt41/foundation/endian.h"
-#include "zolt41/platform/system/large_pages.h"
 #include "zolt41/platform/system/last_failure.h"
 #include "zolt41/rolodex/rolodex_format.h"
 #include "zolt41/rolodex/sequential_writer.h"
@@ -46,10 +45,8 @@ int32_t FindStoredIndex(DatabaseFile const &file, StoredIndex *stored) {
   return 0;
 }
 
-bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored,
-                     std::vector<CardEntry> *entries) {
+bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored, CardEntries *entries) {
   entries->resize(stored.count);
-  PreferLargePages(entries->data(), entries->size() * sizeof(CardEntry));
   uint32_t const from = stored.end + kEndMarkSize + kIndexHead;
   auto const size = static_cast<uint32_t>(stored.count * sizeof(CardEntry));
   return file.Read(from, entries->data(), size) == 0;

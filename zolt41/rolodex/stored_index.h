@@ -2,7 +2,6 @@
 #define ZOLT41_ROLODEX_STORED_INDEX_H_
 
 #include <cstdint>
-#include <vector>
 
 #include "zolt41/rolodex/card_entry.h"
 #include "zolt41/rolodex/database_file.h"
@@ -23,8 +22,7 @@ inline constexpr int32_t kNotClosed = 1;
 // kNotClosed, or a code of AFS_Read.
 int32_t FindStoredIndex(DatabaseFile const &file, StoredIndex *stored);
 
-bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored,
-                     std::vector<CardEntry> *entries);
+bool ReadStoredIndex(DatabaseFile const &file, StoredIndex const &stored, CardEntries *entries);
 
 // Writes index and trailer behind the end mark, the trailer last: it never stands behind an index
 // that is not whole. False also where the file would become too large.

@@ -2,18 +2,32 @@
 
 #include <sys/mman.h>
 
-#include <cstdint>
+#include <algorithm>
+#include <new>
 
 namespace zolt {
+namespace {
 
-void PreferLargePages(void *memory, size_t size) {
-  constexpr uintptr_t kLargePage = uintptr_t{2} * 1024 * 1024;
-  auto const begin = reinterpret_cast<uintptr_t>(memory);
-  uintptr_t const first = (begin + kLargePage - 1) / kLargePage * kLargePage;
-  uintptr_t const last = (begin + size) / kLargePage * kLargePage;
-  if (first >= last) return;
-  auto *const start = static_cast<char *>(memory) + (first - begin);
-  madvise(start, last - first, MADV_HUGEPAGE);
+constexpr size_t kLargePage = size_t{2} * 1024 * 1024;
+constexpr std::align_val_t kAlignment{kLargePage};
+
+}  // namespace
+
+void *TakeLargePages(size_t size) {
+  if (size < kLargePage) return ::operator new(size);
+  // What is left over has a page of its own if it fills half of it.
+  size_t const large = (size + kLargePage / 2) / kLargePage * kLargePage;
+  void *const memory = ::operator new(std::max(size, large), kAlignment);
+  madvise(memory, large, MADV_HUGEPAGE);
+  return memory;
+}
+
+void GiveLargePages(void *memory, size_t size) {
+  if (size < kLargePage) {
+    ::operator delete(memory);
+  } else {
+    ::operator delete(memory, kAlignment);
+  }
 }
 
 }  // namespace zolt
