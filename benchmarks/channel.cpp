@@ -34,7 +34,7 @@ constexpr size_t kManyWatchers = 32;
 constexpr int kPlacements = 9;
 constexpr int kNewsEach = 100;
 constexpr int kRateRounds = 15;
-constexpr int kStandstillRounds = 5;
+constexpr int kStandstillRounds = 11;
 constexpr uint32_t kSeries = 1000;
 
 struct Role {
